@@ -1,0 +1,21 @@
+# Headers, library, CMake package and pkg-config file.  The builds for newer processors go to glibc-hwcaps/<level> beside
+# the library, where the system's loader prefers them on a machine that can run them.
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kels)
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(TARGETS kels EXPORT kels-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(EXPORT kels-targets NAMESPACE kels:: DESTINATION ${package_dir})
+if(KELS_HWCAPS)
+  foreach(level x86-64-v3 x86-64-v4)
+    install(TARGETS kels-${level} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/glibc-hwcaps/${level} NAMELINK_SKIP)
+  endforeach()
+endif()
+
+configure_package_config_file(cmake/kels-config.cmake.in kels-config.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(kels-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/kels-config.cmake ${PROJECT_BINARY_DIR}/kels-config-version.cmake
+        DESTINATION ${package_dir})
+
+configure_file(cmake/kels.pc.in kels.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/kels.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,51 @@
+# kels_arch_flags(ARCH OUT): the compiler flags of an instruction set.
+# On i386 float arithmetic goes through SSE2, so that both ABIs round alike, and the stack is realigned on entry, because
+# callers built for the original ABI keep it aligned to 4 bytes only.
+function(kels_arch_flags arch out)
+  if(arch STREQUAL "i386")
+    set(flags -m32 -march=i686 -msse2 -mfpmath=sse -mstackrealign)
+  elseif(arch MATCHES "^x86-64(-v[34])?$")
+    set(flags -m64 -march=${arch})
+    if(arch STREQUAL "x86-64-v4")
+      # The second: the compiler's own AVX-512 headers set it off.
+      list(APPEND flags -mprefer-vector-width=512 -Wno-maybe-uninitialized)
+    endif()
+  else()
+    message(FATAL_ERROR "KELS_ARCH must be i386, x86-64, x86-64-v3 or x86-64-v4, not '${arch}'")
+  endif()
+  set(${out} "${flags}" PARENT_SCOPE)
+endfunction()
+
+# kels_add_library(TARGET SUBFOLDER FLAGS): libkelsra6.so as target TARGET, written to SUBFOLDER of the build folder.
+# -ffp-contract=off: the order and rounding of operations is part of many contracts; fused operations are written out.
+# -fno-math-errno: the library reports by status, never by errno, and the square root stays one instruction.
+# No exceptions, no RTTI and C linkage of the link step: the result needs libc and libm alone.
+function(kels_add_library target subfolder extra_flags)
+  add_library(${target}_objects OBJECT ${kels_sources})
+  target_include_directories(${target}_objects PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+  set_target_properties(${target}_objects PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+                                                     VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(
+    ${target}_objects
+    PRIVATE -O3 -ffp-contract=off -fno-math-errno -fno-exceptions -fno-rtti
+            -ffunction-sections -Wall -Wextra -Wconversion -Wshadow ${extra_flags})
+
+  set(script ${PROJECT_SOURCE_DIR}/cmake/kelsra6.map)
+  add_library(${target} SHARED $<TARGET_OBJECTS:${target}_objects>)
+  set_target_properties(
+    ${target}
+    PROPERTIES OUTPUT_NAME kelsra6
+               VERSION ${PROJECT_VERSION}
+               SOVERSION ${PROJECT_VERSION_MAJOR}
+               LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${subfolder}
+               LINKER_LANGUAGE C
+               LINK_DEPENDS ${script})
+  target_link_options(${target} PRIVATE -Wl,--version-script=${script} -Wl,-Bsymbolic-functions -Wl,--gc-sections
+                      -Wl,-z,relro -Wl,-z,now)
+  if(NOT KELS_SANITIZE)
+    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
+  target_link_libraries(${target} PRIVATE m)
+  target_include_directories(
+    ${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endfunction()

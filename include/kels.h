@@ -1,0 +1,19 @@
+/* libkelsra6: signal-processing and pattern-recognition primitives for speech recognition.
+ *
+ * One header a family; this one includes them all.  Valid C99 and C++.  Conventions that hold for every function stand
+ * in kels/types.h.
+ */
+#ifndef KELS_H
+#define KELS_H
+
+#include "kels/types.h"
+
+#include "kels/core.h"
+#include "kels/dct.h"
+#include "kels/delta.h"
+#include "kels/dtw.h"
+#include "kels/fbank.h"
+#include "kels/fft.h"
+#include "kels/frame.h"
+
+#endif

@@ -1,0 +1,30 @@
+// Argument checks of the entry points, one line each: `if (anyNull(pSrc, pDst)) return kelStatusNullPtr;`
+#pragma once
+
+#include "kels/types.h"
+
+namespace kels {
+
+template <class... P>
+constexpr bool anyNull(const P*... pointers) {
+    return ((pointers == nullptr) || ...);
+}
+
+// True when a row of `step` elements cannot hold `parts * width + offset` elements; the product may exceed an int.
+constexpr bool stepTooSmall(int step, int width, int parts = 1, int offset = 0) {
+    return step < static_cast<int64_t>(parts) * width + offset;
+}
+
+// The status of a call meets several substitutions: the first one decides.
+class FirstWarning {
+  public:
+    void note(KelStatus warning) {
+        if (status_ == kelStatusOk) status_ = warning;
+    }
+    KelStatus status() const { return status_; }
+
+  private:
+    KelStatus status_ = kelStatusOk;
+};
+
+}  // namespace kels

@@ -1,0 +1,32 @@
+// One view of a matrix for both layouts: rows[i] is a pointer to row i.  Kernels take the view as a template argument
+// and are written once.
+#pragma once
+
+#include <cstddef>
+
+namespace kels {
+
+// D2: one array, rows `step` elements apart.
+template <class T>
+class StepRows {
+  public:
+    StepRows(T* base, int step) : base_(base), step_(step) {}
+    T* operator[](std::ptrdiff_t i) const { return base_ + i * step_; }
+
+  private:
+    T* base_;
+    std::ptrdiff_t step_;
+};
+
+// D2L: an array of row pointers.
+template <class T>
+class PointerRows {
+  public:
+    explicit PointerRows(T* const* rows) : rows_(rows) {}
+    T* operator[](std::ptrdiff_t i) const { return rows_[i]; }
+
+  private:
+    T* const* rows_;
+};
+
+}  // namespace kels

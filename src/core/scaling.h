@@ -1,0 +1,142 @@
+// Scale factors, rounding, saturation and float-to-integer conversion.  No other file shifts, rounds or saturates.
+#pragma once
+
+#include <immintrin.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <limits>
+
+#include "core/simd.h"
+#include "kels/types.h"
+
+namespace kels {
+
+// ---- powers of two
+// ---------------------------------------------------------------------------------------------------
+
+// 2^exponent, exact, for exponents of normal numbers.
+constexpr Kel64f exactPowerOfTwo(int exponent) {
+    return std::bit_cast<Kel64f>(static_cast<uint64_t>(1023 + exponent) << 52);
+}
+
+// 2^-scaleFactor with the exponent held to [lowest, highest].  By default the range of the float tables that the
+// integer forms are defined by: from half the smallest subnormal float to twice the largest binade.
+constexpr Kel64f scaleMultiplier(int scaleFactor, int lowest = -150, int highest = 128) {
+    return exactPowerOfTwo(-std::clamp(scaleFactor, -highest, -lowest));
+}
+
+// ---- integers
+// --------------------------------------------------------------------------------------------------------
+
+template <class T>
+constexpr T saturate(int64_t v) {
+    return static_cast<T>(std::clamp<int64_t>(v, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
+}
+
+// v * 2^-shift for shift >= 0, to the nearest integer, ties to even.
+constexpr int64_t shiftHalfEven(int64_t v, int shift) {
+    if (shift <= 0) return v;
+    if (shift > 63) return 0;  // |v| is at most the half
+    const int64_t quotient = v >> shift;
+    const uint64_t rest = static_cast<uint64_t>(v) - (static_cast<uint64_t>(quotient) << shift);
+    const uint64_t half = uint64_t{1} << (shift - 1);
+    return quotient + ((rest > half || (rest == half && (quotient & 1) != 0)) ? 1 : 0);
+}
+
+// v * 2^-shift for shift >= 0, toward minus infinity (an arithmetic shift).
+constexpr int64_t shiftFloor(int64_t v, int shift) {
+    return v >> std::min(shift, 63);
+}
+
+// v * 2^-shift for shift >= 0, toward zero.
+constexpr int64_t shiftTowardZero(int64_t v, int shift) {
+    if (shift > 63) return 0;
+    const int64_t quotient = v >> shift;
+    return quotient + (v < 0 && static_cast<int64_t>(static_cast<uint64_t>(quotient) << shift) != v ? 1 : 0);
+}
+
+// v * 2^shift for shift >= 0, saturated to T.
+template <class T>
+constexpr T shiftLeftSaturate(int64_t v, int shift) {
+    if (v == 0) return 0;
+    if (shift > 62) return v > 0 ? std::numeric_limits<T>::max() : std::numeric_limits<T>::min();
+    if (v > std::numeric_limits<T>::max() >> shift) return std::numeric_limits<T>::max();
+    if (v < std::numeric_limits<T>::min() >> shift) return std::numeric_limits<T>::min();
+    return static_cast<T>(v * (int64_t{1} << shift));
+}
+
+// v * 2^-scaleFactor saturated to T, with the rounding that `right` gives a right shift.
+template <class T, class Right>
+constexpr T scaleWith(Right right, int64_t v, int scaleFactor) {
+    if (scaleFactor >= 0) return saturate<T>(right(v, scaleFactor));
+    return shiftLeftSaturate<T>(v, scaleFactor < -64 ? 64 : -scaleFactor);
+}
+template <class T>
+constexpr T scaleHalfEven(int64_t v, int scaleFactor) {
+    return scaleWith<T>(shiftHalfEven, v, scaleFactor);
+}
+template <class T>
+constexpr T scaleFloor(int64_t v, int scaleFactor) {
+    return scaleWith<T>(shiftFloor, v, scaleFactor);
+}
+template <class T>
+constexpr T scaleTowardZero(int64_t v, int scaleFactor) {
+    return scaleWith<T>(shiftTowardZero, v, scaleFactor);
+}
+
+// ---- rounding mode
+// ---------------------------------------------------------------------------------------------------
+
+// Round-to-nearest-even in the SIMD unit for the life of the object, whatever mode the caller has set.
+class NearestScope {
+  public:
+    NearestScope() : saved_(_mm_getcsr()) {
+        if ((saved_ & kRoundingBits) != 0) _mm_setcsr(saved_ & ~kRoundingBits);
+    }
+    ~NearestScope() {
+        // Exceptions raised meanwhile stay flagged.
+        if ((saved_ & kRoundingBits) != 0) _mm_setcsr(saved_ | (_mm_getcsr() & kFlagBits));
+    }
+    NearestScope(const NearestScope&) = delete;
+    NearestScope& operator=(const NearestScope&) = delete;
+
+  private:
+    static constexpr unsigned kRoundingBits = 0x6000;
+    static constexpr unsigned kFlagBits = 0x003f;
+    unsigned saved_;
+};
+
+// ---- float to integer
+// ------------------------------------------------------------------------------------------------
+
+// Saturated and truncated toward zero; NaN gives the smallest T.
+template <class T, class F>
+T truncateSaturate(F v) {
+    if (!(v > static_cast<F>(std::numeric_limits<T>::min()))) return std::numeric_limits<T>::min();
+    if (v >= static_cast<F>(std::numeric_limits<T>::max())) return std::numeric_limits<T>::max();
+    return static_cast<T>(v);
+}
+
+// Saturated and rounded to the nearest, ties to even; inside a NearestScope.
+template <class T, class F>
+T roundSaturate(F v) {
+    if (!(v > static_cast<F>(std::numeric_limits<T>::min()))) return std::numeric_limits<T>::min();
+    if (v >= static_cast<F>(std::numeric_limits<T>::max())) return std::numeric_limits<T>::max();
+    return static_cast<T>(toIntScalar(v));
+}
+
+// 2^-scaleFactor for a vector of floats, as two factors: beyond the normal floats one factor would be zero or infinite.
+// Their product with a float is exact, or lies beyond every integer, or below a half.
+struct SplitMultiplier {
+    Kel32f first, second;
+
+    explicit SplitMultiplier(int scaleFactor) {
+        const int exponent = -std::clamp(scaleFactor, -128, 150);
+        first = static_cast<Kel32f>(exactPowerOfTwo(exponent / 2));
+        second = static_cast<Kel32f>(exactPowerOfTwo(exponent - exponent / 2));
+    }
+};
+
+}  // namespace kels

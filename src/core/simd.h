@@ -1,0 +1,318 @@
+// Vectors of the width that the build's target gives, over the standard library's data-parallel types, and the few
+// operations that those lack.  Kernels are written once on Vec<T>; every use of an intrinsic stands here.
+#pragma once
+
+#include <immintrin.h>
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <experimental/simd>
+
+namespace kels {
+
+namespace stdx = std::experimental;
+
+template <class T>
+using Vec = stdx::native_simd<T>;
+
+template <class T>
+inline constexpr std::size_t lanes = Vec<T>::size();
+
+#if defined(__AVX512F__)
+using NativeFloat = __m512;
+using NativeDouble = __m512d;
+using NativeInt = __m512i;
+#elif defined(__AVX2__)
+using NativeFloat = __m256;
+using NativeDouble = __m256d;
+using NativeInt = __m256i;
+#else
+using NativeFloat = __m128;
+using NativeDouble = __m128d;
+using NativeInt = __m128i;
+#endif
+
+inline NativeFloat native(Vec<float> v) {
+    return static_cast<NativeFloat>(v);
+}
+inline NativeDouble native(Vec<double> v) {
+    return static_cast<NativeDouble>(v);
+}
+inline NativeInt native(Vec<int32_t> v) {
+    return static_cast<NativeInt>(v);
+}
+
+// ---- load and store
+// --------------------------------------------------------------------------------------------------
+
+template <class T>
+Vec<T> load(const T* p) {
+    return Vec<T>(p, stdx::element_aligned);
+}
+
+template <class T>
+void store(T* p, const Vec<T>& v) {
+    v.copy_to(p, stdx::element_aligned);
+}
+
+#if defined(__AVX2__) && !defined(__AVX512F__)
+// All ones in the first n of the lanes of 4 or 8 bytes.
+inline __m256i firstLanes(std::size_t n, std::integral_constant<int, 4>) {
+    return _mm256_cmpgt_epi32(_mm256_set1_epi32(static_cast<int>(n)), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
+}
+inline __m256i firstLanes(std::size_t n, std::integral_constant<int, 8>) {
+    return _mm256_cmpgt_epi64(_mm256_set1_epi64x(static_cast<int64_t>(n)), _mm256_setr_epi64x(0, 1, 2, 3));
+}
+#endif
+
+// The first n < lanes<T> elements of p and `fill` in the other lanes; nothing after p[n - 1] is read.
+template <class T>
+Vec<T> loadPart(const T* p, std::size_t n, T fill = T()) {
+#if defined(__AVX512F__)
+    if constexpr (std::is_same_v<T, float>) {
+        const auto mask = static_cast<__mmask16>((1u << n) - 1);
+        return Vec<T>(_mm512_mask_loadu_ps(_mm512_set1_ps(fill), mask, p));
+    } else if constexpr (std::is_same_v<T, double>) {
+        const auto mask = static_cast<__mmask8>((1u << n) - 1);
+        return Vec<T>(_mm512_mask_loadu_pd(_mm512_set1_pd(fill), mask, p));
+    }
+#elif defined(__AVX2__)
+    if constexpr (std::is_same_v<T, float>) {
+        const __m256i mask = firstLanes(n, std::integral_constant<int, 4>());
+        const __m256 v = _mm256_maskload_ps(p, mask);
+        return Vec<T>(_mm256_blendv_ps(_mm256_set1_ps(fill), v, _mm256_castsi256_ps(mask)));
+    } else if constexpr (std::is_same_v<T, double>) {
+        const __m256i mask = firstLanes(n, std::integral_constant<int, 8>());
+        const __m256d v = _mm256_maskload_pd(p, mask);
+        return Vec<T>(_mm256_blendv_pd(_mm256_set1_pd(fill), v, _mm256_castsi256_pd(mask)));
+    }
+#endif
+    T buffer[lanes<T>];
+    for (std::size_t i = 0; i < lanes<T>; ++i) buffer[i] = i < n ? p[i] : fill;
+    return load(buffer);
+}
+
+// Stores the first n < lanes<T> lanes.
+template <class T>
+void storePart(T* p, const Vec<T>& v, std::size_t n) {
+#if defined(__AVX512F__)
+    if constexpr (std::is_same_v<T, float>) {
+        _mm512_mask_storeu_ps(p, static_cast<__mmask16>((1u << n) - 1), native(v));
+        return;
+    } else if constexpr (std::is_same_v<T, double>) {
+        _mm512_mask_storeu_pd(p, static_cast<__mmask8>((1u << n) - 1), native(v));
+        return;
+    }
+#elif defined(__AVX2__)
+    if constexpr (std::is_same_v<T, float>) {
+        _mm256_maskstore_ps(p, firstLanes(n, std::integral_constant<int, 4>()), native(v));
+        return;
+    } else if constexpr (std::is_same_v<T, double>) {
+        _mm256_maskstore_pd(p, firstLanes(n, std::integral_constant<int, 8>()), native(v));
+        return;
+    }
+#endif
+    T buffer[lanes<T>];
+    store(buffer, v);
+    for (std::size_t i = 0; i < n; ++i) p[i] = buffer[i];
+}
+
+// Stores past the caches, for fills larger than they are; p is aligned to the vector.
+template <class T>
+void storeStreaming(T* p, const Vec<T>& v) {
+    const auto bits = std::bit_cast<NativeInt>(v);
+#if defined(__AVX512F__)
+    _mm512_stream_si512(reinterpret_cast<NativeInt*>(p), bits);
+#elif defined(__AVX2__)
+    _mm256_stream_si256(reinterpret_cast<NativeInt*>(p), bits);
+#else
+    _mm_stream_si128(reinterpret_cast<NativeInt*>(p), bits);
+#endif
+}
+inline void fenceStreaming() {
+    _mm_sfence();
+}
+
+// ---- widening
+// --------------------------------------------------------------------------------------------------------
+
+// lanes<double> consecutive values as doubles.
+inline Vec<double> loadWide(const double* p) {
+    return load(p);
+}
+inline Vec<double> loadWide(const float* p) {
+#if defined(__AVX512F__)
+    return Vec<double>(_mm512_cvtps_pd(_mm256_loadu_ps(p)));
+#elif defined(__AVX2__)
+    return Vec<double>(_mm256_cvtps_pd(_mm_loadu_ps(p)));
+#else
+    return Vec<double>(_mm_cvtps_pd(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)))));
+#endif
+}
+
+// ---- arithmetic
+// ------------------------------------------------------------------------------------------------------
+
+// a * b + c, fused where the target can.  Only for sums whose rounding is free.
+template <class T>
+Vec<T> mulAdd(const Vec<T>& a, const Vec<T>& b, const Vec<T>& c) {
+#if defined(__AVX512F__)
+    if constexpr (std::is_same_v<T, float>) return Vec<T>(_mm512_fmadd_ps(native(a), native(b), native(c)));
+    if constexpr (std::is_same_v<T, double>) return Vec<T>(_mm512_fmadd_pd(native(a), native(b), native(c)));
+#elif defined(__FMA__)
+    if constexpr (std::is_same_v<T, float>) return Vec<T>(_mm256_fmadd_ps(native(a), native(b), native(c)));
+    if constexpr (std::is_same_v<T, double>) return Vec<T>(_mm256_fmadd_pd(native(a), native(b), native(c)));
+#endif
+    return a * b + c;
+}
+
+// Lane by lane x > y ? x : y; where a lane is not a number, y.
+inline Vec<float> greaterOf(const Vec<float>& x, const Vec<float>& y) {
+#if defined(__AVX512F__)
+    return Vec<float>(_mm512_max_ps(native(x), native(y)));
+#elif defined(__AVX2__)
+    return Vec<float>(_mm256_max_ps(native(x), native(y)));
+#else
+    return Vec<float>(_mm_max_ps(native(x), native(y)));
+#endif
+}
+inline Vec<double> greaterOf(const Vec<double>& x, const Vec<double>& y) {
+#if defined(__AVX512F__)
+    return Vec<double>(_mm512_max_pd(native(x), native(y)));
+#elif defined(__AVX2__)
+    return Vec<double>(_mm256_max_pd(native(x), native(y)));
+#else
+    return Vec<double>(_mm_max_pd(native(x), native(y)));
+#endif
+}
+
+// Lane by lane x < y ? x : y; where a lane is not a number, y.
+inline Vec<float> lesserOf(const Vec<float>& x, const Vec<float>& y) {
+#if defined(__AVX512F__)
+    return Vec<float>(_mm512_min_ps(native(x), native(y)));
+#elif defined(__AVX2__)
+    return Vec<float>(_mm256_min_ps(native(x), native(y)));
+#else
+    return Vec<float>(_mm_min_ps(native(x), native(y)));
+#endif
+}
+inline Vec<double> lesserOf(const Vec<double>& x, const Vec<double>& y) {
+#if defined(__AVX512F__)
+    return Vec<double>(_mm512_min_pd(native(x), native(y)));
+#elif defined(__AVX2__)
+    return Vec<double>(_mm256_min_pd(native(x), native(y)));
+#else
+    return Vec<double>(_mm_min_pd(native(x), native(y)));
+#endif
+}
+
+// ---- float to integer
+// ------------------------------------------------------------------------------------------------ Lanes outside the
+// integer's range and NaN give -2147483648, as the instructions do.
+
+struct TowardZero {};
+struct ToNearest {};  // in the rounding mode that is set: used inside a RoundingScope
+
+inline Vec<int32_t> toInt(const Vec<float>& v, TowardZero) {
+#if defined(__AVX512F__)
+    return Vec<int32_t>(_mm512_cvttps_epi32(native(v)));
+#elif defined(__AVX2__)
+    return Vec<int32_t>(_mm256_cvttps_epi32(native(v)));
+#else
+    return Vec<int32_t>(_mm_cvttps_epi32(native(v)));
+#endif
+}
+inline Vec<int32_t> toInt(const Vec<float>& v, ToNearest) {
+#if defined(__AVX512F__)
+    return Vec<int32_t>(_mm512_cvtps_epi32(native(v)));
+#elif defined(__AVX2__)
+    return Vec<int32_t>(_mm256_cvtps_epi32(native(v)));
+#else
+    return Vec<int32_t>(_mm_cvtps_epi32(native(v)));
+#endif
+}
+
+// The same, but lanes of 2^31 and more give 2147483647.
+template <class Rounding>
+Vec<int32_t> toIntSaturated(const Vec<float>& v, Rounding rounding) {
+    // All ones turn -2147483648, which such lanes come out as, into 2147483647.
+    const NativeFloat limit = native(Vec<float>(2147483648.0f));
+    const NativeInt converted = native(toInt(v, rounding));
+#if defined(__AVX512F__)
+    const __mmask16 above = _mm512_cmp_ps_mask(native(v), limit, _CMP_GE_OQ);
+    return Vec<int32_t>(_mm512_mask_xor_epi32(converted, above, converted, _mm512_set1_epi32(-1)));
+#elif defined(__AVX2__)
+    const __m256 above = _mm256_cmp_ps(native(v), limit, _CMP_GE_OQ);
+    return Vec<int32_t>(_mm256_xor_si256(converted, _mm256_castps_si256(above)));
+#else
+    const __m128 above = _mm_cmpge_ps(native(v), limit);
+    return Vec<int32_t>(_mm_xor_si128(converted, _mm_castps_si128(above)));
+#endif
+}
+
+// lanes<double> doubles to as many integers at p.
+inline void storeInt(int32_t* p, const Vec<double>& v, TowardZero) {
+#if defined(__AVX512F__)
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvttpd_epi32(native(v)));
+#elif defined(__AVX2__)
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvttpd_epi32(native(v)));
+#else
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_cvttpd_epi32(native(v)));
+#endif
+}
+inline void storeInt(int32_t* p, const Vec<double>& v, ToNearest) {
+#if defined(__AVX512F__)
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtpd_epi32(native(v)));
+#elif defined(__AVX2__)
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvtpd_epi32(native(v)));
+#else
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_cvtpd_epi32(native(v)));
+#endif
+}
+
+// lanes<int32_t> integers within the 16-bit range to as many 16-bit integers at p.
+inline void storeInt16(int16_t* p, const Vec<int32_t>& v) {
+#if defined(__AVX512F__)
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtepi32_epi16(native(v)));
+#elif defined(__AVX2__)
+    const __m256i packed = _mm256_packs_epi32(native(v), native(v));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(_mm256_permute4x64_epi64(packed, 0x08)));
+#else
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(native(v), native(v)));
+#endif
+}
+
+// One value, rounded in the mode that is set.
+inline int32_t toIntScalar(float v) {
+    return _mm_cvtss_si32(_mm_set_ss(v));
+}
+inline int32_t toIntScalar(double v) {
+    return _mm_cvtsd_si32(_mm_set_sd(v));
+}
+
+// ---- maps
+// ------------------------------------------------------------------------------------------------------------
+
+// dst[i] = op(src[i]...) over `len` elements of one type; op takes and gives vectors.  dst may be one of the sources.
+// Lanes behind the end are computed on `fill`.
+template <class T, class Op, class... S>
+inline void map(T* dst, std::size_t len, Op op, T fill, const S*... src) {
+    constexpr std::size_t w = lanes<T>;
+    std::size_t i = 0;
+    // Four independent vectors a round hide the latency of divisions and roots and halve the loop's own share.
+    for (; i + 4 * w <= len; i += 4 * w) {
+        const Vec<T> a = op(load(src + i)...);
+        const Vec<T> b = op(load(src + i + w)...);
+        const Vec<T> c = op(load(src + i + 2 * w)...);
+        const Vec<T> d = op(load(src + i + 3 * w)...);
+        store(dst + i, a);
+        store(dst + i + w, b);
+        store(dst + i + 2 * w, c);
+        store(dst + i + 3 * w, d);
+    }
+    for (; i + w <= len; i += w) store(dst + i, Vec<T>(op(load(src + i)...)));
+    if (i < len) storePart(dst + i, Vec<T>(op(loadPart(src + i, len - i, fill)...)), len - i);
+}
+
+}  // namespace kels

@@ -1,0 +1,120 @@
+#include "core/memory.h"
+
+#include <cstring>
+#include <string>
+
+#include "support/allocation.h"
+#include "support/numeric.h"
+
+using namespace kels;
+
+namespace {
+
+bool alignedTo(const void* p, std::size_t n) {
+    return reinterpret_cast<uintptr_t>(p) % n == 0;
+}
+
+TEST(Memory, BlocksAreAlignedWritableAndReleased) {
+    const test::AllocationWatch watch;
+    for (int n = 1; n < 200; ++n) {
+        Kel64f* const p = kelsMalloc_64f(n);
+        ASSERT_TRUE(alignedTo(p, 32));
+        std::memset(p, 0xa5, static_cast<std::size_t>(n) * sizeof(Kel64f));
+        void* const raw = reinterpret_cast<void**>(p)[-1];
+        const auto gap = reinterpret_cast<char*>(p) - static_cast<char*>(raw);
+        EXPECT_GE(gap, static_cast<std::ptrdiff_t>(sizeof(void*)));
+        EXPECT_LE(gap, static_cast<std::ptrdiff_t>(31 + sizeof(void*)));
+        kelsFree(p);
+    }
+    kelsFree(nullptr);
+    EXPECT_EQ(watch.unreleased(), 0);
+}
+
+TEST(Memory, CountsBelowOneDoNotReachMalloc) {
+    const test::AllocationWatch watch;
+    EXPECT_EQ(kelsMalloc_8u(0), nullptr);
+    EXPECT_EQ(kelsMalloc_16s(-1), nullptr);
+    EXPECT_EQ(kelsMalloc_32s(0), nullptr);
+    EXPECT_EQ(kelsMalloc_32f(-5), nullptr);
+    EXPECT_EQ(kelsMalloc_64f(INT32_MIN), nullptr);
+    EXPECT_EQ(watch.calls(), 0);
+}
+
+TEST(Memory, FailureAndOverflowGiveNull) {
+    {
+        const test::AllocationWatch watch(0);
+        EXPECT_EQ(kelsMalloc_32f(10), nullptr);
+    }
+    if (sizeof(void*) == 4) {
+        EXPECT_EQ(kelsMalloc_64f(INT32_MAX), nullptr);  // 16 GiB would wrap to a small request
+        EXPECT_EQ(kelsMalloc_32f(0x40000001), nullptr);
+    }
+    EXPECT_EQ(Alloc2_32f(1 << 20, 1 << 20), nullptr);
+}
+
+TEST(Memory, RowsArePaddedAlignedAndInsideTheBlock) {
+    for (const int cols : {1, 7, 8, 9, 39}) {
+        for (const int rows : {1, 2, 13}) {
+            Kel32f** const a = Alloc2_32f(rows, cols);
+            const std::ptrdiff_t length = (cols + 7) / 8 * 8;
+            EXPECT_GE(reinterpret_cast<char*>(a[0]), reinterpret_cast<char*>(a + rows));
+            EXPECT_LT(reinterpret_cast<char*>(a[0]) - reinterpret_cast<char*>(a + rows), 32);
+            for (int i = 0; i < rows; ++i) {
+                EXPECT_TRUE(alignedTo(a[i], 32));
+                EXPECT_EQ(a[i] - a[0], i * length);
+                std::memset(a[i], 0, static_cast<std::size_t>(length) * sizeof(Kel32f));
+            }
+            Free2(a);
+        }
+    }
+    EXPECT_EQ(RLsAlloc2(0, 4), nullptr);
+    EXPECT_EQ(RLsAlloc2(4, 0), nullptr);
+    Kel32s** const none = Alloc2_32s(0, 4);
+    EXPECT_NE(none, nullptr);
+    Free2d(none);
+}
+
+template <class T>
+void checkBlockMatrix(BlockMatrix<T>* (*alloc)(const Kel32s*, int), std::ptrdiff_t rowBytes3) {
+    const Kel32s sizes[] = {3, 2};
+    BlockMatrix<T>* const m = alloc(sizes, 2);
+    ASSERT_NE(m, nullptr);
+    EXPECT_EQ(m->blockCount, 2);
+    EXPECT_EQ(m->rowCount, 5);
+    EXPECT_EQ(m->blockSizes[0], 3);
+    EXPECT_EQ(m->blockSizes[1], 2);
+    EXPECT_EQ(m->rawBlock, m);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(alignedTo(m->rowPointers[i], 16));
+        std::memset(m->rowPointers[i], 0, static_cast<std::size_t>(i < 3 ? 3 : 2) * sizeof(T));
+    }
+    EXPECT_EQ(reinterpret_cast<char*>(m->rowPointers[1]) - reinterpret_cast<char*>(m->rowPointers[0]), rowBytes3);
+    EXPECT_EQ(reinterpret_cast<char*>(m->rowPointers[4]) - reinterpret_cast<char*>(m->rowPointers[3]), 16);
+    kelsFree(m->rawBlock);
+
+    const Kel32s faulty[] = {3, 0};
+    EXPECT_EQ(alloc(faulty, 2), nullptr);
+    const Kel32s tooMany[] = {32767, 1};
+    EXPECT_EQ(alloc(tooMany, 2), nullptr);
+}
+
+TEST(Memory, BlockMatrices) {
+    checkBlockMatrix<Kel16s>(allocMatrix_16s, 16);
+    checkBlockMatrix<Kel32f>(allocMatrix_32f, 16);
+    checkBlockMatrix<Kel64f>(allocMatrix_64f, 32);
+}
+
+TEST(Version, IsOneConstantRecord) {
+    const KelLibVersion* const v = kelsrGetLibVersion();
+    EXPECT_EQ(v, kelsrGetLibVersion());
+    EXPECT_EQ(v->major, 4);
+    EXPECT_EQ(v->minor, 1);
+    EXPECT_EQ(v->majorBuild, 12);
+    EXPECT_EQ(v->build, 5);
+    EXPECT_EQ(std::memcmp(v->targetCpu, "a6\0", 4), 0);
+    EXPECT_EQ(std::string(v->name), "libkelsra6.so");
+    EXPECT_EQ(std::string(v->version), "v4.1");
+    EXPECT_EQ(std::string(v->buildDate), "Jul 23 2004");
+}
+
+}  // namespace
