@@ -145,7 +145,7 @@ inline Vec<double> loadWide(const float* p) {
 #elif defined(__AVX2__)
     return Vec<double>(_mm256_cvtps_pd(_mm_loadu_ps(p)));
 #else
-    return Vec<double>(_mm_cvtps_pd(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)))));
+    return Vec<double>(_mm_cvtps_pd(_mm_setr_ps(p[0], p[1], 0.0f, 0.0f)));
 #endif
 }
 
