@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "core/memory.h"
 #include "core/simd.h"
@@ -81,6 +82,8 @@ TurnedRows turnOver(const Rows& rows, std::size_t height, std::size_t width, Kel
 
 // One outer row against the inner rows of a span; all pointers stand at the first index of the span.
 struct OuterStep {
+    static constexpr std::size_t w = lanes<Kel32f>;
+
     const Kel32f* row;
     std::size_t width;
     const Kel32f* inner;
@@ -88,19 +91,16 @@ struct OuterStep {
     const Kel32f* before;  // costs of the previous outer row; two places in front of the span belong to it
     Kel32f* now;           // costs to be stored, in whole vectors
 
-    // P vectors of cells from the span's cell `at` on; lowers `least` to their smallest costs.  Lanes behind the last
-    // cell of the span become unreachable.
-    template <std::size_t P>
-    void cells(std::size_t at, std::size_t count, Vec<Kel32f>& least) const {
-        constexpr std::size_t w = lanes<Kel32f>;
-        Vec<Kel32f> even[P] = {};
-        Vec<Kel32f> odd[P] = {};
-        const auto addSquares = [&](std::size_t k, Vec<Kel32f>(&sums)[P]) {
+    // The vectors of cells number P... from the span's cell `at` on, with all their sums in registers; gives `least`
+    // lowered to their smallest costs.
+    template <std::size_t... P>
+    Vec<Kel32f> cells(std::size_t at, std::size_t count, Vec<Kel32f> least, std::index_sequence<P...>) const {
+        Vec<Kel32f> even[] = {Vec<Kel32f>((void(P), 0.0f))...};
+        Vec<Kel32f> odd[] = {Vec<Kel32f>((void(P), 0.0f))...};
+        const auto addSquares = [&](std::size_t k, auto& sums) {
             const Vec<Kel32f> component(row[k]);
-            for (std::size_t p = 0; p < P; ++p) {
-                const Vec<Kel32f> difference = load(inner + k * stride + at + p * w) - component;
-                sums[p] = mulAdd(difference, difference, sums[p]);
-            }
+            const Kel32f* const column = inner + k * stride + at;
+            ((sums[P] = plusSquare(sums[P], load(column + P * w) - component)), ...);
         };
         // Two sums a vector halve the latency that a short span waits for.
         std::size_t k = 0;
@@ -109,32 +109,39 @@ struct OuterStep {
             addSquares(k + 1, odd);
         }
         if (k < width) addSquares(k, even);
-        for (std::size_t p = 0; p < P; ++p) {
-            const std::size_t j = at + p * w;
-            const Kel32f* const from = before + j;
-            const Vec<Kel32f> reached = lesserOf(load(from), lesserOf(load(from - 1), load(from - 2)));
-            Vec<Kel32f> cost = lesserOf(stdx::sqrt(even[p] + odd[p]) + reached, Vec<Kel32f>(kUnreachable));
-            if (j + w > count) {
-                const Vec<Kel32f> lane([](auto i) { return static_cast<Kel32f>(i); });
-                stdx::where(lane >= static_cast<Kel32f>(count - j), cost) = kUnreachable;
-            }
-            store(now + j, cost);
-            least = lesserOf(cost, least);
+        ((least = finish(at + P * w, count, even[P] + odd[P], least)), ...);
+        return least;
+    }
+
+    static Vec<Kel32f> plusSquare(const Vec<Kel32f>& sum, const Vec<Kel32f>& difference) {
+        return mulAdd(difference, difference, sum);
+    }
+
+    // Stores the costs of the vector of cells from j on, whose distances have the given squares.  Lanes behind the last
+    // cell of the span become unreachable.
+    Vec<Kel32f> finish(std::size_t j, std::size_t count, const Vec<Kel32f>& squares, const Vec<Kel32f>& least) const {
+        const Kel32f* const from = before + j;
+        const Vec<Kel32f> reached = lesserOf(load(from), lesserOf(load(from - 1), load(from - 2)));
+        Vec<Kel32f> cost = lesserOf(stdx::sqrt(squares) + reached, Vec<Kel32f>(kUnreachable));
+        if (j + w > count) {
+            const Vec<Kel32f> lane([](auto i) { return static_cast<Kel32f>(i); });
+            stdx::where(lane >= static_cast<Kel32f>(static_cast<int>(count - j)), cost) = kUnreachable;
         }
+        store(now + j, cost);
+        return lesserOf(cost, least);
     }
 
     // The smallest cost of `count` cells.
     Kel32f run(std::size_t count) const {
-        constexpr std::size_t w = lanes<Kel32f>;
         Vec<Kel32f> least(kUnreachable);
         std::size_t at = 0;
-        for (; at + 3 * w < count; at += 4 * w) cells<4>(at, count, least);
+        for (; at + 3 * w < count; at += 4 * w) least = cells(at, count, least, std::make_index_sequence<4>());
         if (at + 2 * w < count) {
-            cells<3>(at, count, least);
+            least = cells(at, count, least, std::make_index_sequence<3>());
         } else if (at + w < count) {
-            cells<2>(at, count, least);
+            least = cells(at, count, least, std::make_index_sequence<2>());
         } else if (at < count) {
-            cells<1>(at, count, least);
+            least = cells(at, count, least, std::make_index_sequence<1>());
         }
         return stdx::hmin(least);
     }

@@ -204,6 +204,7 @@ TEST(Dtw, NoPathGivesTheLargestFloat) {
         // Single unreachable cells are gone around, also where they stand at the end of a span.
         EXPECT_EQ(warp({1, 1, 1}, {1, nan}, INT_MAX, 0), 0);
         EXPECT_EQ(warp({1, 1, 3, 3}, {inf, 1, nan, 2}), 2);
+        EXPECT_EQ(warp({1, 2, 2}, {nan, 1, 2}), 0);
     });
     EXPECT_EQ(warp({1, 3e38f, 3}, {1, -3e38f}), kFar);
 }
