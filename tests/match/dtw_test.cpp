@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -26,25 +27,31 @@ struct Forms;
 template <>
 struct Forms<Kel32f> {
     using Dist = Kel32f;
-    static constexpr auto d2 = [](auto... args) { return kelsDTW_L2_32f_D2(args...); };
-    static constexpr auto d2l = [](auto... args) { return kelsDTW_L2_32f_D2L(args...); };
+    static constexpr auto d2 = kelsDTW_L2_32f_D2;
+    static constexpr auto d2l = kelsDTW_L2_32f_D2L;
 };
 template <>
 struct Forms<Kel8u> {
     using Dist = Kel32s;
-    static constexpr auto d2 = [](auto... args) { return kelsDTW_L2_8u32s_D2Sfs(args..., 0); };
-    static constexpr auto d2l = [](auto... args) { return kelsDTW_L2_8u32s_D2LSfs(args..., 0); };
-    static constexpr auto scaledD2 = kelsDTW_L2_8u32s_D2Sfs;
-    static constexpr auto scaledD2L = kelsDTW_L2_8u32s_D2LSfs;
+    static constexpr auto d2 = kelsDTW_L2_8u32s_D2Sfs;
+    static constexpr auto d2l = kelsDTW_L2_8u32s_D2LSfs;
 };
 template <>
 struct Forms<Kel16s> {
     using Dist = Kel32s;
-    static constexpr auto d2 = [](auto... args) { return kelsDTW_L2Low_16s32s_D2Sfs(args..., 0); };
-    static constexpr auto d2l = [](auto... args) { return kelsDTW_L2Low_16s32s_D2LSfs(args..., 0); };
-    static constexpr auto scaledD2 = kelsDTW_L2Low_16s32s_D2Sfs;
-    static constexpr auto scaledD2L = kelsDTW_L2Low_16s32s_D2LSfs;
+    static constexpr auto d2 = kelsDTW_L2Low_16s32s_D2Sfs;
+    static constexpr auto d2l = kelsDTW_L2Low_16s32s_D2LSfs;
 };
+
+// Adds the scale factor 0 where there is one.
+template <class F, class... A>
+KelStatus unscaled(F* form, A... args) {
+    if constexpr (std::is_invocable_v<F*, A..., int>) {
+        return form(args..., 0);
+    } else {
+        return form(args...);
+    }
+}
 
 // A sequence in both layouts: rows `step` apart up to a guard page, and rows of their own between guard pages.
 template <class T>
@@ -220,28 +227,25 @@ TYPED_TEST(DtwForms, StatusesInOrder) {
     const TypeParam* rows[2] = {values, values + 2};
     typename Form::Dist dist = 7;
     struct Fault {
-        bool noFirst, noSecond, noDist;
-        int height1, height2, width, step;
+        int null, height1, height2, width, step;
         KelStatus expected;
     };
-    for (const Fault& f : std::vector<Fault>{{true, false, false, 2, 2, 2, 2, -8},
-                                             {false, true, false, 2, 2, 2, 2, -8},
-                                             {false, false, true, 2, 2, 2, 2, -8},
-                                             {false, false, true, 0, 0, 0, 0, -8},
-                                             {false, false, false, 0, 2, 2, 2, -6},
-                                             {false, false, false, 2, 0, 2, 2, -6},
-                                             {false, false, false, 2, 2, 0, 2, -6},
-                                             {false, false, false, 2, 2, -1, 2, -6},
-                                             {false, false, false, 2, 2, 2, 1, -6},
-                                             {false, false, false, 2, 2, 2, INT_MIN, -6}}) {
-        auto* const out = f.noDist ? nullptr : &dist;
-        const TypeParam* const none = nullptr;
-        EXPECT_EQ(Form::d2(f.noFirst ? none : values, f.height1, f.noSecond ? none : values, f.height2, f.width, f.step,
-                           out, 1, 1),
+    for (const Fault& f : std::vector<Fault>{{1, 2, 2, 2, 2, -8},
+                                             {2, 2, 2, 2, 2, -8},
+                                             {3, 2, 2, 2, 2, -8},
+                                             {3, 0, 0, 0, 0, -8},
+                                             {0, 0, 2, 2, 2, -6},
+                                             {0, 2, 0, 2, 2, -6},
+                                             {0, 2, 2, 0, 2, -6},
+                                             {0, 2, 2, 2, 1, -6},
+                                             {0, 2, 2, 2, INT_MIN, -6}}) {
+        const auto unless = [&f](int null, auto* p) { return f.null == null ? nullptr : p; };
+        EXPECT_EQ(unscaled(Form::d2, unless(1, values), f.height1, unless(2, values), f.height2, f.width, f.step,
+                           unless(3, &dist), 1, 1),
                   f.expected);
-        if (f.step != 2 && f.width == 2) continue;  // a fault of the row step only
-        EXPECT_EQ(Form::d2l(f.noFirst ? nullptr : rows, f.height1, f.noSecond ? nullptr : rows, f.height2, f.width, out,
-                            1, 1),
+        if (f.step < f.width) continue;  // no fault without a step
+        EXPECT_EQ(unscaled(Form::d2l, unless(1, rows), f.height1, unless(2, rows), f.height2, f.width, unless(3, &dist),
+                           1, 1),
                   f.expected);
     }
     EXPECT_EQ(dist, 7);
@@ -259,7 +263,7 @@ TYPED_TEST(DtwForms, EveryFailedAllocationIsReported) {
 #endif
         typename Form::Dist dist = 7;
         const KelStatus status =
-            Form::d2(values.data(), height, values.data(), height, width, width, &dist, height, 1000);
+            unscaled(Form::d2, values.data(), height, values.data(), height, width, width, &dist, height, 1000);
         const bool failed = watch.calls() == n + 1;
         EXPECT_EQ(status, failed ? kelStatusNoMemory : kelStatusOk);
         EXPECT_EQ(dist, failed ? 7 : 0);
@@ -307,11 +311,9 @@ TYPED_TEST(DtwIntegers, ScaleTheFloatResult) {
             test::inEveryRoundingMode([&] {
                 const Kel32s expected = scaled(warp(fa, fb, c.delta, static_cast<Kel32f>(beam)), scaleFactor);
                 Kel32s dist = -1, dist2 = -1;
-                EXPECT_EQ(Form::scaledD2(a.block, c.n, b.block, c.m, c.width, step, &dist, c.delta, beam, scaleFactor),
-                          0);
-                EXPECT_EQ(Form::scaledD2L(a.list.data(), c.n, b.list.data(), c.m, c.width, &dist2, c.delta, beam,
-                                          scaleFactor),
-                          0);
+                EXPECT_EQ(Form::d2(a.block, c.n, b.block, c.m, c.width, step, &dist, c.delta, beam, scaleFactor), 0);
+                EXPECT_EQ(
+                    Form::d2l(a.list.data(), c.n, b.list.data(), c.m, c.width, &dist2, c.delta, beam, scaleFactor), 0);
                 EXPECT_EQ(dist, expected) << scaleFactor;
                 EXPECT_EQ(dist2, expected) << scaleFactor;
             });
@@ -324,7 +326,7 @@ TYPED_TEST(DtwIntegers, CopiesThatCannotBeCountedAreOutOfMemory) {
     const TypeParam* row = &value;
     Kel32s dist = 7;
     for (const auto& [height1, height2] : {std::pair(INT_MAX, 1), {1, INT_MAX}, {INT_MAX, INT_MAX}}) {
-        EXPECT_EQ(Forms<TypeParam>::d2l(&row, height1, &row, height2, INT_MAX, &dist, 0, 0), kelStatusNoMemory);
+        EXPECT_EQ(Forms<TypeParam>::d2l(&row, height1, &row, height2, INT_MAX, &dist, 0, 0, 0), kelStatusNoMemory);
     }
     EXPECT_EQ(dist, 7);
 }
