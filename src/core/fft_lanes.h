@@ -2,14 +2,13 @@
 //
 // The length M is split as L x W, W being the lanes of a vector: lane l takes the samples n = l (mod W), so that W
 // consecutive samples are one vector and L-point transforms run on all lanes at once, with no shuffle and with twiddles
-// that are the same in every lane.  They are Stockham transforms: every pass sorts as it goes, and none of them needs a
-// bit reversal.  Then W x W blocks are transposed, multiplied by w_M^(k l), and one W-point butterfly across the
-// vectors gives the outputs k + L m for W consecutive k.  The method is described in C. Van Loan, Computational
-// Frameworks for the Fast Fourier Transform, SIAM 1992, sections 1.7 and 3.3.
+// that are the same in every lane.  Then W x W blocks are transposed, multiplied by w_M^(k l), and one W-point butterfly
+// across the vectors gives the outputs k + L m for W consecutive k.  The factorisations are those of C. Van Loan,
+// Computational Frameworks for the Fast Fourier Transform, SIAM 1992.
 #pragma once
 
 #include <cstddef>
-#include <utility>
+#include <type_traits>
 
 #include "core/simd.h"
 #include "kels/types.h"
@@ -32,11 +31,6 @@ template <class V>
 inline ComplexOf<V> operator*(const ComplexOf<V>& a, const ComplexOf<V>& b) {
     return {mulSub(a.re, b.re, a.im * b.im), mulAdd(a.re, b.im, a.im * b.re)};
 }
-template <class V>
-inline ComplexOf<V> timesMinusI(const ComplexOf<V>& a) {
-    return {a.im, -a.re};
-}
-
 template <int W>
 using Complex = ComplexOf<Floats<W>>;
 
@@ -84,16 +78,12 @@ struct SwappedPairs {
     Kel32f* data;
     void store(std::size_t i, const Complex<W>& v) const { storePairs(data + 2 * i, v.im, v.re); }
 };
-// Two arrays.
+// Units, which take the place of the pairs that they hold; i is a multiple of W.
 template <int W>
-struct Split {
-    Kel32f* re;
-    Kel32f* im;
-    Complex<W> load(std::size_t i) const { return {loadFloats<W>(re + i), loadFloats<W>(im + i)}; }
-    void store(std::size_t i, const Complex<W>& v) const {
-        storeFloats(re + i, v.re);
-        storeFloats(im + i, v.im);
-    }
+struct Units {
+    Kel32f* data;
+    Complex<W> load(std::size_t i) const { return loadUnit<W>(data + 2 * i); }
+    void store(std::size_t i, const Complex<W>& v) const { storeUnit<W>(data + 2 * i, v); }
 };
 
 // ---- butterflies: DFT of R values, kernel e^(-2 pi i k n / R), in natural order ------------------------------------
@@ -131,15 +121,14 @@ inline void butterfly(ComplexOf<V> (&a)[8]) {
 }
 
 // ---- transforms along the lanes ------------------------------------------------------------------------------------
+// L = 2^order points in every lane, order >= 2, in passes of radix r1, r2, ... (decimation in frequency).  Each pass
+// leaves its results where its operands stood, so that output k = m1 + r1 (m2 + r2 (m3 + ...)) ends up at the position
+// with the same digits in reverse, m1 L / r1 + m2 L / (r1 r2) + ...  A position is a unit, which is no less than a cache
+// line of AVX vectors, so that reading them in this order later costs nothing.
 
-// The radix of the next pass of a transform of 2^order points, as its logarithm: 8 where nothing smaller than 4 is left.
+// The radix of the first pass, as its logarithm: 8 where nothing smaller than 4 is left.
 constexpr int radixBits(int order) {
     return order == 2 || order == 4 ? 2 : 3;
-}
-constexpr int passCount(int order) {
-    int passes = 0;
-    for (; order > 0; order -= radixBits(order)) ++passes;
-    return passes;
 }
 // Twiddles of all passes but the last, which needs none.
 constexpr std::size_t laneTwiddleCount(int order) {
@@ -150,124 +139,139 @@ constexpr std::size_t laneTwiddleCount(int order) {
     return count;
 }
 
-enum class Twiddled { No, Yes };
+// Where output k stands.
+inline std::size_t position(int order, std::size_t k) {
+    std::size_t at = 0;
+    while (order > 0) {
+        const int bits = radixBits(order);
+        order -= bits;
+        at += (k & ((std::size_t{1} << bits) - 1)) << order;
+        k >>= bits;
+    }
+    return at;
+}
+// The lowest output that butterfly b of the last pass, of radix 2^lastBits, computes.
+inline std::size_t firstOutput(int order, int lastBits, std::size_t b) {
+    std::size_t k = 0;
+    int weight = 0;
+    while (order > lastBits) {
+        const int bits = radixBits(order);
+        order -= bits;
+        k += ((b >> (order - lastBits)) & ((std::size_t{1} << bits) - 1)) << weight;
+        weight += bits;
+    }
+    return k;
+}
 
-// One Stockham pass of radix R: `stride` interleaved transforms of `n` points become R * stride of n / R points.
-template <int W, int R, Twiddled twiddled, class Load, class Store>
-inline void pass(std::size_t n, std::size_t stride, const Kel32fc* twiddles, Load load, Store store) {
+// A pass but the last, on blocks of n of the `length` units at `units`; a first pass gets its operands from `load`.
+template <int W, int R, class Load>
+inline void pass(std::size_t n, std::size_t length, const Kel32fc* twiddles, Kel32f* units, Load load) {
     const std::size_t part = n / R;
     for (std::size_t p = 0; p < part; ++p) {
-        for (std::size_t q = 0; q < stride; ++q) {
+        for (std::size_t at = p; at < length; at += n) {
             Complex<W> a[R];
-            for (std::size_t j = 0; j < R; ++j) a[j] = load(q + stride * (p + j * part));
+            for (std::size_t j = 0; j < R; ++j) a[j] = load(at + j * part);
             butterfly(a);
-            store(q + stride * R * p, a[0]);
+            storeUnit<W>(units + 2 * W * at, a[0]);
             for (std::size_t j = 1; j < R; ++j) {
-                if constexpr (twiddled == Twiddled::Yes) a[j] = a[j] * broadcast<W>(twiddles[j - 1]);
-                store(q + stride * (R * p + j), a[j]);
+                storeUnit<W>(units + 2 * W * (at + j * part), a[j] * broadcast<W>(twiddles[j - 1]));
             }
         }
         twiddles += R - 1;
     }
 }
 
-// The transform of 2^order points in every lane, order >= 2.  load(j) gives point j of all lanes, store(k, v) takes
-// output k.  Passes write to a, b, a, ... in turn, the last one to `store`: load may read b, and store may write the
-// one of the two that is not the last but one in the row (a after an odd number of passes, b after an even one).
-template <int W, class Load, class Store>
-inline void transformLanes(int order, const Kel32fc* twiddles, Kel32f* a, Kel32f* b, Load load, Store store) {
-    std::size_t n = std::size_t{1} << order;
+// The last pass; finish(b) gives what takes the outputs of butterfly b, as put(digit, value).
+template <int W, int R, class Load, class Finish>
+inline void lastPass(std::size_t length, Load load, Finish finish) {
+    for (std::size_t b = 0; b < length / R; ++b) {
+        Complex<W> a[R];
+        for (std::size_t j = 0; j < R; ++j) a[j] = load(b * R + j);
+        butterfly(a);
+        const auto put = finish(b, std::integral_constant<int, R>());
+        for (std::size_t j = 0; j < R; ++j) put(j, a[j]);
+    }
+}
+
+// load(j) gives point j of all lanes and may read `units` at the same place.
+template <int W, class Load, class Finish>
+inline void transformLanes(int order, const Kel32fc* twiddles, Kel32f* units, Load load, Finish finish) {
+    const std::size_t length = std::size_t{1} << order;
+    const auto fromUnits = [units](std::size_t j) { return loadUnit<W>(units + 2 * W * j); };
     int bits = radixBits(order);
     if (bits == order) {
-        if (bits == 2) {
-            pass<W, 4, Twiddled::No>(n, 1, twiddles, load, store);
-        } else {
-            pass<W, 8, Twiddled::No>(n, 1, twiddles, load, store);
-        }
+        bits == 2 ? lastPass<W, 4>(length, load, finish) : lastPass<W, 8>(length, load, finish);
         return;
     }
-    {
-        const auto toA = [a](std::size_t k, const Complex<W>& v) { storeUnit<W>(a + 2 * W * k, v); };
-        if (bits == 2) {
-            pass<W, 4, Twiddled::Yes>(n, 1, twiddles, load, toA);
-        } else {
-            pass<W, 8, Twiddled::Yes>(n, 1, twiddles, load, toA);
-        }
-    }
-    std::size_t stride = 1;
+    bits == 2 ? pass<W, 4>(length, length, twiddles, units, load) : pass<W, 8>(length, length, twiddles, units, load);
     for (;;) {
-        const std::size_t part = n >> bits;
-        twiddles += part * ((std::size_t{1} << bits) - 1);
-        stride <<= bits;
-        n = part;
+        twiddles += (std::size_t{1} << order) - (std::size_t{1} << (order - bits));
         order -= bits;
         bits = radixBits(order);
         if (bits == order) break;
-        const auto fromA = [a](std::size_t j) { return loadUnit<W>(a + 2 * W * j); };
-        const auto toB = [b](std::size_t k, const Complex<W>& v) { storeUnit<W>(b + 2 * W * k, v); };
-        if (bits == 2) {
-            pass<W, 4, Twiddled::Yes>(n, stride, twiddles, fromA, toB);
-        } else {
-            pass<W, 8, Twiddled::Yes>(n, stride, twiddles, fromA, toB);
-        }
-        std::swap(a, b);
+        const std::size_t n = std::size_t{1} << order;
+        bits == 2 ? pass<W, 4>(n, length, twiddles, units, fromUnits)
+                  : pass<W, 8>(n, length, twiddles, units, fromUnits);
     }
-    const auto fromA = [a](std::size_t j) { return loadUnit<W>(a + 2 * W * j); };
-    if (bits == 2) {
-        pass<W, 4, Twiddled::No>(n, stride, twiddles, fromA, store);
-    } else {
-        pass<W, 8, Twiddled::No>(n, stride, twiddles, fromA, store);
-    }
+    bits == 2 ? lastPass<W, 4>(length, fromUnits, finish) : lastPass<W, 8>(length, fromUnits, finish);
 }
 
 // ---- the whole transform -------------------------------------------------------------------------------------------
 
-// W x W complex numbers in units of W, `step` floats from row to row, as their columns.
+// W x W complex numbers in units of W as their columns: rows `step` floats apart, the fifth `upper` floats from the
+// first.
 template <int W>
-inline void loadColumns(const Kel32f* p, std::size_t step, Complex<W> (&columns)[W]) {
+inline void loadColumns(const Kel32f* p, std::size_t step, std::size_t upper, Complex<W> (&columns)[W]) {
     Floats<W> re[W], im[W];
-    loadTransposed(p, step, re);
-    loadTransposed(p + W, step, im);
+    loadTransposed(p, step, upper, re);
+    loadTransposed(p + W, step, upper, im);
     for (int i = 0; i < W; ++i) columns[i] = {re[i], im[i]};
 }
 
 template <int W>
-inline constexpr int kWidthBits = W == 8   ? 3
-                                  : W == 4 ? 2
-                                           : 0;
+inline constexpr int kWidthBits = W == 8 ? 3 : 2;
 
-// The one of the buffers of transformInCache that its outputs may go to.
-template <int W>
-Kel32f* freeBuffer(int order, Kel32f* a, Kel32f* b) {
-    return W > 1 && passCount(order - kWidthBits<W>) % 2 != 0 ? b : a;
+// M = 2^order >= W^2 points with scratch memory of M complex numbers in the nearest caches; `source` may be this memory.
+template <int W, class Source, class Sink>
+inline void transformInCache(int order, const Kel32fc* laneTwiddles, const Kel32f* crossTwiddles, Kel32f* scratch,
+                             Source source, Sink sink) {
+    const int laneOrder = order - kWidthBits<W>;
+    transformLanes<W>(
+        laneOrder, laneTwiddles, scratch, [=](std::size_t j) { return source.load(W * j); },
+        [=]<int R>(std::size_t b, std::integral_constant<int, R>) {
+            return [=](std::size_t j, const Complex<W>& v) { storeUnit<W>(scratch + 2 * W * (R * b + j), v); };
+        });
+    const std::size_t length = std::size_t{1} << laneOrder;
+    const std::size_t step = 2 * W * position(laneOrder, 1);
+    const std::size_t upper = 2 * W * position(laneOrder, 4);
+    for (std::size_t k = 0; k < length; k += W) {
+        Complex<W> v[W];
+        loadColumns<W>(scratch + 2 * W * position(laneOrder, k), step, upper, v);
+        for (int l = 1; l < W; ++l) {
+            v[l] = v[l] * loadUnit<W>(crossTwiddles);
+            crossTwiddles += 2 * W;
+        }
+        butterfly(v);
+        for (std::size_t m = 0; m < W; ++m) sink.store(k + length * m, v[m]);
+    }
 }
 
-// M = 2^order points with both scratch buffers of M complex numbers in the nearest caches.  `source` may lie in b, and
-// the outputs may go to the buffer that freeBuffer names.
-template <int W, class Source, class Sink>
-inline void transformInCache(int order, const Kel32fc* laneTwiddles, const Kel32f* crossTwiddles, Kel32f* a, Kel32f* b,
-                             Source source, Sink sink) {
-    if constexpr (W == 1) {
-        transformLanes<1>(
-            order, laneTwiddles, a, b, [=](std::size_t j) { return source.load(j); },
-            [=](std::size_t k, const Complex<1>& v) { sink.store(k, v); });
-    } else {
-        const int laneOrder = order - kWidthBits<W>;
-        Kel32f* const lanesAt = freeBuffer<W>(order, b, a);
-        transformLanes<W>(
-            laneOrder, laneTwiddles, a, b, [=](std::size_t j) { return source.load(W * j); },
-            [=](std::size_t k, const Complex<W>& v) { storeUnit<W>(lanesAt + 2 * W * k, v); });
-        const std::size_t length = std::size_t{1} << laneOrder;
-        for (std::size_t k = 0; k < length; k += W) {
-            Complex<W> v[W];
-            loadColumns<W>(lanesAt + 2 * W * k, 2 * W, v);
-            for (int l = 1; l < W; ++l) {
-                v[l] = v[l] * loadUnit<W>(crossTwiddles);
-                crossTwiddles += 2 * W;
-            }
-            butterfly(v);
-            for (std::size_t m = 0; m < W; ++m) sink.store(k + length * m, v[m]);
-        }
+// Eight points: the same on two rows of a 4 x 4 block, which are there twice so that nothing undefined is computed on.
+template <class Source, class Sink>
+inline void transformEight(const Kel32f* crossTwiddles, Source source, Sink sink) {
+    const Complex<4> low = source.load(0);
+    const Complex<4> high = source.load(4);
+    Kel32f rows[4 * 8];
+    for (int i = 0; i < 2; ++i) {
+        storeUnit<4>(rows + 16 * i, low + high);
+        storeUnit<4>(rows + 16 * i + 8, low - high);
+    }
+    Complex<4> v[4];
+    loadColumns<4>(rows, 8, 0, v);
+    for (int l = 1; l < 4; ++l) v[l] = v[l] * loadUnit<4>(crossTwiddles + 8 * (l - 1));
+    butterfly(v);
+    for (std::size_t m = 0; m < 4; m += 2) {
+        sink.store(2 * m, {lowerHalves(v[m].re, v[m + 1].re), lowerHalves(v[m].im, v[m + 1].im)});
     }
 }
 
@@ -282,31 +286,39 @@ struct FourStepTables {
 
 // M points in four steps, for sizes beyond the caches (D. H. Bailey, FFTs in external or hierarchical memory, J.
 // Supercomputing 4, 1990): transforms down W columns at a time, twiddles, transforms along W rows at a time, whose
-// outputs k + R m are again W neighbours.  `matrix` holds M complex numbers, a and b W of them for each point of the
-// longer transforms.  `source` may lie in `matrix`.
+// outputs k + R m are again W neighbours.  `matrix` holds M complex numbers, `lines` W of them for each point of the
+// longer transforms.  `source` may be Units of `matrix`.
 template <int W, class Source, class Sink>
-inline void transformInSteps(const FourStepTables& t, Kel32f* matrix, Kel32f* a, Kel32f* b, Source source, Sink sink) {
+inline void transformInSteps(const FourStepTables& t, Kel32f* matrix, Kel32f* lines, Source source, Sink sink) {
     const std::size_t rows = std::size_t{1} << t.rowBits;
     const std::size_t columns = std::size_t{1} << t.columnBits;
     const Kel32fc* stepTwiddles = t.stepTwiddles;
     for (std::size_t c = 0; c < columns; c += W) {
         transformLanes<W>(
-            t.rowBits, t.columnTwiddles, a, b, [=](std::size_t j) { return source.load(j * columns + c); },
-            [=, &t](std::size_t k, const Complex<W>& v) {
-                const Complex<W> twiddle = loadUnit<W>(t.laneTwiddles + 2 * W * k) * broadcast<W>(stepTwiddles[k]);
-                storeUnit<W>(matrix + 2 * (k * columns + c), v * twiddle);
+            t.rowBits, t.columnTwiddles, lines, [=](std::size_t j) { return source.load(j * columns + c); },
+            [=, &t]<int R>(std::size_t b, std::integral_constant<int, R>) {
+                const std::size_t first = firstOutput(t.rowBits, R == 8 ? 3 : 2, b);
+                return [=, &t](std::size_t j, const Complex<W>& v) {
+                    const std::size_t k = first + j * (rows / R);
+                    const auto twiddle = loadUnit<W>(t.laneTwiddles + 2 * W * k) * broadcast<W>(stepTwiddles[k]);
+                    storeUnit<W>(matrix + 2 * (k * columns + c), v * twiddle);
+                };
             });
         stepTwiddles += rows;
     }
     for (std::size_t k = 0; k < rows; k += W) {
         for (std::size_t c = 0; c < columns; c += W) {
             Complex<W> v[W];
-            loadColumns<W>(matrix + 2 * (k * columns + c), 2 * columns, v);
-            for (std::size_t i = 0; i < W; ++i) storeUnit<W>(b + 2 * W * (c + i), v[i]);
+            loadColumns<W>(matrix + 2 * (k * columns + c), 2 * columns, 8 * columns, v);
+            for (std::size_t i = 0; i < W; ++i) storeUnit<W>(lines + 2 * W * (c + i), v[i]);
         }
         transformLanes<W>(
-            t.columnBits, t.rowTwiddles, a, b, [=](std::size_t j) { return loadUnit<W>(b + 2 * W * j); },
-            [=](std::size_t m, const Complex<W>& v) { sink.store(k + rows * m, v); });
+            t.columnBits, t.rowTwiddles, lines, [=](std::size_t j) { return loadUnit<W>(lines + 2 * W * j); },
+            [=]<int R>(std::size_t b, std::integral_constant<int, R>) {
+                const std::size_t first = firstOutput(t.columnBits, R == 8 ? 3 : 2, b);
+                return
+                    [=](std::size_t j, const Complex<W>& v) { sink.store(k + rows * (first + j * (columns / R)), v); };
+            });
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
 #include "core/fft_lanes.h"
 
@@ -20,29 +21,101 @@ struct SpectrumEnds {
 //   inverse  Z[k] = E + T,  Z[M-k] = conj(E - T),  E = X[k] + conj X[M-k],        T = i w^-k (X[k] - conj X[M-k])
 // with w = e^(-2 pi i / N): only the sign of the cosine tells the two apart.
 
-// Indices 1 .. M-1, both ends towards the middle; the last step meets M/2 from both sides.  `scale` multiplies what is
-// read.  Source and sink may be the same array, index for index.  The tables begin with k = 1.
-template <int W, Direction direction, class Source, class Sink>
-inline void recombine(std::size_t m, const Kel32f* cosines, const Kel32f* sines, Kel32f scale, Source source,
-                      Sink sink) {
-    const Floats<W> factor(scale);
-    for (std::size_t i = 0; i < m / 2; i += W) {
-        const std::size_t low = i + 1;
-        const std::size_t high = m - i - W;
-        const Complex<W> z = source.load(low);
-        const Complex<W> y = source.load(high);
-        const Complex<W> a = {z.re * factor, z.im * factor};
-        const Complex<W> b = {reversed(y.re) * factor, reversed(y.im) * factor};
-        const Complex<W> sum = {a.re + b.re, a.im - b.im};
-        const Complex<W> difference = {a.re - b.re, a.im + b.im};
-        const Floats<W> sine = loadFloats<W>(sines + i);
-        Floats<W> cosine = loadFloats<W>(cosines + i);
+// A vector of k from i on meets one of M - k, in reverse: the block of units that begins at M - i - W, whose first lane
+// belongs to the next step, and the first lane of the block at M - i.  Taking it so keeps all accesses to units aligned
+// with those of the transform, whose fresh stores a straddling load would have to wait for.
+
+template <Direction direction, class V>
+struct Rotated {
+    ComplexOf<V> low, high;
+    Rotated(const ComplexOf<V>& a, const ComplexOf<V>& b, V cosine, const V& sine, const V& scale) {
         if constexpr (direction == Direction::Inverse) cosine = -cosine;
-        const Floats<W> turnedRe = mulSub(cosine, difference.im, sine * difference.re);
-        const Floats<W> turnedIm = mulAdd(cosine, difference.re, sine * difference.im);  // of -T
-        sink.store(low, {sum.re + turnedRe, sum.im - turnedIm});
-        sink.store(high, {reversed(sum.re - turnedRe), reversed(-(sum.im + turnedIm))});
+        const ComplexOf<V> y = {a.re * scale, a.im * scale};
+        const ComplexOf<V> z = {b.re * scale, b.im * scale};
+        const ComplexOf<V> sum = {y.re + z.re, y.im - z.im};
+        const ComplexOf<V> difference = {y.re - z.re, y.im + z.im};
+        const V re = mulSub(cosine, difference.im, sine * difference.re);
+        const V im = mulAdd(cosine, difference.re, sine * difference.im);  // of -T
+        low = {sum.re + re, sum.im - im};
+        high = {sum.re - re, -(sum.im + im)};
     }
+};
+
+// Cosines and sines of 2 pi k / N for k = 0 .. M/2 - 1.
+struct Rotation {
+    const Kel32f* cosines;
+    const Kel32f* sines;
+};
+
+template <int W>
+inline Complex<W> reversedAfterFirst(const Complex<W>& v) {
+    return {reversedAfterFirst(v.re), reversedAfterFirst(v.im)};
+}
+template <int W>
+inline Complex<W> withFirst(const Complex<W>& first, const Complex<W>& rest) {
+    return {withFirst(first.re, rest.re), withFirst(first.im, rest.im)};
+}
+
+// Units of Z[0 .. M-1] at dst become the pairs of X[1 .. M-1], X[1] at dst[firstPair], 1 or 2.  All is times 2 scale.
+template <int W>
+inline SpectrumEnds separate(std::size_t m, const Rotation& rotation, Kel32f scale, Kel32f* dst,
+                             std::size_t firstPair) {
+    const auto pairAt = [=](std::size_t k) { return dst + (2 * k + firstPair - 2); };
+    const Floats<W> factor(scale);
+    SpectrumEnds ends;
+    Complex<W> previous = reversedAfterFirst<W>(loadUnit<W>(dst));
+    for (std::size_t i = 0; i < m / 2; i += W) {
+        const Complex<W> z = loadUnit<W>(dst + 2 * i);
+        const Complex<W> block = reversedAfterFirst<W>(loadUnit<W>(dst + 2 * (m - i - W)));
+        const Rotated<Direction::Forward, Floats<W>> x(z, withFirst<W>(previous, block),
+                                                       loadFloats<W>(rotation.cosines + i),
+                                                       loadFloats<W>(rotation.sines + i), factor);
+        previous = block;
+        if (i == 0) {
+            Kel32f low[2 * W], high[2 * W];
+            storePairs(low, x.low.re, x.low.im);
+            storePairs(high, reversed(x.high.re), reversed(x.high.im));
+            std::memcpy(pairAt(1), low + 2, (2 * W - 2) * sizeof(Kel32f));
+            std::memcpy(pairAt(m - W + 1), high, (2 * W - 2) * sizeof(Kel32f));
+            ends = {low[0], high[2 * W - 2]};
+        } else {
+            storePairs(pairAt(i), x.low.re, x.low.im);
+            storePairs(pairAt(m - i - W + 1), reversed(x.high.re), reversed(x.high.im));
+        }
+    }
+    pairAt(m / 2)[0] = 2 * scale * Kel32f(previous.re[0]);
+    pairAt(m / 2)[1] = -2 * scale * Kel32f(previous.im[0]);
+    return ends;
+}
+
+// The way back from Pack order to units of Z, imaginary parts first; all is times scale.
+template <int W>
+inline void unite(std::size_t m, const Rotation& rotation, Kel32f scale, const Kel32f* src, Kel32f* units) {
+    const Floats<W> factor(scale);
+    const auto storeSwapped = [=](std::size_t i, const Complex<W>& v) { storeUnit<W>(units + 2 * i, {v.im, v.re}); };
+    Complex<W> previous;
+    for (std::size_t i = 0; i < m / 2; i += W) {
+        Complex<W> x, y;
+        if (i == 0) {
+            Kel32f low[2 * W] = {src[0]}, high[2 * W] = {};
+            std::memcpy(low + 2, src + 1, (2 * W - 2) * sizeof(Kel32f));
+            std::memcpy(high, src + 2 * (m - W) + 1, (2 * W - 1) * sizeof(Kel32f));
+            loadPairs(low, x.re, x.im);
+            loadPairs(high, y.re, y.im);
+        } else {
+            loadPairs(src + 2 * i - 1, x.re, x.im);
+            loadPairs(src + 2 * (m - i - W) + 1, y.re, y.im);
+        }
+        const Rotated<Direction::Inverse, Floats<W>> z(x, {reversed(y.re), reversed(y.im)},
+                                                       loadFloats<W>(rotation.cosines + i),
+                                                       loadFloats<W>(rotation.sines + i), factor);
+        storeSwapped(i, z.low);
+        const Complex<W> block = reversedAfterFirst<W>(z.high);
+        if (i > 0) storeSwapped(m - i, withFirst<W>(block, previous));
+        previous = block;
+    }
+    const Complex<W> middle = {Floats<W>(2 * scale * src[m - 1]), Floats<W>(-2 * scale * src[m])};
+    storeSwapped(m / 2, withFirst<W>(middle, previous));
 }
 
 // ---- up to eight points --------------------------------------------------------------------------------------------

@@ -70,7 +70,7 @@ bool buildInCacheTables(KelFFTSpec_R_32f& spec) {
     const int laneOrder = spec.order - 1 - kWidthBits<W>;
     Layout layout;
     const std::size_t lanesAt = layout.add(2 * static_cast<int64_t>(laneTwiddleCount(laneOrder)));
-    const std::size_t crossAt = layout.add(2 * (W - 1) * static_cast<int64_t>(length));
+    const std::size_t crossAt = layout.add(2 * (W - 1) * static_cast<int64_t>(std::max<std::size_t>(length, W)));
     const std::size_t rotationAt = layout.add(static_cast<int64_t>(m));
     Kel32f* const block = allocate<Kel32f>(layout.total());
     if (block == nullptr) return false;
@@ -126,10 +126,10 @@ bool buildTables(KelFFTSpec_R_32f& spec) {
                            : withLanes(spec.order, [&](auto width) { return buildInCacheTables<width()>(spec); });
     if (!built) return false;
     const std::size_t n = std::size_t{1} << spec.order;
-    for (std::size_t k = 1; k <= n / 4; ++k) {
+    for (std::size_t k = 0; k < n / 4; ++k) {
         const Kel32fc root = unitRoot(k, n);
-        spec.forwardRotation[k - 1] = root.re;
-        spec.forwardRotation[n / 4 + k - 1] = -root.im;
+        spec.forwardRotation[k] = root.re;
+        spec.forwardRotation[n / 4 + k] = -root.im;
     }
     spec.inverseRotation = spec.forwardRotation;
     const int64_t bytes = scratchBytes(spec.order);
@@ -144,8 +144,8 @@ void freeTables(KelFFTSpec_R_32f& spec) {
 int64_t scratchBytes(int order) {
     if (order < kFirstTableOrder) return 0;
     const int64_t pairs = int64_t{1} << (order - 1);
-    const int64_t lanePairs = order < kFirstSteppedOrder ? pairs / 2 : int64_t{kWidestFloats} << columnBits(order);
-    return static_cast<int64_t>(sizeof(Kel32fc)) * (pairs + 2 * lanePairs) + static_cast<int64_t>(kLine - kBoundary);
+    const int64_t linePairs = order < kFirstSteppedOrder ? 0 : int64_t{kWidestFloats} << columnBits(order);
+    return static_cast<int64_t>(sizeof(Kel32fc)) * (pairs + linePairs) + static_cast<int64_t>(kLine - kBoundary);
 }
 
 WorkBuffer::WorkBuffer(const KelFFTSpec_R_32f& spec, Kel8u* callers) {

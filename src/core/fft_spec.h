@@ -20,7 +20,7 @@ struct KelFFTSpec_R_32f {
     Kel32fc* laneTwiddles;  // of the transforms along the lanes; the block of all tables starts here
     Kel32f* crossTwiddles;  // in cache: between lanes and butterflies across them; in steps: w_M^(i k) for the lanes i
     Kel32fc* stepTwiddles;  // in steps: w_M^(c k) for the first column c of each group
-    Kel32f* forwardRotation;  // cosines, then sines, of 2 pi k / N for k = 1 .. N/4
+    Kel32f* forwardRotation;  // cosines, then sines, of 2 pi k / N for k = 0 .. N/4 - 1
     Kel32f* inverseRotation;  // the same table
     Kel32fc* rowTwiddles;     // in steps: of the transforms along the rows
     void* unused[5];
@@ -51,12 +51,10 @@ inline constexpr int kFirstTableOrder = 4;
 // From there on the four-step transform: its data leave the second-level cache.
 inline constexpr int kFirstSteppedOrder = 17;
 
-// Lanes of the complex transform of order - 1: a length of at least the square of the width fills them.
+// Lanes of the complex transform, whose length is at least their square; order 4 fills half of them.
 template <class Call>
 auto withLanes(int order, Call call) {
-    if (order == 4) return call(std::integral_constant<int, 1>());
-    if (order < 7) return call(std::integral_constant<int, 4>());
-    return call(std::integral_constant<int, kWidestFloats>());
+    return order < 7 ? call(std::integral_constant<int, 4>()) : call(std::integral_constant<int, kWidestFloats>());
 }
 
 // The four-step transform's rows and points in a row, as logarithms.

@@ -326,7 +326,7 @@ inline int32_t toIntScalar(double v) {
 
 // ---- floats of an explicit width -----------------------------------------------------------------------------------
 // For kernels whose data fix the width: Floats<1> (a plain float), Floats<4>, and Floats<8> where the target has AVX2.
-// Every operation below exists for each of them.
+// The operations below exist for each of them, those on the order of lanes from four lanes on.
 
 template <int W>
 struct FloatsOf {
@@ -436,8 +436,22 @@ inline Floats<4> reversed(Floats<4> v) {
     return Floats<4>(_mm_shuffle_ps(native4(v), native4(v), 0x1b));
 }
 
-// columns[j][i] = p[i * step + j] of a W x W block.
-inline void loadTransposed(const float* p, std::size_t step, Floats<4> (&columns)[4]) {
+// Lane 0, then the others in reverse order.
+inline Floats<4> reversedAfterFirst(Floats<4> v) {
+    return Floats<4>(_mm_shuffle_ps(native4(v), native4(v), 0x6c));
+}
+// Lane 0 of `first`, the others of `rest`.
+inline Floats<4> withFirst(Floats<4> first, Floats<4> rest) {
+    return Floats<4>(_mm_move_ss(native4(rest), native4(first)));
+}
+
+// The lower halves of a and b.
+inline Floats<4> lowerHalves(Floats<4> a, Floats<4> b) {
+    return Floats<4>(_mm_movelh_ps(native4(a), native4(b)));
+}
+
+// columns[j][i] = row(i)[j] of a W x W block, with row(i) = p + i * step; from the fifth on p + upper + (i - 4) * step.
+inline void loadTransposed(const float* p, std::size_t step, std::size_t, Floats<4> (&columns)[4]) {
     __m128 r0 = _mm_loadu_ps(p);
     __m128 r1 = _mm_loadu_ps(p + step);
     __m128 r2 = _mm_loadu_ps(p + 2 * step);
@@ -482,13 +496,20 @@ inline void storePairs(float* p, Floats<8> even, Floats<8> odd) {
 inline Floats<8> reversed(Floats<8> v) {
     return Floats<8>(_mm256_permutevar8x32_ps(native8(v), _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0)));
 }
-inline void loadTransposed(const float* p, std::size_t step, Floats<8> (&columns)[8]) {
+inline Floats<8> reversedAfterFirst(Floats<8> v) {
+    return Floats<8>(_mm256_permutevar8x32_ps(native8(v), _mm256_setr_epi32(0, 7, 6, 5, 4, 3, 2, 1)));
+}
+inline Floats<8> withFirst(Floats<8> first, Floats<8> rest) {
+    return Floats<8>(_mm256_blend_ps(native8(rest), native8(first), 1));
+}
+inline void loadTransposed(const float* p, std::size_t step, std::size_t upper, Floats<8> (&columns)[8]) {
     for (int half = 0; half < 2; ++half) {
         const float* const q = p + 4 * half;
-        const __m256 r0 = loadHalves(q, q + 4 * step);
-        const __m256 r1 = loadHalves(q + step, q + 5 * step);
-        const __m256 r2 = loadHalves(q + 2 * step, q + 6 * step);
-        const __m256 r3 = loadHalves(q + 3 * step, q + 7 * step);
+        const float* const u = q + upper;
+        const __m256 r0 = loadHalves(q, u);
+        const __m256 r1 = loadHalves(q + step, u + step);
+        const __m256 r2 = loadHalves(q + 2 * step, u + 2 * step);
+        const __m256 r3 = loadHalves(q + 3 * step, u + 3 * step);
         const __m256 low01 = _mm256_unpacklo_ps(r0, r1);
         const __m256 low23 = _mm256_unpacklo_ps(r2, r3);
         const __m256 high01 = _mm256_unpackhi_ps(r0, r1);
