@@ -86,6 +86,18 @@ struct Units {
     void store(std::size_t i, const Complex<W>& v) const { storeUnit<W>(data + 2 * i, v); }
 };
 
+// Units in rows of 2^rowBits numbers with a gap behind each, so that the units of a column do not compete for the same
+// few places of a cache.
+template <int W>
+struct PaddedUnits {
+    Kel32f* data;
+    int rowBits;
+    Kel32f* at(std::size_t i) const { return data + 2 * (i + (i >> rowBits) * W); }
+    std::size_t pitch() const { return 2 * ((std::size_t{1} << rowBits) + W); }
+    Complex<W> load(std::size_t i) const { return loadUnit<W>(at(i)); }
+    void store(std::size_t i, const Complex<W>& v) const { storeUnit<W>(at(i), v); }
+};
+
 // ---- butterflies: DFT of R values, kernel e^(-2 pi i k n / R), in natural order ------------------------------------
 
 template <class V>
@@ -286,10 +298,11 @@ struct FourStepTables {
 
 // M points in four steps, for sizes beyond the caches (D. H. Bailey, FFTs in external or hierarchical memory, J.
 // Supercomputing 4, 1990): transforms down W columns at a time, twiddles, transforms along W rows at a time, whose
-// outputs k + R m are again W neighbours.  `matrix` holds M complex numbers, `lines` W of them for each point of the
-// longer transforms.  `source` may be Units of `matrix`.
+// outputs k + R m are again W neighbours.  `lines` holds W complex numbers for each point of the longer
+// transforms.  `source` may be `matrix`.
 template <int W, class Source, class Sink>
-inline void transformInSteps(const FourStepTables& t, Kel32f* matrix, Kel32f* lines, Source source, Sink sink) {
+inline void transformInSteps(const FourStepTables& t, const PaddedUnits<W>& matrix, Kel32f* lines, Source source,
+                             Sink sink) {
     const std::size_t rows = std::size_t{1} << t.rowBits;
     const std::size_t columns = std::size_t{1} << t.columnBits;
     const Kel32fc* stepTwiddles = t.stepTwiddles;
@@ -301,7 +314,7 @@ inline void transformInSteps(const FourStepTables& t, Kel32f* matrix, Kel32f* li
                 return [=, &t](std::size_t j, const Complex<W>& v) {
                     const std::size_t k = first + j * (rows / R);
                     const auto twiddle = loadUnit<W>(t.laneTwiddles + 2 * W * k) * broadcast<W>(stepTwiddles[k]);
-                    storeUnit<W>(matrix + 2 * (k * columns + c), v * twiddle);
+                    matrix.store(k * columns + c, v * twiddle);
                 };
             });
         stepTwiddles += rows;
@@ -309,7 +322,7 @@ inline void transformInSteps(const FourStepTables& t, Kel32f* matrix, Kel32f* li
     for (std::size_t k = 0; k < rows; k += W) {
         for (std::size_t c = 0; c < columns; c += W) {
             Complex<W> v[W];
-            loadColumns<W>(matrix + 2 * (k * columns + c), 2 * columns, 8 * columns, v);
+            loadColumns<W>(matrix.at(k * columns + c), matrix.pitch(), 4 * matrix.pitch(), v);
             for (std::size_t i = 0; i < W; ++i) storeUnit<W>(lines + 2 * W * (c + i), v[i]);
         }
         transformLanes<W>(

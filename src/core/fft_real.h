@@ -89,25 +89,26 @@ inline SpectrumEnds separate(std::size_t m, const Rotation& rotation, Kel32f sca
 }
 
 // The way back from Pack order to units of Z, imaginary parts first; all is times scale.
-template <int W>
-inline void unite(std::size_t m, const Rotation& rotation, Kel32f scale, const Kel32f* src, Kel32f* units) {
+template <int W, class Sink>
+inline void unite(std::size_t m, const Rotation& rotation, Kel32f scale, const Kel32f* src, Sink sink) {
     const Floats<W> factor(scale);
-    const auto storeSwapped = [=](std::size_t i, const Complex<W>& v) { storeUnit<W>(units + 2 * i, {v.im, v.re}); };
-    Complex<W> previous;
+    const auto storeSwapped = [=](std::size_t i, const Complex<W>& v) { sink.store(i, {v.im, v.re}); };
+    Complex<W> previous = {Floats<W>(0.0f), Floats<W>(0.0f)};
     for (std::size_t i = 0; i < m / 2; i += W) {
         Complex<W> x, y;
-        if (i == 0) {
-            Kel32f low[2 * W] = {src[0]}, high[2 * W] = {};
-            std::memcpy(low + 2, src + 1, (2 * W - 2) * sizeof(Kel32f));
-            std::memcpy(high, src + 2 * (m - W) + 1, (2 * W - 1) * sizeof(Kel32f));
-            loadPairs(low, x.re, x.im);
-            loadPairs(high, y.re, y.im);
+        if (i == 0) {  // the real ends, each where a pair would begin
+            Floats<W> even, odd;
+            loadPairs(src, even, odd);
+            x = {withFirst(even, shiftedUp(odd)), withFirst(Floats<W>(0.0f), even)};
+            loadPairs(src + 2 * (m - W), even, odd);
+            y = {reversed(odd), withFirst(Floats<W>(0.0f), shiftedUp(reversed(even)))};
         } else {
+            Complex<W> forwards;
             loadPairs(src + 2 * i - 1, x.re, x.im);
-            loadPairs(src + 2 * (m - i - W) + 1, y.re, y.im);
+            loadPairs(src + 2 * (m - i - W) + 1, forwards.re, forwards.im);
+            y = {reversed(forwards.re), reversed(forwards.im)};
         }
-        const Rotated<Direction::Inverse, Floats<W>> z(x, {reversed(y.re), reversed(y.im)},
-                                                       loadFloats<W>(rotation.cosines + i),
+        const Rotated<Direction::Inverse, Floats<W>> z(x, y, loadFloats<W>(rotation.cosines + i),
                                                        loadFloats<W>(rotation.sines + i), factor);
         storeSwapped(i, z.low);
         const Complex<W> block = reversedAfterFirst<W>(z.high);

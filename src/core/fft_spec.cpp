@@ -144,8 +144,11 @@ void freeTables(KelFFTSpec_R_32f& spec) {
 int64_t scratchBytes(int order) {
     if (order < kFirstTableOrder) return 0;
     const int64_t pairs = int64_t{1} << (order - 1);
-    const int64_t linePairs = order < kFirstSteppedOrder ? 0 : int64_t{kWidestFloats} << columnBits(order);
-    return static_cast<int64_t>(sizeof(Kel32fc)) * (pairs + linePairs) + static_cast<int64_t>(kLine - kBoundary);
+    // In steps: a gap behind each row, and the lines.
+    const int64_t more =
+        order < kFirstSteppedOrder ? 0 : (int64_t{1} << rowBits(order)) + (int64_t{1} << columnBits(order));
+    return static_cast<int64_t>(sizeof(Kel32fc)) * (pairs + kWidestFloats * more) +
+           static_cast<int64_t>(kLine - kBoundary);
 }
 
 WorkBuffer::WorkBuffer(const KelFFTSpec_R_32f& spec, Kel8u* callers) {

@@ -49,7 +49,7 @@ inline constexpr int kMaxFftOrder = 30;
 // Below, a direct routine for each order; from there on a complex transform of half the length.
 inline constexpr int kFirstTableOrder = 4;
 // From there on the four-step transform: its data leave the second-level cache.
-inline constexpr int kFirstSteppedOrder = 17;
+inline constexpr int kFirstSteppedOrder = 16;
 
 // Lanes of the complex transform, whose length is at least their square; order 4 fills half of them.
 template <class Call>

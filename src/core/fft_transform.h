@@ -16,19 +16,26 @@ inline FourStepTables stepTables(const KelFFTSpec_R_32f& spec) {
             spec.rowTwiddles,    spec.stepTwiddles,      spec.crossTwiddles};
 }
 
-// The complex transform of all N/2 points; `source` may be Units of `scratch`.
-template <int W, class Source, class Sink>
-inline void transformPoints(const KelFFTSpec_R_32f& spec, Kel32f* scratch, Source source, Sink sink) {
+// Calls `call` with the scratch memory as the complex transform wants it, and with the transform itself.
+template <class Call>
+auto withTransform(const KelFFTSpec_R_32f& spec, Kel32f* scratch, Call call) {
     if (spec.order >= kFirstSteppedOrder) {
-        if constexpr (W == kWidestFloats) {
-            Kel32f* const lines = scratch + (std::size_t{1} << spec.order);
-            transformInSteps<W>(stepTables(spec), scratch, lines, source, sink);
-        }
-    } else if (spec.order == kFirstTableOrder) {
-        if constexpr (W == 4) transformEight(spec.crossTwiddles, source, sink);
-    } else {
-        transformInCache<W>(spec.order - 1, spec.laneTwiddles, spec.crossTwiddles, scratch, source, sink);
+        constexpr int W = kWidestFloats;
+        const PaddedUnits<W> matrix{scratch, columnBits(spec.order)};
+        Kel32f* const lines = matrix.at(std::size_t{1} << (spec.order - 1));
+        return call(std::integral_constant<int, W>(), matrix, [&](auto source, auto sink) {
+            transformInSteps<W>(stepTables(spec), matrix, lines, source, sink);
+        });
     }
+    return withLanes(spec.order, [&](auto width) {
+        constexpr int W = width();
+        return call(width, Units<W>{scratch}, [&](auto source, auto sink) {
+            if constexpr (W == 4) {
+                if (spec.order == kFirstTableOrder) return transformEight(spec.crossTwiddles, source, sink);
+            }
+            transformInCache<W>(spec.order - 1, spec.laneTwiddles, spec.crossTwiddles, scratch, source, sink);
+        });
+    });
 }
 
 // The spectrum of src: the ends are returned, the pairs of frequencies 1 .. N/2-1 stand from dst[firstPair] on.
@@ -42,9 +49,9 @@ inline SpectrumEnds forward(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel
         for (std::size_t i = 1; i + 1 < n; ++i) dst[firstPair + i - 1] = packed[i];
         return {packed[0], packed[n - 1]};
     }
-    return withLanes(spec.order, [&](auto width) {
+    return withTransform(spec, scratch, [&](auto width, auto, auto transform) {
         constexpr int W = width();
-        transformPoints<W>(spec, scratch, ConstPairs<W>{src}, Units<W>{dst});
+        transform(ConstPairs<W>{src}, Units<W>{dst});
         return separate<W>(n / 2, {spec.forwardRotation, spec.forwardRotation + n / 4}, 0.5f * factor, dst, firstPair);
     });
 }
@@ -75,10 +82,10 @@ inline void inverseFromPack(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel
         inverseDirect(spec.order, src, dst, factor);
         return;
     }
-    withLanes(spec.order, [&](auto width) {
+    withTransform(spec, scratch, [&](auto width, auto units, auto transform) {
         constexpr int W = width();
-        unite<W>(n / 2, {spec.inverseRotation, spec.inverseRotation + n / 4}, factor, src, scratch);
-        transformPoints<W>(spec, scratch, Units<W>{scratch}, SwappedPairs<W>{dst});
+        unite<W>(n / 2, {spec.inverseRotation, spec.inverseRotation + n / 4}, factor, src, units);
+        transform(units, SwappedPairs<W>{dst});
     });
 }
 

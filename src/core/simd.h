@@ -436,6 +436,10 @@ inline Floats<4> reversed(Floats<4> v) {
     return Floats<4>(_mm_shuffle_ps(native4(v), native4(v), 0x1b));
 }
 
+// Lane i + 1 takes lane i; lane 0 keeps its value.
+inline Floats<4> shiftedUp(Floats<4> v) {
+    return Floats<4>(_mm_shuffle_ps(native4(v), native4(v), 0x90));
+}
 // Lane 0, then the others in reverse order.
 inline Floats<4> reversedAfterFirst(Floats<4> v) {
     return Floats<4>(_mm_shuffle_ps(native4(v), native4(v), 0x6c));
@@ -495,6 +499,9 @@ inline void storePairs(float* p, Floats<8> even, Floats<8> odd) {
 }
 inline Floats<8> reversed(Floats<8> v) {
     return Floats<8>(_mm256_permutevar8x32_ps(native8(v), _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0)));
+}
+inline Floats<8> shiftedUp(Floats<8> v) {
+    return Floats<8>(_mm256_permutevar8x32_ps(native8(v), _mm256_setr_epi32(0, 0, 1, 2, 3, 4, 5, 6)));
 }
 inline Floats<8> reversedAfterFirst(Floats<8> v) {
     return Floats<8>(_mm256_permutevar8x32_ps(native8(v), _mm256_setr_epi32(0, 7, 6, 5, 4, 3, 2, 1)));
