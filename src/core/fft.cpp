@@ -1,4 +1,5 @@
 #include <cmath>
+#include <limits>
 
 #include "core/check.h"
 #include "core/fft_pack.h"
@@ -79,25 +80,22 @@ KelStatus kelsFFTInitAlloc_R_32f(KelFFTSpec_R_32f** ppFFTSpec, int order, int fl
 KelStatus kelsFFTInitAlloc_R_16s32s(KelFFTSpec_R_16s32s** ppFFTSpec, int order, int flag, int hint) {
     if (anyNull(ppFFTSpec)) return kelStatusNullPtr;
     if (order < 0 || order > kMaxFftOrder) return kelStatusFftOrder;
+    const int64_t bufferBytes = integerBufferBytes(order);
+    if (bufferBytes > std::numeric_limits<Kel32s>::max()) return kelStatusNoMemory;
     auto* const spec = allocateCleared<KelFFTSpec_R_16s32s>();
     if (spec == nullptr) return kelStatusNoMemory;
-    KelStatus status = kelsFFTInitAlloc_R_32f(&spec->inner, order, flag, hint);
-    if (status == kelStatusOk) {
-        const int64_t bytes = integerBufferBytes(*spec->inner);
-        if (bytes <= INT32_MAX) {
-            spec->identifier = kIntegerSpec;
-            spec->order = order;
-            spec->flag = flag;
-            spec->hint = hint;
-            spec->bufferSize = static_cast<Kel32s>(bytes);
-            *ppFFTSpec = spec;
-            return kelStatusOk;
-        }
-        kelsFFTFree_R_32f(spec->inner);
-        status = kelStatusNoMemory;
+    const KelStatus status = kelsFFTInitAlloc_R_32f(&spec->inner, order, flag, hint);
+    if (status != kelStatusOk) {
+        kelsFree(spec);
+        return status;
     }
-    kelsFree(spec);
-    return status;
+    spec->identifier = kIntegerSpec;
+    spec->order = order;
+    spec->flag = flag;
+    spec->hint = hint;
+    spec->bufferSize = static_cast<Kel32s>(bufferBytes);
+    *ppFFTSpec = spec;
+    return kelStatusOk;
 }
 
 KelStatus kelsFFTFree_R_32f(KelFFTSpec_R_32f* pFFTSpec) {

@@ -76,8 +76,8 @@ int64_t scratchBytes(int order);
 constexpr int64_t spectrumBytes(int order) {
     return (int64_t{sizeof(Kel32f)} << order) + 16;
 }
-inline int64_t integerBufferBytes(const KelFFTSpec_R_32f& inner) {
-    return spectrumBytes(inner.order) + inner.bufferSize;
+inline int64_t integerBufferBytes(int order) {
+    return spectrumBytes(order) + scratchBytes(order);
 }
 
 // The scratch memory of one call: the caller's buffer from its first 16-byte boundary, or an allocation that lives as
