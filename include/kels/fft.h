@@ -27,8 +27,8 @@
  * Threads.  A specification is only read by transforms: threads may share one as long as each has a work buffer of its
  * own or passes null.
  *
- * Accuracy.  In round-to-nearest the root mean square of the error is below 2^-24 sqrt(order) times that of the result;
- * docs/accuracy.md has measured figures.  Builds for different processors agree within this, not to the bit.
+ * Accuracy.  In round-to-nearest the root mean square of the error is below 2^-24 sqrt(order + 2) times that of the
+ * result; docs/accuracy.md has measured figures.  Builds for different processors agree within this, not to the bit.
  *
  * Method.  A complex transform of N/2 points on the even and odd samples, with the usual recombination; from order 16 on
  * in four steps, so that its parts stay in the caches (C. Van Loan, Computational Frameworks for the Fast Fourier
@@ -77,7 +77,7 @@ KELS_API KelStatus kelsFFTInv_PackToR_32f(const Kel32f* pSrc, Kel32f* pDst, cons
 
 /* 16-bit samples to a CCS spectrum of 32-bit integers: the float transform, times 2^-scaleFactor, rounded to the nearest
  * integer with ties to even in whatever rounding mode the caller runs, saturated.  The work buffer, where the caller has
- * one, holds 4 N + 31 bytes more than that of a float specification of the order.
+ * one, holds 4 N + 31 bytes more than GetBufSize tells for a float specification of the order.
  */
 KELS_API KelStatus kelsFFTFwd_RToCCS_16s32s_Sfs(const Kel16s* pSrc, Kel32s* pDst, const KelFFTSpec_R_16s32s* pFFTSpec,
                                                 int scaleFactor, Kel8u* pBuffer);

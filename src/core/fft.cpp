@@ -21,7 +21,7 @@ bool isSpec(const KelFFTSpec_R_16s32s* spec) {
 
 template <class Spec>
 Spec* allocateCleared() {
-    auto* const spec = reinterpret_cast<Spec*>(allocate<Kel8u>(sizeof(Spec)));
+    auto* const spec = allocate<Spec>(1);
     if (spec != nullptr) *spec = Spec();
     return spec;
 }

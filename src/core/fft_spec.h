@@ -16,7 +16,7 @@ struct KelFFTSpec_R_32f {
     Kel32f factor;
     Kel32s hint;
     Kel32s bufferSize;      // of the caller's work buffer, in bytes
-    Kel32s* bitReversal;    // null: the passes sort as they go
+    Kel32s* bitReversal;    // null: positions are computed
     Kel32fc* laneTwiddles;  // of the transforms along the lanes; the block of all tables starts here
     Kel32f* crossTwiddles;  // in cache: between lanes and butterflies across them; in steps: w_M^(i k) for the lanes i
     Kel32fc* stepTwiddles;  // in steps: w_M^(c k) for the first column c of each group
