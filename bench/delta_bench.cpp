@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kWidth = 13;
 constexpr int kStep = 3 * kWidth;
-volatile int runtimeWidth = kWidth;  // the plain loop is for any width, too
+volatile int runtimeWidth = kWidth, runtimeScale = 15;  // the plain loop is for any, too
 
 template <class T>
 std::vector<T> noise(std::size_t n) {
@@ -77,7 +77,7 @@ void BM_DeltaDeltaWin2_16s_kels(benchmark::State& state) {
 }
 void BM_DeltaDeltaWin2_16s_plain(benchmark::State& state) {
     deltaDelta<Kel16s>(state, [](const Kel16s* x, Kel16s* y, int height) {
-        plainDeltaDelta<Kel16s, int64_t>(x, y, height, 3277, 15);
+        plainDeltaDelta<Kel16s, int64_t>(x, y, height, 3277, runtimeScale);
     });
 }
 BENCHMARK(BM_DeltaDeltaWin2_32f_kels)->Arg(20)->Arg(100)->Arg(1000)->Arg(20000);
