@@ -51,7 +51,7 @@ TEST(OffsetCompensation, SixteenBitForms) {
     for (int round = 0; round < 400; ++round) {
         const int len = random.between(1, 60), coefficient = random.between(-4096, 4096);
         const bool fine = round % 3 == 0, beyondOne = round % 3 == 1;
-        const auto val = beyondOne ? static_cast<Kel32f>(random.uniform(1.0001, 1.5))
+        const auto val = beyondOne ? static_cast<Kel32f>(random.uniform(1.0001, 1.5)) * (round % 2 == 0 ? 1 : -1)
                          : fine    ? static_cast<Kel32f>(random.uniform(-1, 1))
                                    : static_cast<Kel32f>(coefficient) / 4096;
         auto signal = random.vector<Kel16s>(static_cast<std::size_t>(len));
