@@ -13,17 +13,20 @@ extern "C" {
  * offset (notch at 0 Hz; ETSI ES 201 108 uses val = 0.999).
  *
  * State is the caller's: *pSrcLast is the last input of the frame before and becomes that of this frame, x[len-1];
- * dstLast is the last output of the frame before.  Both are 0 at the start of a signal.
- * pDst may be pSrc.
+ * dstLast is the last output of the frame before.  Both are 0 at the start of a signal.  pDst may be pSrc.
  *
- *   32f   y[0] = val * dstLast + x[0] - *pSrcLast, then y[n] = val * y[n-1] + (x[n] - x[n-1]): single precision, from
- * left to right, no fused operations. 16s   The same sums in single precision, to nearest.  y[0] is saturated or
- * truncated toward zero; every later output is saturated or rounded to the nearest, halves away from zero (0.5 is added
- * in single precision).  So the first output of a frame is rounded differently.  The recursion continues from the
- * stored, saturated output. kelsCompensateOffset_16s (not _I) with -1 <= val <= 1 uses val in Q12, rounded to nearest,
- * for n >= 1: the exact val * y[n-1] + x[n] - x[n-1], halves away from zero, saturated.  From the same y[n-1] its
- * output is at most one unit off that of the _I form, if val is a multiple of 1/4096; else the rounding of val adds up
- * to |y[n-1]| / 8192. Q15   val = valQ15 / 32768, all outputs exact, truncated toward zero and saturated.
+ * 32f: y[0] = val * dstLast + x[0] - *pSrcLast, then y[n] = val * y[n-1] + (x[n] - x[n-1]), in single precision, from
+ * left to right, no operations fused.
+ *
+ * 16s: the same sums in single precision, to nearest.  y[0] is saturated or truncated toward zero; every later output
+ * is saturated or rounded to the nearest, halves away from zero (0.5 is added in single precision), so the first output
+ * of a frame is rounded differently.  The recursion goes on from the stored, saturated output.
+ *
+ * kelsCompensateOffset_16s, but not its _I form, takes val in Q12, rounded to nearest, for n >= 1 where -1 <= val <= 1:
+ * the exact val * y[n-1] + x[n] - x[n-1], halves away from zero, saturated.  From the same y[n-1] it is at most one off
+ * the _I form where val is a multiple of 1/4096; elsewhere the rounding of val adds up to |y[n-1]| / 8192.
+ *
+ * Q15: val is valQ15 / 32768; all outputs are exact, truncated toward zero and saturated.
  *
  * Results are the same in every rounding mode (16-bit forms) and on every target.
  *
@@ -65,12 +68,12 @@ KELS_API KelStatus kelsNormEnergy_RT_16s(Kel16s* pSrcDst, int step, int height, 
 
 /* Sign changes between neighbouring samples, a measure of zero crossings.  One result at pRes; len = 1 gives 0.
  *
- *   SignChangeRate_16s   number of pairs whose product is negative: a zero never counts
- *   SignChangeRate_32f   number of pairs whose product, in single precision, is not >= 0: one that is not a number
- * counts, one that underflows does not Count0_16s, _32f     half the sum of |sgn(x[n+1]) - sgn(x[n])|: a change of sign
- * counts one, a step to or from zero one half; the integer form rounds the total down.  sgn of NaN is 0 Xor_32f number
- * of pairs whose sign bits differ, those of zeros and NaN included (as the zero-crossing rate of ITU-T G.729 Annex B is
- * counted)
+ *   SignChangeRate_16s   pairs whose product is negative; a zero never counts
+ *   SignChangeRate_32f   pairs whose product, in single precision, is not >= 0: NaN counts, an underflow does not
+ *   Count0_16s, _32f     half the sum of |sgn(x[n+1]) - sgn(x[n])|: a change of sign counts one, a step to or from
+ *                        zero one half; the integer form rounds the total down; sgn of NaN is 0
+ *   Xor_32f              pairs whose sign bits differ, those of zeros and NaN included (the zero crossings of the
+ *                        voice activity detector of ITU-T G.729 Annex B)
  *
  * Statuses, in order: -8 a null pointer; -6 len < 1. */
 KELS_API KelStatus kelsSignChangeRate_16s(const Kel16s* pSrc, int len, Kel32s* pRes);

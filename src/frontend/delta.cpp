@@ -41,7 +41,7 @@ KelStatus copyColumn(const T* pSrc, int width, T* pDst, int dstStep, int height)
 
 using namespace kels;
 
-// ---- one multiplier for each derivative
+// ---- one multiplier for each derivative ----------------------------------------------------------------------------
 
 KelStatus kelsDelta_Win1_32f_D2(const Kel32f* pSrc, int width, Kel32f* pDst, int dstStep, int height, Kel32f val,
                                 int mode) {
@@ -114,7 +114,7 @@ KelStatus kelsDeltaDelta_Win2_16s_D2Sfs(const Kel16s* pSrc, int width, Kel16s* p
     return kelStatusOk;
 }
 
-// ---- one multiplier a column
+// ---- one multiplier a column ---------------------------------------------------------------------------------------
 
 KelStatus kelsDeltaMul_Win1_32f_D2(const Kel32f* pSrc, const Kel32f* pVal, int width, Kel32f* pDst, int dstStep,
                                    int height, int mode) {
@@ -189,7 +189,7 @@ KelStatus kelsDeltaDeltaMul_Win2_16s_D2Sfs(const Kel16s* pSrc, const Kel16s* pVa
     return kelStatusOk;
 }
 
-// ---- Aurora
+// ---- Aurora --------------------------------------------------------------------------------------------------------
 
 KelStatus kelsDeltaDelta_Aurora_32f_D2(const Kel32f* pSrc, Kel32f* pDst, int dstStep, int height, int mode) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
@@ -223,7 +223,7 @@ KelStatus kelsDeltaDeltaMul_Aurora_16s_D2Sfs(const Kel16s* pSrc, const Kel16s* p
     return kelStatusOk;
 }
 
-// ---- whole arrays
+// ---- whole arrays --------------------------------------------------------------------------------------------------
 
 KelStatus kelsEvalDelta_32f_D2(Kel32f* pSrcDst, int height, int step, int width, int offset, int winHalf, Kel32f val) {
     if (anyNull(pSrcDst)) return kelStatusNullPtr;
@@ -262,7 +262,7 @@ KelStatus kelsEvalDeltaMul_16s_D2Sfs(Kel16s* pSrcDst, const Kel16s* pVal, int he
     return kelStatusOk;
 }
 
-// ---- older names
+// ---- older names ---------------------------------------------------------------------------------------------------
 
 KelStatus kelsDeltaW1_32f_D2(const Kel32f* pSrc, int width, Kel32f* pDst, int dstStep, int height, Kel32f val,
                              int mode) {
@@ -281,7 +281,7 @@ KelStatus kelsDeltaDeltaW2_32f_D2(const Kel32f* pSrc, int width, Kel32f* pDst, i
     return kelsDeltaDelta_Win2_32f_D2(pSrc, width, pDst, dstStep, height, valD, valDD, mode);
 }
 
-// ---- copy
+// ---- copy ----------------------------------------------------------------------------------------------------------
 
 KelStatus kelsCopyColumn_32f_D2(const Kel32f* pSrc, int width, Kel32f* pDst, int dstStep, int height) {
     return copyColumn(pSrc, width, pDst, dstStep, height);

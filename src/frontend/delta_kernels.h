@@ -17,8 +17,7 @@
 
 namespace kels {
 
-// ---- arithmetic
-// ------------------------------------------------------------------------------------------------------
+// ---- arithmetic ----------------------------------------------------------------------------------------------------
 
 struct FloatArithmetic {
     using Element = Kel32f;
@@ -47,8 +46,7 @@ struct FixedArithmetic {
     Kel64f unit;
 };
 
-// ---- columns
-// ---------------------------------------------------------------------------------------------------------
+// ---- columns -------------------------------------------------------------------------------------------------------
 
 // A full vector of columns.
 template <class A>
@@ -101,8 +99,7 @@ void forEachDisjointBlock(int width, Body body) {
     if (c < width) body(PartBlock<A>{static_cast<std::size_t>(width - c)}, c);
 }
 
-// ---- multipliers
-// -----------------------------------------------------------------------------------------------------
+// ---- multipliers ---------------------------------------------------------------------------------------------------
 
 // One multiplier for each derivative; statics stay as they are.
 template <class T>
@@ -127,8 +124,7 @@ struct ColumnMultipliers {
     int width;
 };
 
-// ---- statics
-// ---------------------------------------------------------------------------------------------------------
+// ---- statics -------------------------------------------------------------------------------------------------------
 
 // Copies `rows` rows of `rowBytes` bytes; the steps are in bytes, too.  Short rows go in the largest chunks that fit,
 // the last one reaching back.
@@ -175,8 +171,7 @@ void writeStatics(A arithmetic, const T* src, std::ptrdiff_t srcStep, T* dst, st
     });
 }
 
-// ---- derivatives
-// -----------------------------------------------------------------------------------------------------
+// ---- derivatives ---------------------------------------------------------------------------------------------------
 
 // Sum of k * (row[t + k] - row[t - k]) over k = 1 .. W, for rows t - W .. t + W.
 template <int W, class V>
@@ -255,8 +250,7 @@ class Derivative {
     Rule rule_;
 };
 
-// ---- streams
-// ---------------------------------------------------------------------------------------------------------
+// ---- streams -------------------------------------------------------------------------------------------------------
 
 inline constexpr std::ptrdiff_t kSlabRows = 32;
 
@@ -296,8 +290,7 @@ void streamDeltas(A arithmetic, const T* src, int width, T* dst, int step, int h
     }
 }
 
-// ---- whole arrays
-// ----------------------------------------------------------------------------------------------------
+// ---- whole arrays --------------------------------------------------------------------------------------------------
 
 // Statics times the multipliers of order 0, in place.
 template <class A, class T = typename A::Element>

@@ -24,7 +24,7 @@ KelStatus copyWithPadding(const T* pSrc, int lenSrc, T* pDst, int lenDst) {
 
 using namespace kels;
 
-// ---- offset compensation
+// ---- offset compensation -------------------------------------------------------------------------------------------
 
 KelStatus kelsCompensateOffset_32f(const Kel32f* pSrc, Kel32f* pDst, int len, Kel32f* pSrcLast, Kel32f dstLast,
                                    Kel32f val) {
@@ -74,7 +74,7 @@ KelStatus kelsCompensateOffsetQ15_16s_I(Kel16s* pSrcDst, int len, Kel16s* pSrcLa
     return kelStatusOk;
 }
 
-// ---- zero mean
+// ---- zero mean -----------------------------------------------------------------------------------------------------
 
 KelStatus kelsZeroMean_16s(Kel16s* pSrcDst, int len) {
     if (len < 1) return kelStatusSize;
@@ -83,7 +83,7 @@ KelStatus kelsZeroMean_16s(Kel16s* pSrcDst, int len) {
     return kelStatusOk;
 }
 
-// ---- energy normalisation
+// ---- energy normalisation ------------------------------------------------------------------------------------------
 
 KelStatus kelsNormEnergy_32f(Kel32f* pSrcDst, int step, int height, Kel32f silFloor, Kel32f enScale) {
     if (anyNull(pSrcDst)) return kelStatusNullPtr;
@@ -113,7 +113,7 @@ KelStatus kelsNormEnergy_RT_16s(Kel16s* pSrcDst, int step, int height, Kel16s si
     return kelStatusOk;
 }
 
-// ---- sign changes
+// ---- sign changes --------------------------------------------------------------------------------------------------
 
 KelStatus kelsSignChangeRate_16s(const Kel16s* pSrc, int len, Kel32s* pRes) {
     if (anyNull(pSrc, pRes)) return kelStatusNullPtr;
@@ -146,7 +146,7 @@ KelStatus kelsSignChangeRateXor_32f(const Kel32f* pSrc, int len, Kel32s* pRes) {
     return kelStatusOk;
 }
 
-// ---- copy with padding
+// ---- copy with padding ---------------------------------------------------------------------------------------------
 
 KelStatus kelsCopyWithPadding_16s(const Kel16s* pSrc, int lenSrc, Kel16s* pDst, int lenDst) {
     return copyWithPadding(pSrc, lenSrc, pDst, lenDst);

@@ -13,8 +13,7 @@
 
 namespace kels {
 
-// ---- offset compensation
-// ---------------------------------------------------------------------------------------------
+// ---- offset compensation -------------------------------------------------------------------------------------------
 
 // y[n] = next(y[n - 1], x[n], x[n - 1]), the first output by `first`.  The last input goes to *srcLast before anything
 // is written, so dst may be src.
@@ -73,8 +72,7 @@ inline void compensateOffsetQ15(const Kel16s* src, Kel16s* dst, int len, Kel16s*
     filterOffset(src, dst, len, srcLast, dstLast, next, next);
 }
 
-// ---- zero mean
-// -------------------------------------------------------------------------------------------------------
+// ---- zero mean -----------------------------------------------------------------------------------------------------
 
 inline int64_t sumOf(const Kel16s* x, int len) {
     constexpr int kPart = 1 << 16;  // the sum of so many fits 32 bits
@@ -94,8 +92,7 @@ inline void zeroMean(Kel16s* srcDst, int len) {
     map(srcDst, static_cast<std::size_t>(len), lessMean, Kel16s{0}, srcDst);
 }
 
-// ---- energy normalisation
-// --------------------------------------------------------------------------------------------
+// ---- energy normalisation ------------------------------------------------------------------------------------------
 
 template <class T>
 T largestEnergy(const T* column, std::ptrdiff_t step, int height) {
@@ -121,8 +118,7 @@ void normalizeEnergy(T* column, std::ptrdiff_t step, int height, Kel32f silFloor
     }
 }
 
-// ---- sign changes
-// ----------------------------------------------------------------------------------------------------
+// ---- sign changes --------------------------------------------------------------------------------------------------
 
 // Minus the sum of changes(x[n], x[n + 1]) over the len - 1 pairs of neighbours.  `changes` takes vectors and gives
 // integers of -2 to 0, as comparisons do; 0 for a pair of zeros.
