@@ -34,6 +34,14 @@ constexpr T saturate(int64_t v) {
     return static_cast<T>(std::clamp<int64_t>(v, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
 }
 
+// The same where it is seldom needed and the next value waits for this one: a predicted branch is off its path.
+template <class T>
+constexpr T saturateSeldom(int64_t v) {
+    if (static_cast<T>(v) == v) [[likely]]
+        return static_cast<T>(v);
+    return v < 0 ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
+}
+
 // v * 2^-shift, 1 <= shift < bits of I, to the nearest integer, ties to even.
 template <class I>
 constexpr I shiftHalfEvenInRange(I v, int shift) {
@@ -60,6 +68,19 @@ constexpr int64_t shiftTowardZero(int64_t v, int shift) {
     if (shift > 63) return 0;
     const int64_t quotient = v >> shift;
     return quotient + (v < 0 && static_cast<int64_t>(static_cast<uint64_t>(quotient) << shift) != v ? 1 : 0);
+}
+
+// v * 2^-shift for 0 < shift < 31, to the nearest integer, halves away from zero; |v| + 2^(shift - 1) fits an int.
+constexpr int32_t shiftHalfAway(int32_t v, int shift) {
+    return (v + (int32_t{1} << (shift - 1)) + (v >> 31)) >> shift;
+}
+
+// n / d for d > 0: toward minus infinity, and to the nearest with halves away from zero.
+constexpr int64_t divideFloor(int64_t n, int64_t d) {
+    return n / d - (n % d < 0 ? 1 : 0);
+}
+constexpr int64_t divideHalfAway(int64_t n, int64_t d) {
+    return (2 * n + (n < 0 ? -d : d)) / (2 * d);
 }
 
 // v * 2^shift for shift >= 0, saturated to T, which has at most 32 bits.

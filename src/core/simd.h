@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <experimental/simd>
 
 namespace kels {
@@ -156,6 +157,20 @@ inline Vec<double> loadWide(const float* p) {
 #endif
 }
 
+// lanes<double> consecutive 16-bit integers as doubles.
+inline Vec<double> loadWide(const int16_t* p) {
+#if defined(__AVX512F__)
+    return Vec<double>(_mm512_cvtepi32_pd(_mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))));
+#elif defined(__AVX2__)
+    return Vec<double>(_mm256_cvtepi32_pd(_mm_cvtepi16_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)))));
+#else
+    int pair;
+    std::memcpy(&pair, p, sizeof(pair));
+    const __m128i both = _mm_cvtsi32_si128(pair);
+    return Vec<double>(_mm_cvtepi32_pd(_mm_srai_epi32(_mm_unpacklo_epi16(both, both), 16)));
+#endif
+}
+
 // ---- arithmetic ----------------------------------------------------------------------------------------------------
 
 // Whether mulAdd rounds once.
@@ -218,10 +233,69 @@ inline Vec<double> lesserOf(const Vec<double>& x, const Vec<double>& y) {
 #endif
 }
 
+// Lane by lane x - y, saturated.
+inline Vec<int16_t> subSaturated(const Vec<int16_t>& x, const Vec<int16_t>& y) {
+    const auto a = std::bit_cast<NativeInt>(x), b = std::bit_cast<NativeInt>(y);
+#if defined(__AVX512BW__)
+    return std::bit_cast<Vec<int16_t>>(_mm512_subs_epi16(a, b));
+#elif defined(__AVX2__)
+    return std::bit_cast<Vec<int16_t>>(_mm256_subs_epi16(a, b));
+#else
+    return std::bit_cast<Vec<int16_t>>(_mm_subs_epi16(a, b));
+#endif
+}
+
+// The upper halves of the 32-bit products of the lanes.
+inline Vec<int16_t> mulHigh(const Vec<int16_t>& x, const Vec<int16_t>& y) {
+    const auto a = std::bit_cast<NativeInt>(x), b = std::bit_cast<NativeInt>(y);
+#if defined(__AVX512BW__)
+    return std::bit_cast<Vec<int16_t>>(_mm512_mulhi_epi16(a, b));
+#elif defined(__AVX2__)
+    return std::bit_cast<Vec<int16_t>>(_mm256_mulhi_epi16(a, b));
+#else
+    return std::bit_cast<Vec<int16_t>>(_mm_mulhi_epi16(a, b));
+#endif
+}
+
 // |v| lane by lane.
 template <class T>
 Vec<T> magnitude(const Vec<T>& v) {
     return stdx::abs(v);
+}
+
+// Comparisons as integers of the lanes' size: -1 where they hold, 0 elsewhere.
+inline Vec<int32_t> whereLess(const Vec<float>& x, const Vec<float>& y) {
+#if defined(__AVX512DQ__)
+    return Vec<int32_t>(_mm512_movm_epi32(_mm512_cmp_ps_mask(native(x), native(y), _CMP_LT_OQ)));
+#elif defined(__AVX2__)
+    return Vec<int32_t>(_mm256_castps_si256(_mm256_cmp_ps(native(x), native(y), _CMP_LT_OQ)));
+#else
+    return Vec<int32_t>(_mm_castps_si128(_mm_cmplt_ps(native(x), native(y))));
+#endif
+}
+inline Vec<int32_t> whereLessOrEqual(const Vec<float>& x, const Vec<float>& y) {
+#if defined(__AVX512DQ__)
+    return Vec<int32_t>(_mm512_movm_epi32(_mm512_cmp_ps_mask(native(x), native(y), _CMP_LE_OQ)));
+#elif defined(__AVX2__)
+    return Vec<int32_t>(_mm256_castps_si256(_mm256_cmp_ps(native(x), native(y), _CMP_LE_OQ)));
+#else
+    return Vec<int32_t>(_mm_castps_si128(_mm_cmple_ps(native(x), native(y))));
+#endif
+}
+inline Vec<int16_t> whereLess(const Vec<int16_t>& x, const Vec<int16_t>& y) {
+    const auto a = std::bit_cast<NativeInt>(x), b = std::bit_cast<NativeInt>(y);
+#if defined(__AVX512BW__)
+    return std::bit_cast<Vec<int16_t>>(_mm512_movm_epi16(_mm512_cmplt_epi16_mask(a, b)));
+#elif defined(__AVX2__)
+    return std::bit_cast<Vec<int16_t>>(_mm256_cmpgt_epi16(b, a));
+#else
+    return std::bit_cast<Vec<int16_t>>(_mm_cmpgt_epi16(b, a));
+#endif
+}
+
+// The sign bits of the lanes: -1 where it is set, 0 elsewhere.
+inline Vec<int32_t> signBits(const Vec<float>& v) {
+    return std::bit_cast<Vec<int32_t>>(v) >> 31;
 }
 
 // ---- permutation ---------------------------------------------------------------------------------------------------
@@ -350,6 +424,35 @@ inline void storeInt16Part(int16_t* p, const Vec<int32_t>& v, std::size_t n) {
     int16_t buffer[lanes<int32_t>];
     storeInt16(buffer, v);
     for (std::size_t i = 0; i < n; ++i) p[i] = buffer[i];
+#endif
+}
+
+// lanes<double> whole numbers within the 32-bit range, or anything below it, saturated to as many 16-bit integers at p.
+inline void storeInt16(int16_t* p, const Vec<double>& v) {
+#if defined(__AVX512F__)
+    const __m256i whole = _mm512_cvttpd_epi32(native(v));
+    const __m256i packed = _mm256_permute4x64_epi64(_mm256_packs_epi32(whole, whole), 0x08);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
+#elif defined(__AVX2__)
+    const __m128i whole = _mm256_cvttpd_epi32(native(v));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(whole, whole));
+#else
+    const __m128i whole = _mm_cvttpd_epi32(native(v));
+    const int pair = _mm_cvtsi128_si32(_mm_packs_epi32(whole, whole));
+    std::memcpy(p, &pair, sizeof(pair));
+#endif
+}
+
+// The largest whole number not above each lane, for lanes within the 32-bit range; below it, something below it.
+inline Vec<double> floorOf(const Vec<double>& v) {
+#if defined(__AVX512F__)
+    return Vec<double>(_mm512_roundscale_pd(native(v), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
+#elif defined(__AVX2__)
+    return Vec<double>(_mm256_round_pd(native(v), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
+#else
+    const __m128d whole = _mm_cvtepi32_pd(_mm_cvttpd_epi32(native(v)));
+    const __m128d above = _mm_and_pd(_mm_cmpgt_pd(whole, native(v)), _mm_set1_pd(1.0));
+    return Vec<double>(_mm_sub_pd(whole, above));
 #endif
 }
 
