@@ -1,6 +1,8 @@
 // Argument checks of the entry points, one line each: `if (anyNull(pSrc, pDst)) return kelStatusNullPtr;`
 #pragma once
 
+#include <cstddef>
+
 #include "kels/types.h"
 
 namespace kels {
@@ -8,6 +10,11 @@ namespace kels {
 template <class... P>
 constexpr bool anyNull(const P*... pointers) {
     return ((pointers == nullptr) || ...);
+}
+
+// A length that has passed its check, as the kernels take it.
+constexpr std::size_t size(int len) {
+    return static_cast<std::size_t>(len);
 }
 
 // True when a row of `step` elements cannot hold `parts * width + offset` elements; the product may exceed an int.

@@ -7,14 +7,14 @@
 #include <bit>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "core/simd.h"
 #include "kels/types.h"
 
 namespace kels {
 
-// ---- powers of two
-// ---------------------------------------------------------------------------------------------------
+// ---- powers of two -------------------------------------------------------------------------------------------------
 
 // 2^exponent, exact, for exponents of normal numbers.
 constexpr Kel64f exactPowerOfTwo(int exponent) {
@@ -27,22 +27,27 @@ constexpr Kel64f scaleMultiplier(int scaleFactor, int lowest = -150, int highest
     return exactPowerOfTwo(-std::clamp(scaleFactor, -highest, -lowest));
 }
 
-// ---- integers
-// --------------------------------------------------------------------------------------------------------
+// ---- integers ------------------------------------------------------------------------------------------------------
 
 template <class T>
 constexpr T saturate(int64_t v) {
     return static_cast<T>(std::clamp<int64_t>(v, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
 }
 
-// v * 2^-shift for shift >= 0, to the nearest integer, ties to even.
+// v * 2^-shift, 1 <= shift < bits of I, to the nearest integer, ties to even.
+template <class I>
+constexpr I shiftHalfEvenInRange(I v, int shift) {
+    using U = std::make_unsigned_t<I>;
+    const I quotient = v >> shift;
+    const U rest = static_cast<U>(v) & ((U{1} << shift) - 1);
+    const U half = U{1} << (shift - 1);
+    return quotient + (rest + static_cast<U>(quotient & 1) > half ? 1 : 0);
+}
+
+// The same for every shift >= 0; beyond 63 bits every value is at most the half and goes to the even 0.
 constexpr int64_t shiftHalfEven(int64_t v, int shift) {
     if (shift <= 0) return v;
-    if (shift > 63) return 0;  // |v| is at most the half
-    const int64_t quotient = v >> shift;
-    const uint64_t rest = static_cast<uint64_t>(v) - (static_cast<uint64_t>(quotient) << shift);
-    const uint64_t half = uint64_t{1} << (shift - 1);
-    return quotient + ((rest > half || (rest == half && (quotient & 1) != 0)) ? 1 : 0);
+    return shift > 63 ? 0 : shiftHalfEvenInRange(v, shift);
 }
 
 // v * 2^-shift for shift >= 0, toward minus infinity (an arithmetic shift).
@@ -86,16 +91,17 @@ constexpr T scaleTowardZero(int64_t v, int scaleFactor) {
     return scaleWith<T>(shiftTowardZero, v, scaleFactor);
 }
 
-// ---- rounding mode
-// ---------------------------------------------------------------------------------------------------
+// ---- rounding mode -------------------------------------------------------------------------------------------------
 
 // Round-to-nearest-even in the SIMD unit for the life of the object, whatever mode the caller has set.
 class NearestScope {
   public:
     NearestScope() : saved_(_mm_getcsr()) {
         if ((saved_ & kRoundingBits) != 0) _mm_setcsr(saved_ & ~kRoundingBits);
+        asm volatile("" ::: "memory");  // what follows stays behind the switch
     }
     ~NearestScope() {
+        asm volatile("" ::: "memory");
         // Exceptions raised meanwhile stay flagged.
         if ((saved_ & kRoundingBits) != 0) _mm_setcsr(saved_ | (_mm_getcsr() & kFlagBits));
     }
@@ -108,8 +114,7 @@ class NearestScope {
     unsigned saved_;
 };
 
-// ---- float to integer
-// ------------------------------------------------------------------------------------------------
+// ---- float to integer ----------------------------------------------------------------------------------------------
 
 // Saturated and truncated toward zero; NaN gives the smallest T.
 template <class T, class F>

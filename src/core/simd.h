@@ -43,8 +43,7 @@ inline NativeInt native(Vec<int32_t> v) {
     return static_cast<NativeInt>(v);
 }
 
-// ---- load and store
-// --------------------------------------------------------------------------------------------------
+// ---- load and store ------------------------------------------------------------------------------------------------
 
 template <class T>
 Vec<T> load(const T* p) {
@@ -134,8 +133,7 @@ inline void fenceStreaming() {
     _mm_sfence();
 }
 
-// ---- widening
-// --------------------------------------------------------------------------------------------------------
+// ---- widening ------------------------------------------------------------------------------------------------------
 
 // lanes<double> consecutive values as doubles.
 inline Vec<double> loadWide(const double* p) {
@@ -151,8 +149,14 @@ inline Vec<double> loadWide(const float* p) {
 #endif
 }
 
-// ---- arithmetic
-// ------------------------------------------------------------------------------------------------------
+// ---- arithmetic ----------------------------------------------------------------------------------------------------
+
+// Whether mulAdd rounds once.
+#if defined(__FMA__)
+inline constexpr bool kFusedMulAdd = true;
+#else
+inline constexpr bool kFusedMulAdd = false;
+#endif
 
 // a * b + c, fused where the target can.  Only for sums whose rounding is free.
 template <class T>
@@ -207,12 +211,41 @@ inline Vec<double> lesserOf(const Vec<double>& x, const Vec<double>& y) {
 #endif
 }
 
-// ---- float to integer
-// ------------------------------------------------------------------------------------------------ Lanes outside the
-// integer's range and NaN give -2147483648, as the instructions do.
+// |v| lane by lane.
+template <class T>
+Vec<T> magnitude(const Vec<T>& v) {
+    return stdx::abs(v);
+}
+
+// ---- permutation ---------------------------------------------------------------------------------------------------
+
+// The elements of even and of odd index of a followed by b: the real and the imaginary parts of complex numbers.
+struct Halves {
+    Vec<float> even, odd;
+};
+inline Halves deinterleave(const Vec<float>& a, const Vec<float>& b) {
+#if defined(__AVX512F__)
+    const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+    const __m512i odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+    return {Vec<float>(_mm512_permutex2var_ps(native(a), even, native(b))),
+            Vec<float>(_mm512_permutex2var_ps(native(a), odd, native(b)))};
+#elif defined(__AVX2__)
+    const auto inOrder = [](__m256 v) {
+        return Vec<float>(_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(v), 0xd8)));
+    };
+    return {inOrder(_mm256_shuffle_ps(native(a), native(b), 0x88)),
+            inOrder(_mm256_shuffle_ps(native(a), native(b), 0xdd))};
+#else
+    return {Vec<float>(_mm_shuffle_ps(native(a), native(b), 0x88)),
+            Vec<float>(_mm_shuffle_ps(native(a), native(b), 0xdd))};
+#endif
+}
+
+// ---- float to integer ----------------------------------------------------------------------------------------------
+// Lanes outside the integer's range and NaN give -2147483648, as the instructions do.
 
 struct TowardZero {};
-struct ToNearest {};  // in the rounding mode that is set: used inside a RoundingScope
+struct ToNearest {};  // in the rounding mode that is set: used inside a NearestScope
 
 inline Vec<int32_t> toInt(const Vec<float>& v, TowardZero) {
 #if defined(__AVX512F__)
@@ -291,8 +324,7 @@ inline int32_t toIntScalar(double v) {
     return _mm_cvtsd_si32(_mm_set_sd(v));
 }
 
-// ---- maps
-// ------------------------------------------------------------------------------------------------------------
+// ---- maps ----------------------------------------------------------------------------------------------------------
 
 // dst[i] = op(src[i]...) over `len` elements of one type; op takes and gives vectors.  dst may be one of the sources.
 // Lanes behind the end are computed on `fill`.
