@@ -18,7 +18,7 @@ void block(Bytes& in, int columns, int history,
     if (height > kMax || step > kMaxStep) return;
 
     const int rows = (mode & kelDeltaBlockFirst) != 0 ? height : history + height;
-    const bool valid = width >= 1 && width <= kMax && height >= 0 && rows >= 1 && step >= columns * width;
+    const bool valid = width >= 1 && width <= kMax && height >= 0 && rows >= 1 && step / columns >= width;
     const auto size = [&](int r, int s, int w) {
         return valid ? static_cast<size_t>(std::max((r - 1) * s + w, 0)) : 0;
     };
