@@ -19,11 +19,8 @@ void block(Bytes& in, int columns, int history,
 
     const int rows = (mode & kelDeltaBlockFirst) != 0 ? height : history + height;
     const bool valid = width >= 1 && width <= kMax && height >= 0 && rows >= 1 && step / columns >= width;
-    const auto size = [&](int r, int s, int w) {
-        return valid ? static_cast<size_t>(std::max((r - 1) * s + w, 0)) : 0;
-    };
-    const auto source = in.array<T>(size(height, width, width));
-    auto destination = in.array<T>(size(rows, step, columns * width));
+    const auto source = in.array<T>(valid ? static_cast<size_t>(height * width) : 0);
+    auto destination = in.array<T>(valid ? static_cast<size_t>((rows - 1) * step + columns * width) : 0);
     const auto before = destination.vector();
     const KelStatus status =
         function(source.data(), width, destination.data(), step, height, multipliers..., mode, scale...);
