@@ -67,8 +67,8 @@ template <class T>
 constexpr T shiftLeftSaturate(int64_t v, int shift) {
     if (v == 0) return 0;
     if (shift > 62) return v > 0 ? std::numeric_limits<T>::max() : std::numeric_limits<T>::min();
-    if (v > std::numeric_limits<T>::max() >> shift) return std::numeric_limits<T>::max();
-    if (v < std::numeric_limits<T>::min() >> shift) return std::numeric_limits<T>::min();
+    if (v > int64_t{std::numeric_limits<T>::max()} >> shift) return std::numeric_limits<T>::max();
+    if (v < int64_t{std::numeric_limits<T>::min()} >> shift) return std::numeric_limits<T>::min();
     return static_cast<T>(v * (int64_t{1} << shift));
 }
 
