@@ -9,8 +9,8 @@ function(kels_arch_flags arch out)
     set(pointer_size 8)
     set(flags -m64 -march=${arch})
     if(arch STREQUAL "x86-64-v4")
-      # The second: the compiler's own AVX-512 headers set it off.
-      list(APPEND flags -mprefer-vector-width=512 -Wno-maybe-uninitialized)
+      # The warnings: the compiler's own AVX-512 headers set them off.
+      list(APPEND flags -mprefer-vector-width=512 -Wno-maybe-uninitialized -Wno-uninitialized)
     endif()
   else()
     message(FATAL_ERROR "KELS_ARCH must be i386, x86-64, x86-64-v3 or x86-64-v4, not '${arch}'")

@@ -38,8 +38,15 @@ class Guarded {
     T* data() { return data_; }
     const T* data() const { return data_; }
     operator T*() { return data_; }
-    T& operator[](std::size_t i) { return data_[i]; }
-    const T& operator[](std::size_t i) const { return data_[i]; }
+    // Of any integer type, so that an int is no closer to the pointer's own operator.
+    template <class Index>
+    T& operator[](Index i) {
+        return data_[i];
+    }
+    template <class Index>
+    const T& operator[](Index i) const {
+        return data_[i];
+    }
     std::size_t size() const { return size_; }
     std::vector<T> vector() const { return std::vector<T>(data_, data_ + size_); }
 
