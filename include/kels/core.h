@@ -65,8 +65,8 @@ KELS_API KelStatus kelsConvert_8u32f(const Kel8u* pSrc, Kel32f* pDst, int len);
 KELS_API KelStatus kelsConvert_16s32f(const Kel16s* pSrc, Kel32f* pDst, int len);
 KELS_API KelStatus kelsConvert_32s32f(const Kel32s* pSrc, Kel32f* pDst, int len);
 
-/* pDst[i] = pSrc[i] * 2^-scaleFactor, with the exponent -scaleFactor held to the range in which the multiplier is a normal
- * number: -112..126 for 16s32f, -96..126 for 32s32f, -1008..1022 for 16s64f.
+/* pDst[i] = pSrc[i] * 2^-scaleFactor, with the exponent -scaleFactor held to the range in which the multiplier is a
+ * normal number: -112..126 for 16s32f, -96..126 for 32s32f, -1008..1022 for 16s64f.
  */
 KELS_API KelStatus kelsConvert_16s32f_Sfs(const Kel16s* pSrc, Kel32f* pDst, int len, int scaleFactor);
 KELS_API KelStatus kelsConvert_32s32f_Sfs(const Kel32s* pSrc, Kel32f* pDst, int len, int scaleFactor);
@@ -194,7 +194,7 @@ KELS_API KelStatus kelsMagnitude_32fc(const Kel32fc* pSrc, Kel32f* pDst, int len
 KELS_API KelStatus kelsMagnitude_32sc_Sfs(const Kel32sc* pSrc, Kel32s* pDst, int len, int scaleFactor);
 
 /* x becomes 1 / sqrt(x), in the integer forms times 2^-scaleFactor, rounded to the nearest and saturated.  An element
- * below the threshold is replaced by the threshold itself (not by its root; in the integer forms unscaled).  A threshold
+ * below the threshold is replaced by the threshold itself (not its root; in the integer forms unscaled).  A threshold
  * not above 0, or below 1 in the integer forms, gives -5 (kelStatusBadArg); 4 (kelStatusNoOperation) is returned when
  * every element was below it.  32s16s takes separate arrays.
  */

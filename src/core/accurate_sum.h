@@ -112,13 +112,15 @@ inline long double extendedSum(DoubleProducts terms, std::size_t len) {
 }
 
 // The exact sum of float terms rounded once to float, or what extended precision gives where that cannot be shown.
+// Inlined, because terms passed by value would go through memory and stall short sums.
 template <class Terms>
-Kel32f roundedSum(Terms terms, std::size_t len) {
+[[gnu::always_inline]] inline Kel32f roundedSum(Terms terms, std::size_t len) {
     constexpr std::size_t kBlock = 4096;
     constexpr std::size_t kRound = 4 * kWide;  // elements a round, in four accumulators
     static_assert(kRound == 2 * lanes<Kel32f>);
-    long double sum = 0;
-    Kel64f magnitudes = 0;  // at least the sum of |term|, but for the slack below
+    Kel64f sum = 0;
+    Kel64f magnitudes = 0;  // of all terms, but for the slack below
+    Wide last(0.0), lastMagnitudes(0.0);
     std::size_t i = 0;
     while (i + kRound <= len) {
         const std::size_t end = i + std::min(kBlock, (len - i) / kRound * kRound);
@@ -135,17 +137,24 @@ Kel32f roundedSum(Terms terms, std::size_t len) {
         sum += stdx::reduce((s0 + s1) + (s2 + s3));
         magnitudes += stdx::reduce(m0 + m1);
     }
-    Kel64f rest = 0;
+    for (; i + kWide <= len; i += kWide) {
+        last += terms.at(i);
+        lastMagnitudes += magnitude(terms.at(i));
+    }
+    if (len >= kWide) {
+        sum += stdx::reduce(last);
+        magnitudes += stdx::reduce(lastMagnitudes);
+    }
     for (; i < len; ++i) {
-        rest += terms.one(i);
+        sum += terms.one(i);
         magnitudes += std::fabs(terms.one(i));
     }
-    sum += rest;
-    // A block's double additions are at most kBlock / kRound + kRound deep, each wrong by 2^-53 of what has been summed;
-    // the single-precision magnitudes are low by less than a thousandth, and by 2^-126 for a product that underflows.
-    constexpr Kel64f kDepth = kBlock / kRound + kRound + 8;
-    const Kel64f reach = 1.01 * magnitudes + static_cast<Kel64f>(len) * 0x1p-126;
-    const long double bound = static_cast<long double>(reach * kDepth * 0x1p-53);
+    // No term passes through more than kBlock / kRound additions in its block, one for each block, and a few dozen for
+    // the reductions and the rest; each is wrong by at most 2^-53 of what has been summed.  The single-precision
+    // magnitudes are low by less than a thousandth, and by 2^-126 for a product that underflows.
+    const auto n = static_cast<Kel64f>(len);
+    const Kel64f depth = n * (1.0 / kBlock) + kBlock / kRound + 40;
+    const Kel64f bound = (1.01 * magnitudes + n * 0x1p-126) * depth * 0x1p-53;
     const auto low = static_cast<Kel32f>(sum - bound);
     const auto high = static_cast<Kel32f>(sum + bound);
     return low == high ? low : static_cast<Kel32f>(extendedSum(terms, len));

@@ -27,11 +27,12 @@ KelStatus kelsConvert_32s32f(const Kel32s* pSrc, Kel32f* pDst, int len) {
     return kelStatusOk;
 }
 
-// The ranges of exponents keep the multiplier, and the product with every integer but the largest, a normal number.
+// The ranges of exponents keep the multiplier a normal number, and with it every product that does not overflow.
 KelStatus kelsConvert_16s32f_Sfs(const Kel16s* pSrc, Kel32f* pDst, int len, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     const auto multiplier = static_cast<Kel32f>(scaleMultiplier(scaleFactor, -112, 126));
+    const NearestScope scope;
     convertScaledUp(pSrc, pDst, size(len), multiplier);
     return kelStatusOk;
 }
@@ -49,6 +50,7 @@ KelStatus kelsConvert_16s64f_Sfs(const Kel16s* pSrc, Kel64f* pDst, int len, int 
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     const Kel64f multiplier = scaleMultiplier(scaleFactor, -1008, 1022);
+    const NearestScope scope;
     convertScaledUp(pSrc, pDst, size(len), multiplier);
     return kelStatusOk;
 }

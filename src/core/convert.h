@@ -21,50 +21,43 @@ void convertScaledUp(const S* src, D* dst, std::size_t len, D multiplier) {
     for (std::size_t i = 0; i < len; ++i) dst[i] = static_cast<D>(src[i]) * multiplier;
 }
 
-namespace detail {
-
-// Runs block(src, dst) over whole blocks of N elements, the rest through buffers.
-template <std::size_t N, class S, class D, class Block>
-void inBlocks(const S* src, D* dst, std::size_t len, Block block) {
-    std::size_t i = 0;
-    for (; i + N <= len; i += N) block(src + i, dst + i);
-    if (i == len) return;
-    S in[N] = {};
-    D out[N];
-    std::copy_n(src + i, len - i, in);
-    block(in, out);
-    std::copy_n(out, len - i, dst + i);
-}
-
-}  // namespace detail
-
 // dst[i] = src[i] * 2^-scaleFactor, rounded and saturated; NaN gives the smallest integer.  ToNearest is used inside a
 // NearestScope.
 template <class Rounding>
 void convertToInt(const Kel32f* src, Kel16s* dst, std::size_t len, int scaleFactor, Rounding rounding) {
+    constexpr std::size_t w = lanes<Kel32f>;
     const SplitMultiplier m(scaleFactor);
-    detail::inBlocks<lanes<Kel32f>>(src, dst, len, [=](const Kel32f* from, Kel16s* to) {
-        const Vec<Kel32f> v = load(from) * m.first * m.second;
-        const Vec<Kel32f> held = lesserOf(greaterOf(v, Vec<Kel32f>(-32768.0f)), Vec<Kel32f>(32767.0f));
-        storeInt16(to, toInt(held, rounding));
-    });
+    const auto converted = [=](const Vec<Kel32f>& x) {
+        // The store saturates; only what exceeds 32 bits would come out with the wrong sign.
+        return toInt(lesserOf(Vec<Kel32f>(32767.0f), Vec<Kel32f>(x * m.first * m.second)), rounding);
+    };
+    std::size_t i = 0;
+    for (; i + w <= len; i += w) storeInt16(dst + i, converted(load(src + i)));
+    if (i < len) storeInt16Part(dst + i, converted(loadPart(src + i, len - i)), len - i);
 }
 
 template <class Rounding>
 void convertToInt(const Kel32f* src, Kel32s* dst, std::size_t len, int scaleFactor, Rounding rounding) {
+    constexpr std::size_t w = lanes<Kel32f>;
     const SplitMultiplier m(scaleFactor);
-    detail::inBlocks<lanes<Kel32f>>(src, dst, len, [=](const Kel32f* from, Kel32s* to) {
-        store(to, toIntSaturated(Vec<Kel32f>(load(from) * m.first * m.second), rounding));
-    });
+    const auto converted = [=](const Vec<Kel32f>& x) {
+        return toIntSaturated(Vec<Kel32f>(x * m.first * m.second), rounding);
+    };
+    std::size_t i = 0;
+    for (; i + w <= len; i += w) store(dst + i, converted(load(src + i)));
+    if (i < len) storePart(dst + i, converted(loadPart(src + i, len - i)), len - i);
 }
 
 template <class Rounding>
 void convertToInt(const Kel64f* src, Kel32s* dst, std::size_t len, int scaleFactor, Rounding rounding) {
+    constexpr std::size_t w = lanes<Kel64f>;
     const Kel64f m = scaleMultiplier(scaleFactor);
-    detail::inBlocks<lanes<Kel64f>>(src, dst, len, [=](const Kel64f* from, Kel32s* to) {
-        const Vec<Kel64f> v = load(from) * m;
-        storeInt(to, lesserOf(greaterOf(v, Vec<Kel64f>(-2147483648.0)), Vec<Kel64f>(2147483647.0)), rounding);
-    });
+    const auto held = [=](const Vec<Kel64f>& x) {
+        return lesserOf(greaterOf(Vec<Kel64f>(x * m), Vec<Kel64f>(-2147483648.0)), Vec<Kel64f>(2147483647.0));
+    };
+    std::size_t i = 0;
+    for (; i + w <= len; i += w) storeInt(dst + i, held(load(src + i)), rounding);
+    if (i < len) storeIntPart(dst + i, held(loadPart(src + i, len - i)), rounding, len - i);
 }
 
 // The rounding that an rndMode argument asks for: 1 to nearest with ties to even, anything else toward zero.

@@ -32,9 +32,11 @@ template <class T>
 T** allocateRows(int rows, int cols) {
     if (rows > 0 && cols < 0) return nullptr;
     const int64_t rowBytes = 4 * roundUp<int64_t>(cols, 8) + static_cast<int64_t>(kPointer);
-    const int64_t bytes = rows * rowBytes + 28;
-    if (bytes > std::numeric_limits<int>::max()) return nullptr;
-    return layOutRows<T>(kelsMalloc_8u(static_cast<int>(bytes)), rows, cols);
+    constexpr int alignment = 28;
+    int64_t bytes;
+    if (__builtin_mul_overflow(rows, rowBytes, &bytes)) return nullptr;
+    if (bytes <= -alignment || bytes > std::numeric_limits<int>::max() - alignment) return nullptr;
+    return layOutRows<T>(kelsMalloc_8u(static_cast<int>(bytes) + alignment), rows, cols);
 }
 
 template <class T>

@@ -102,10 +102,17 @@ inline void magnitudesScaled(const Kel32sc* src, Kel32s* dst, std::size_t len, i
 // round(ln(x)) of x > 0.
 inline Kel32s roundedLogarithm(Kel32s x) {
     // The largest x for each result: e^(k + 1/2) rounded down.
-    constexpr Kel32s kLargest[] = {
-        1,      4,      12,      33,      90,       244,      665,       1808,      4914,      13359, 36315,
-        98715,  268337, 729416,  1982759, 5389698,  14650719, 39824784,  108254987, 294267566, 799902177,
-        std::numeric_limits<Kel32s>::max()};
+    constexpr Kel32s kLargest[] = {1,         4,
+                                   12,        33,
+                                   90,        244,
+                                   665,       1808,
+                                   4914,      13359,
+                                   36315,     98715,
+                                   268337,    729416,
+                                   1982759,   5389698,
+                                   14650719,  39824784,
+                                   108254987, 294267566,
+                                   799902177, std::numeric_limits<Kel32s>::max()};
     // x >= 2^b and 177/256 < ln 2, so this begins at or below the result, and at most three steps below it.
     Kel32s k = (std::bit_width(static_cast<uint32_t>(x)) - 1) * 177 / 256;
     while (x > kLargest[k]) ++k;

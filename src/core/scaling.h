@@ -62,14 +62,13 @@ constexpr int64_t shiftTowardZero(int64_t v, int shift) {
     return quotient + (v < 0 && static_cast<int64_t>(static_cast<uint64_t>(quotient) << shift) != v ? 1 : 0);
 }
 
-// v * 2^shift for shift >= 0, saturated to T.
+// v * 2^shift for shift >= 0, saturated to T, which has at most 32 bits.
 template <class T>
 constexpr T shiftLeftSaturate(int64_t v, int shift) {
-    if (v == 0) return 0;
-    if (shift > 62) return v > 0 ? std::numeric_limits<T>::max() : std::numeric_limits<T>::min();
-    if (v > int64_t{std::numeric_limits<T>::max()} >> shift) return std::numeric_limits<T>::max();
-    if (v < int64_t{std::numeric_limits<T>::min()} >> shift) return std::numeric_limits<T>::min();
-    return static_cast<T>(v * (int64_t{1} << shift));
+    static_assert(sizeof(T) <= 4);
+    constexpr int64_t beyond = int64_t{1} << 32;  // saturates, and leaves room for 31 more bits
+    if (v != 0 && shift > 30) v = v > 0 ? beyond : -beyond;
+    return saturate<T>(std::clamp(v, -beyond, beyond) * (int64_t{1} << std::min(shift, 30)));
 }
 
 // v * 2^-scaleFactor saturated to T, with the rounding that `right` gives a right shift.
@@ -93,25 +92,39 @@ constexpr T scaleTowardZero(int64_t v, int scaleFactor) {
 
 // ---- rounding mode -------------------------------------------------------------------------------------------------
 
-// Round-to-nearest-even in the SIMD unit for the life of the object, whatever mode the caller has set.
+// Round-to-nearest-even for the life of the object, whatever mode the caller has set.
 class NearestScope {
   public:
-    NearestScope() : saved_(_mm_getcsr()) {
-        if ((saved_ & kRoundingBits) != 0) _mm_setcsr(saved_ & ~kRoundingBits);
+    NearestScope() : simd_(_mm_getcsr()) {
+        if ((simd_ & kSimdRounding) != 0) _mm_setcsr(simd_ & ~kSimdRounding);
+#if defined(__i386__)
+        asm volatile("fnstcw %0" : "=m"(x87_));
+        if ((x87_ & kX87Rounding) != 0) setX87(static_cast<uint16_t>(x87_ & ~kX87Rounding));
+#endif
         asm volatile("" ::: "memory");  // what follows stays behind the switch
     }
     ~NearestScope() {
         asm volatile("" ::: "memory");
         // Exceptions raised meanwhile stay flagged.
-        if ((saved_ & kRoundingBits) != 0) _mm_setcsr(saved_ | (_mm_getcsr() & kFlagBits));
+        if ((simd_ & kSimdRounding) != 0) _mm_setcsr(simd_ | (_mm_getcsr() & kSimdFlags));
+#if defined(__i386__)
+        if ((x87_ & kX87Rounding) != 0) setX87(x87_);
+#endif
     }
     NearestScope(const NearestScope&) = delete;
     NearestScope& operator=(const NearestScope&) = delete;
 
   private:
-    static constexpr unsigned kRoundingBits = 0x6000;
-    static constexpr unsigned kFlagBits = 0x003f;
-    unsigned saved_;
+    static constexpr unsigned kSimdRounding = 0x6000, kSimdFlags = 0x003f;
+    unsigned simd_;
+#if defined(__i386__)
+    // There the x87 unit converts 64-bit integers and takes the results of the mathematical functions.
+    static void setX87(uint16_t word) {
+        asm volatile("fldcw %0" ::"m"(word));
+    }
+    static constexpr uint16_t kX87Rounding = 0x0c00;
+    uint16_t x87_;
+#endif
 };
 
 // ---- float to integer ----------------------------------------------------------------------------------------------

@@ -96,6 +96,10 @@ Vec<T> loadPart(const T* p, std::size_t n, T fill = T()) {
 template <class T>
 void storePart(T* p, const Vec<T>& v, std::size_t n) {
 #if defined(__AVX512F__)
+    if constexpr (std::is_same_v<T, int32_t>) {
+        _mm512_mask_storeu_epi32(p, static_cast<__mmask16>((1u << n) - 1), native(v));
+        return;
+    }
     if constexpr (std::is_same_v<T, float>) {
         _mm512_mask_storeu_ps(p, static_cast<__mmask16>((1u << n) - 1), native(v));
         return;
@@ -109,6 +113,9 @@ void storePart(T* p, const Vec<T>& v, std::size_t n) {
         return;
     } else if constexpr (std::is_same_v<T, double>) {
         _mm256_maskstore_pd(p, firstLanes(n, std::integral_constant<int, 8>()), native(v));
+        return;
+    } else if constexpr (std::is_same_v<T, int32_t>) {
+        _mm256_maskstore_epi32(p, firstLanes(n, std::integral_constant<int, 4>()), native(v));
         return;
     }
 #endif
@@ -145,7 +152,7 @@ inline Vec<double> loadWide(const float* p) {
 #elif defined(__AVX2__)
     return Vec<double>(_mm256_cvtps_pd(_mm_loadu_ps(p)));
 #else
-    return Vec<double>(_mm_cvtps_pd(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)))));
+    return Vec<double>(_mm_cvtps_pd(_mm_setr_ps(p[0], p[1], 0.0f, 0.0f)));
 #endif
 }
 
@@ -241,6 +248,19 @@ inline Halves deinterleave(const Vec<float>& a, const Vec<float>& b) {
 #endif
 }
 
+// Four values of each of four rows turned over: dst[k * stride + j] = rows[j][k].
+inline void transpose4(const float* const rows[4], float* dst, std::size_t stride) {
+    __m128 a = _mm_loadu_ps(rows[0]);
+    __m128 b = _mm_loadu_ps(rows[1]);
+    __m128 c = _mm_loadu_ps(rows[2]);
+    __m128 d = _mm_loadu_ps(rows[3]);
+    _MM_TRANSPOSE4_PS(a, b, c, d);
+    _mm_storeu_ps(dst, a);
+    _mm_storeu_ps(dst + stride, b);
+    _mm_storeu_ps(dst + 2 * stride, c);
+    _mm_storeu_ps(dst + 3 * stride, d);
+}
+
 // ---- float to integer ----------------------------------------------------------------------------------------------
 // Lanes outside the integer's range and NaN give -2147483648, as the instructions do.
 
@@ -304,15 +324,32 @@ inline void storeInt(int32_t* p, const Vec<double>& v, ToNearest) {
 #endif
 }
 
-// lanes<int32_t> integers within the 16-bit range to as many 16-bit integers at p.
+// lanes<int32_t> integers, saturated, to as many 16-bit integers at p.
 inline void storeInt16(int16_t* p, const Vec<int32_t>& v) {
 #if defined(__AVX512F__)
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtepi32_epi16(native(v)));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtsepi32_epi16(native(v)));
 #elif defined(__AVX2__)
     const __m256i packed = _mm256_packs_epi32(native(v), native(v));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(_mm256_permute4x64_epi64(packed, 0x08)));
 #else
     _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(native(v), native(v)));
+#endif
+}
+
+// The same for the first n < lanes<double> or lanes<int32_t> lanes only.
+template <class Rounding>
+void storeIntPart(int32_t* p, const Vec<double>& v, Rounding rounding, std::size_t n) {
+    int32_t buffer[lanes<double>];
+    storeInt(buffer, v, rounding);
+    for (std::size_t i = 0; i < n; ++i) p[i] = buffer[i];
+}
+inline void storeInt16Part(int16_t* p, const Vec<int32_t>& v, std::size_t n) {
+#if defined(__AVX512F__)
+    _mm512_mask_cvtsepi32_storeu_epi16(p, static_cast<__mmask16>((1u << n) - 1), native(v));
+#else
+    int16_t buffer[lanes<int32_t>];
+    storeInt16(buffer, v);
+    for (std::size_t i = 0; i < n; ++i) p[i] = buffer[i];
 #endif
 }
 

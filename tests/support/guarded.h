@@ -38,7 +38,6 @@ class Guarded {
     T* data() { return data_; }
     const T* data() const { return data_; }
     operator T*() { return data_; }
-    // Of any integer type, so that an int is no closer to the pointer's own operator.
     template <class Index>
     T& operator[](Index i) {
         return data_[i];

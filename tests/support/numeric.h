@@ -50,16 +50,21 @@ T opaque(T v) {
     return w;
 }
 
-// Runs `call` in each rounding mode and checks that the mode survives.
-template <class Call>
-void inEveryRoundingMode(Call call) {
+// Runs `call` in each rounding mode, checks that the mode survives, and then runs `check` in the default one.
+template <class Call, class Check>
+void inEveryRoundingMode(Call call, Check check) {
     for (const int mode : {FE_TONEAREST, FE_DOWNWARD, FE_UPWARD, FE_TOWARDZERO}) {
         std::fesetround(mode);
         call();
         const int after = std::fegetround();
         std::fesetround(FE_TONEAREST);
         EXPECT_EQ(after, mode);
+        check();
     }
+}
+template <class Call>
+void inEveryRoundingMode(Call call) {
+    inEveryRoundingMode(call, [] {});
 }
 
 }  // namespace test
