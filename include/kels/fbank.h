@@ -12,6 +12,9 @@ typedef struct KelFilterBank_32f KelFilterBank_32f;
 typedef struct KelFilterBank_16s KelFilterBank_16s;
 typedef struct KelFilterBank_32s KelFilterBank_32s;
 
+/* construction flags */
+enum { kelFBankWeightMel = 1, kelFBankWeightBin = 2, kelFBankOwnFFT = 4 };
+
 /* construction */
 KELS_API KelStatus kelsMelFBankInitAlloc_32f(KelFilterBank_32f** ppFBank, int* pFFTOrder, int fftLen, Kel32f sampFreq,
                                              Kel32f lowFreq, Kel32f highFreq, int nFilter, Kel32f melMul, Kel32f melDiv,

@@ -34,6 +34,13 @@ constexpr T saturate(int64_t v) {
     return static_cast<T>(std::clamp<int64_t>(v, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
 }
 
+// a + b held to 64 bits.
+constexpr int64_t addSaturate(int64_t a, int64_t b) {
+    int64_t sum = 0;
+    if (!__builtin_add_overflow(a, b, &sum)) return sum;
+    return b < 0 ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
+}
+
 // v * 2^-shift, 1 <= shift < bits of I, to the nearest integer, ties to even.
 template <class I>
 constexpr I shiftHalfEvenInRange(I v, int shift) {
@@ -48,6 +55,13 @@ constexpr I shiftHalfEvenInRange(I v, int shift) {
 constexpr int64_t shiftHalfEven(int64_t v, int shift) {
     if (shift <= 0) return v;
     return shift > 63 ? 0 : shiftHalfEvenInRange(v, shift);
+}
+
+// v * 2^-shift for shift >= 0, to the nearest integer, ties upward.
+constexpr int64_t shiftHalfUp(int64_t v, int shift) {
+    if (shift <= 0) return v;
+    if (shift > 63) return 0;  // v is at least -2^63, and a half goes up
+    return (v >> shift) + ((v >> (shift - 1)) & 1);
 }
 
 // v * 2^-shift for shift >= 0, toward minus infinity (an arithmetic shift).
