@@ -2,12 +2,12 @@
  *
  *   c[k] = lifter[k] * sum over j = 0 .. N-1 of src[j] * cos(pi * k * (j + 0.5) / N)
  *
- * This is the DCT-II without normalisation (Davis and Mermelstein, IEEE Trans. ASSP 28(4), 1980): for the orthonormal one
- * put sqrt(2 / N) into val.  Output is c1 .. cM in places 0 .. M-1; c0 comes last, in place M.
+ * This is the DCT-II without normalisation (Davis and Mermelstein, IEEE Trans. ASSP 28(4), 1980): for the orthonormal
+ * one put sqrt(2 / N) into val.  Output is c1 .. cM in places 0 .. M-1; c0 comes last, in place M.
  *
  * KelDCTLifterState_32f serves float frames, _16s integer frames with 16-bit results; the weights and the cosines are
- * floats in both.  Fields in order: lifterLen (nLifter, or -1 for the Mul forms), lenDCT (N), lenCeps (M), withC0, lifter
- * (M + 1 weights), _16s: work (one frame of results), cosTab (M + 1 rows of N).
+ * floats in both.  Fields in order: lifterLen (nLifter, or -1 for the Mul forms), lenDCT (N), lenCeps (M), withC0,
+ * lifter (M + 1 weights), _16s: work (one frame of results), cosTab (M + 1 rows of N).
  *
  * A state never changes after its construction, but _16s frames go through its work array: one thread at a time for
  * those, any number for _32f.
@@ -40,8 +40,8 @@ KELS_API KelStatus kelsDCTLifterInitAlloc_C0_32f(KelDCTLifterState_32f** ppState
 KELS_API KelStatus kelsDCTLifterInitAlloc_C0_16s(KelDCTLifterState_16s** ppState, int lenDCT, int lenCeps, int nLifter,
                                                  Kel32f val, Kel32f val0);
 
-/* The caller's weights: pLifter[k - 1] for ck, lenCeps of them.  The MulC0 forms also produce c0, whose weight is that of
- * the last cepstrum, pLifter[lenCeps - 1].
+/* The caller's weights: pLifter[k - 1] for ck, lenCeps of them.  The MulC0 forms also produce c0, whose weight is that
+ * of the last cepstrum, pLifter[lenCeps - 1].
  * Statuses: null ppState or pLifter (-8); lenDCT or lenCeps below 1, lenCeps above lenDCT (-6); out of memory (-9).
  */
 KELS_API KelStatus kelsDCTLifterInitAlloc_Mul_32f(KelDCTLifterState_32f** ppState, int lenDCT, const Kel32f* pLifter,

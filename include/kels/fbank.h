@@ -13,12 +13,13 @@
  *
  * fftLen is rounded up to the power of two fftLen2 = 2^fftOrder, at least 2; the spectrum has fftLen2 / 2 + 1 bins.
  *
- * The mel scale is mel(f) = melMul * ln(1 + f / melDiv); melMul = 1127, melDiv = 700 gives the usual scale (O'Shaughnessy,
- * Speech Communication, 1987).  Filter banks of this kind: Davis and Mermelstein, IEEE Trans. ASSP 28(4), 1980.
+ * The mel scale is mel(f) = melMul * ln(1 + f / melDiv); melMul = 1127, melDiv = 700 gives the usual scale
+ * (O'Shaughnessy, Speech Communication, 1987).  Filter banks of this kind: Davis and Mermelstein, IEEE Trans. ASSP
+ * 28(4), 1980.
  *
  * Fields of KelFilterBank_32f and _16s, in order: centres, rising, falling (weights up to and with the top, and after
- * it), flag, fftLen2, fftOrder, nFilter, nLinFilter, melMul, melDiv, ready (one byte), fftSpec, fftBuf; _16s: weightShift
- * (14).  Callers go through the functions below.
+ * it), flag, fftLen2, fftOrder, nFilter, nLinFilter, melMul, melDiv, ready (one byte), fftSpec, fftBuf; _16s:
+ * weightShift (14).  Callers go through the functions below.
  *
  * One bank may be evaluated by several threads at once unless it transforms samples, which goes through its own buffer.
  */
@@ -45,8 +46,8 @@ typedef struct KelFilterBank_32s KelFilterBank_32s;
  */
 enum { kelFBankWeightMel = 1, kelFBankWeightBin = 2, kelFBankOwnFFT = 4 };
 
-/* Mel bank.  The nFilter + 2 corners are equally spaced in mel from lowFreq to highFreq (in Hz, both included), computed
- * in single precision:
+/* Mel bank.  The nFilter + 2 corners are equally spaced in mel from lowFreq to highFreq (in Hz, both included),
+ * computed in single precision:
  *   mel[k]    = k * (mel(highFreq) - mel(lowFreq)) / (nFilter + 1) + mel(lowFreq)
  *   corner[k] = (exp(mel[k] / melMul) - 1) * (fftLen2 / sampFreq * melDiv), in bins.
  * Corners that the parameters put elsewhere are moved into 0 .. fftLen2 / 2 and never descend.  _16s weights are
@@ -66,8 +67,8 @@ KELS_API KelStatus kelsMelFBankInitAlloc_16s(KelFilterBank_16s** ppFBank, int* p
                                              Kel32f lowFreq, Kel32f highFreq, int nFilter, Kel32f melMul, Kel32f melDiv,
                                              int flag);
 
-/* Bank of nLinFilter linearly spaced filters followed by mel-spaced ones.  Corners 0 .. nLinFilter are equally spaced in
- * Hz from lowFreq to highLinFreq; from corner nLinFilter on they are equally spaced in mel up to highFreq.  With
+/* Bank of nLinFilter linearly spaced filters followed by mel-spaced ones.  Corners 0 .. nLinFilter are equally spaced
+ * in Hz from lowFreq to highLinFreq; from corner nLinFilter on they are equally spaced in mel up to highFreq.  With
  * nLinFilter = nFilter all nFilter + 2 corners are equally spaced from lowFreq to highLinFreq.  With kelFBankWeightMel
  * the filters whose top is one of the linear corners are weighted by the distance in bins (corners still truncated).
  * Otherwise as the mel bank.
@@ -94,12 +95,12 @@ KELS_API KelStatus kelsEmptyFBankInitAlloc_16s(KelFilterBank_16s** ppFBank, int*
                                                int flag);
 
 /* Fixed banks for the ETSI distributed-speech-recognition ("Aurora") front end: spectra of 65 bins, 62.5 Hz apart
- * (fftLen2 = 128 at 8000 Hz), given as spectra.  Weights fall linearly to 0 at the neighbours' centres and each filter's
- * weights add up to 1 (in Q14 up to rounding), so that a result is the weighted mean of its bins.
+ * (fftLen2 = 128 at 8000 Hz), given as spectra.  Weights fall linearly to 0 at the neighbours' centres and each
+ * filter's weights add up to 1 (in Q14 up to rounding), so that a result is the weighted mean of its bins.
  *
  * Low band: 25 filters that stand on the points k = 0 .. 24, equally spaced in mel from 1 Hz to 4000 Hz and rounded to
- * bins (0 1 2 3 4 5 7 8 10 12 14 16 18 20 23 26 29 32 36 39 44 48 53 58 64); the first and the last are one-sided.  This
- * is the mel-warping of the Wiener filter in ETSI ES 202 050, 5.1.5, marginal bands included.
+ * bins (0 1 2 3 4 5 7 8 10 12 14 16 18 20 23 26 29 32 36 39 44 48 53 58 64); the first and the last are one-sided. 
+ * This is the mel-warping of the Wiener filter in ETSI ES 202 050, 5.1.5, marginal bands included.
  *
  * High band: 3 filters for the upper half (4000 .. 8000 Hz) of 16 kHz speech after its decimation to 8000 Hz in rising
  * order of frequency: bin i stands for 4000 + 62.5 i Hz.  The tops divide that range into four parts that are equal in
@@ -113,10 +114,10 @@ KELS_API KelStatus kelsMelFBankInitAllocHigh_Aurora_16s(KelFilterBank_16s** ppFB
 KELS_API KelStatus kelsMelFBankInitAllocHigh_Aurora_32f(KelFilterBank_32f** ppFBank);
 
 /* Fixed-point bank in the caller's memory: the number of bytes, and the construction.  Frequencies are whole Hz, melMul
- * and melDiv are in Q15, flag must be kelFBankWeightBin.  The corners of the mel bank in Q22 arithmetic, rounded to bins
- * and kept within the spectrum; weights in Q30, truncated.  The bank begins at the first multiple of 32 in pBuffer, which
- * may have any alignment but must not move afterwards; kelsEvalFBank_32s_Sfs takes pBuffer itself.  There is nothing to
- * free.  The size is the same on every ABI:
+ * and melDiv are in Q15, flag must be kelFBankWeightBin.  The corners of the mel bank in Q22 arithmetic, rounded to
+ * bins and kept within the spectrum; weights in Q30, truncated.  The bank begins at the first multiple of 32 in
+ * pBuffer, which may have any alignment but must not move afterwards; kelsEvalFBank_32s_Sfs takes pBuffer itself. 
+ * There is nothing to free.  The size is the same on every ABI:
  *   4n + 96 + 18r + 2r(fftLen2 / 2 + 9) + 2r * fftLen2 / 2 + 64, with n = nFilter and r = 2n + 4.
  *
  * Statuses of GetSize: null pSize (-8); nFilter below 1, fftLen outside 32 .. 8192 (-6); flag (-70);
@@ -130,8 +131,8 @@ KELS_API KelStatus kelsMelFBankGetSize_32s(int fftLen, int nFilter, int flag, in
 KELS_API KelStatus kelsMelFBankInit_32s(Kel8u* pBuffer, int* pFFTOrder, int fftLen, int sampFreq, int lowFreq,
                                         int highFreq, int nFilter, int melMul, int melDiv, int flag);
 
-/* Evaluation: nFilter results from fftLen2 / 2 + 1 bins, or from fftLen2 samples where the bank owns an FFT.  Of a given
- * spectrum no bin after the last centre is read.
+/* Evaluation: nFilter results from fftLen2 / 2 + 1 bins, or from fftLen2 samples where the bank owns an FFT.  Of a
+ * given spectrum no bin after the last centre is read.
  *
  * _32f         Float sums; the order of additions is free.  Samples: the magnitudes of their unscaled FFT.
  * _16s_Sfs,    64-bit sums, times 2^-(scaleFactor + 14) toward minus infinity, then saturated: scaleFactor counts from
@@ -159,8 +160,8 @@ KELS_API KelStatus kelsFBankSetCenters_32f(KelFilterBank_32f* pFBank, const int*
 KELS_API KelStatus kelsFBankSetCenters_16s(KelFilterBank_16s* pFBank, const int* pCenters);
 
 /* The weights of filter fIdx, counted from 1, as floats: centres[fIdx] - centres[fIdx - 1] + 1 of the rising side, then
- * centres[fIdx + 1] - centres[fIdx] of the falling side.  Get also takes fIdx = nFilter + 1, a spare filter of zeros that
- * has the rising side only; Set does not.  _16s converts from and to Q14, to the nearest, ties to even, saturated.
+ * centres[fIdx + 1] - centres[fIdx] of the falling side.  Get also takes fIdx = nFilter + 1, a spare filter of zeros
+ * that has the rising side only; Set does not.  _16s converts from and to Q14, to the nearest, ties to even, saturated.
  * Statuses: null pointer, or a bank that is freed or unfinished (-8); centres not yet set (-69); fIdx (-6).
  */
 KELS_API KelStatus kelsFBankGetCoeffs_32f(const KelFilterBank_32f* pFBank, int fIdx, Kel32f* pCoeffs);
@@ -168,8 +169,8 @@ KELS_API KelStatus kelsFBankGetCoeffs_16s(const KelFilterBank_16s* pFBank, int f
 KELS_API KelStatus kelsFBankSetCoeffs_32f(KelFilterBank_32f* pFBank, int fIdx, const Kel32f* pCoeffs);
 KELS_API KelStatus kelsFBankSetCoeffs_16s(KelFilterBank_16s* pFBank, int fIdx, const Kel32f* pCoeffs);
 
-/* Releases what the bank owns, but not the small block of the bank itself (some 50 bytes), which every function but Free
- * then answers with -8; kelsFree(pFBank) may release that too.  Takes a bank whose constructor returned -9.
+/* Releases what the bank owns, but not the small block of the bank itself (some 50 bytes), which every function but
+ * Free then answers with -8; kelsFree(pFBank) may release that too.  Takes a bank whose constructor returned -9.
  * Statuses: null pointer (-8).
  */
 KELS_API KelStatus kelsFBankFree_32f(KelFilterBank_32f* pFBank);

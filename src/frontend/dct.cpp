@@ -143,9 +143,8 @@ void applyToIntegers(const Src* pSrc, Kel16s* pDst, const KelDCTLifterState_16s*
     for (int j = 0; j < state.lenDCT; j += std::min(kChunk, state.lenDCT - j)) {
         const int n = std::min(kChunk, state.lenDCT - j);
         toFloat(pSrc + j, chunk, n);
-        dotAll(state, chunk, static_cast<std::size_t>(n), static_cast<std::size_t>(j), state.work);
+        addFrame(state, chunk, static_cast<std::size_t>(n), static_cast<std::size_t>(j), state.work);
     }
-    liftAll(state, state.work);
     kelsConvert_32f16s_Sfs(state.work, pDst, state.lenCeps + state.withC0, 1, scaleFactor);
 }
 
@@ -216,8 +215,7 @@ KelStatus kelsDCTLifterInit_MulC0_16s(Kel8u* pBuffer, int lenDCT, const Kel32s* 
 
 KelStatus kelsDCTLifter_32f(const Kel32f* pSrc, Kel32f* pDst, const KelDCTLifterState_32f* pState) {
     if (anyNull(pSrc, pDst, pState)) return kelStatusNullPtr;
-    dotAll(*pState, pSrc, static_cast<std::size_t>(pState->lenDCT), 0, pDst);
-    liftAll(*pState, pDst);
+    addFrame(*pState, pSrc, static_cast<std::size_t>(pState->lenDCT), 0, pDst);
     return kelStatusOk;
 }
 

@@ -33,16 +33,16 @@ static_assert(sizeof(KelDCTLifterState_32f) == 24 && sizeof(KelDCTLifterState_16
 
 namespace kels {
 
-// dst[r] = (add ? dst[r] : 0) + rows[r][0 .. n) . src for R consecutive rows: each load of the source serves them all.
+// sum[r] = the lanes of rows[r][0 .. n) . src, for R rows at once: each load of the source serves them all.  What is left
+// at the end is taken from the last full vector of either side, of the source only the lanes not yet used.
 template <int R>
-inline void dotRows(const Kel32f* src, std::size_t n, const Kel32f* const* rows, std::size_t offset, Kel32f* dst,
-                    bool add) {
+inline void dotRows(const Kel32f* src, std::size_t n, const Kel32f* const (&row)[R], Vec<Kel32f> (&sum)[R]) {
     constexpr std::size_t w = lanes<Kel32f>;
-    const Kel32f* row[R];
-    Vec<Kel32f> sum[R];
-    for (int r = 0; r < R; ++r) {
-        row[r] = rows[r] + offset;
-        sum[r] = 0.0f;
+    for (auto& s : sum) s = 0.0f;
+    if (n < w) {
+        const Vec<Kel32f> x = loadPart(src, n);
+        for (int r = 0; r < R; ++r) sum[r] = loadPart(row[r], n) * x;
+        return;
     }
     std::size_t j = 0;
     for (; j + w <= n; j += w) {
@@ -50,29 +50,39 @@ inline void dotRows(const Kel32f* src, std::size_t n, const Kel32f* const* rows,
         for (int r = 0; r < R; ++r) sum[r] = mulAdd(load(row[r] + j), x, sum[r]);
     }
     if (j < n) {
-        const Vec<Kel32f> x = loadPart(src + j, n - j);
-        for (int r = 0; r < R; ++r) sum[r] = mulAdd(loadPart(row[r] + j, n - j), x, sum[r]);
+        const Vec<Kel32f> x = lastLanes(load(src + n - w), n - j);
+        for (int r = 0; r < R; ++r) sum[r] = mulAdd(load(row[r] + n - w), x, sum[r]);
     }
-    for (int r = 0; r < R; ++r) dst[r] = (add ? dst[r] : 0) + stdx::reduce(sum[r]);
 }
 
-// Elements offset .. offset + n of the frame into the sums c1 .. cM and, behind them, c0.
+// Elements offset .. offset + n of the frame added to the sums c1 .. cM and, behind them, c0; the first elements begin
+// the sums, the last ones bring in the weights.
 template <class State>
-inline void dotAll(const State& state, const Kel32f* src, std::size_t n, std::size_t offset, Kel32f* dst) {
-    const bool add = offset > 0;
+inline void addFrame(const State& state, const Kel32f* src, std::size_t n, std::size_t offset, Kel32f* dst) {
+    const bool first = offset == 0;
+    const bool last = offset + n == static_cast<std::size_t>(state.lenDCT);
+    const auto put = [&](int place, int k, Kel32f sum) {
+        if (!first) sum += dst[place];
+        dst[place] = last ? sum * state.lifter[k] : sum;
+    };
+    const auto putOne = [&](int place, int k) {
+        const Kel32f* const row[] = {state.cosTab[k] + offset};
+        Vec<Kel32f> sum[1];
+        dotRows(src, n, row, sum);
+        put(place, k, stdx::reduce(sum[0]));
+    };
     int k = 1;
-    for (; k + 4 <= state.lenCeps + 1; k += 4) dotRows<4>(src, n, state.cosTab + k, offset, dst + k - 1, add);
-    for (; k <= state.lenCeps; ++k) dotRows<1>(src, n, state.cosTab + k, offset, dst + k - 1, add);
-    if (state.withC0 != 0) dotRows<1>(src, n, state.cosTab, offset, dst + state.lenCeps, add);
-}
-
-// The weights onto the sums.
-template <class State>
-inline void liftAll(const State& state, Kel32f* dst) {
-    map(
-        dst, static_cast<std::size_t>(state.lenCeps), [](auto x, auto weight) { return x * weight; }, 0.0f, dst,
-        state.lifter + 1);
-    if (state.withC0 != 0) dst[state.lenCeps] *= state.lifter[0];
+    for (; k + 3 <= state.lenCeps; k += 4) {
+        const Kel32f* const row[] = {state.cosTab[k] + offset, state.cosTab[k + 1] + offset,
+                                     state.cosTab[k + 2] + offset, state.cosTab[k + 3] + offset};
+        Vec<Kel32f> sum[4];
+        Kel32f total[4];
+        dotRows(src, n, row, sum);
+        storeSums(total, sum[0], sum[1], sum[2], sum[3]);
+        for (int r = 0; r < 4; ++r) put(k - 1 + r, k + r, total[r]);
+    }
+    for (; k <= state.lenCeps; ++k) putOne(k - 1, k);
+    if (state.withC0 != 0) putOne(state.lenCeps, 0);
 }
 
 }  // namespace kels
