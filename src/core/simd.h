@@ -83,7 +83,9 @@ Vec<T> loadPart(const T* p, std::size_t n) {
 #else
     if constexpr (std::is_same_v<T, float>) {
         if (n < 2) return n == 0 ? Vec<T>(0) : Vec<T>(_mm_load_ss(p));
-        const __m128 two = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)));
+        double pair;  // copied, for it need not be aligned
+        __builtin_memcpy(&pair, p, sizeof pair);
+        const __m128 two = _mm_castpd_ps(_mm_set_sd(pair));
         return Vec<T>(n == 2 ? two : _mm_movelh_ps(two, _mm_load_ss(p + 2)));
     }
 #endif

@@ -33,8 +33,8 @@ static_assert(sizeof(KelDCTLifterState_32f) == 24 && sizeof(KelDCTLifterState_16
 
 namespace kels {
 
-// sum[r] = the lanes of rows[r][0 .. n) . src, for R rows at once: each load of the source serves them all.  What is left
-// at the end is taken from the last full vector of either side, of the source only the lanes not yet used.
+// sum[r] = the lanes of rows[r][0 .. n) . src, for R rows at once: each load of the source serves them all.  What is
+// left at the end is taken from the last full vector of either side, of the source only the lanes not yet used.
 template <int R>
 inline void dotRows(const Kel32f* src, std::size_t n, const Kel32f* const (&row)[R], Vec<Kel32f> (&sum)[R]) {
     constexpr std::size_t w = lanes<Kel32f>;

@@ -129,7 +129,8 @@ class Bank : public ::testing::Test {};
 using Forms = ::testing::Types<Float, Q14>;
 TYPED_TEST_SUITE(Bank, Forms);
 
-// Single precision loses a few units in the last place of mel, which the exponential multiplies by at most its argument.
+// Single precision loses a few units in the last place of mel, which the exponential multiplies by at most its
+// argument.
 TYPED_TEST(Bank, CornersAndWeightsFollowTheFormulas) {
     const Real eps = std::ldexp(1.0L, -24);
     for (const Shape& s : kShapes) {
@@ -309,6 +310,26 @@ TEST(FBank, IntegerSumsShiftAndSaturate) {
                 EXPECT_EQ(dst16[m], scaled<Kel16s>(sum, shift)) << scaleFactor;
                 EXPECT_EQ(dst32[m], scaled<Kel32s>(sum, shift)) << scaleFactor;
             }
+        }
+    }
+}
+
+// The smallest sums at every left shift.
+TEST(FBank, IntegerSumsOfOneUnit) {
+    Held<Q14> held;
+    ASSERT_EQ(kelsEmptyFBankInitAlloc_16s(&held.bank, &held.order, 2, 1, 0), kelStatusOk);
+    const int centers[] = {0, 0, 0};
+    const Kel32f weight = 1.0f / 16384;
+    ASSERT_EQ(kelsFBankSetCenters_16s(held.bank, centers), kelStatusOk);
+    ASSERT_EQ(kelsFBankSetCoeffs_16s(held.bank, 1, &weight), kelStatusOk);
+    for (const Kel16s unit : {Kel16s{1}, Kel16s{-1}}) {
+        for (int shift = -70; shift <= 3; ++shift) {
+            Kel16s narrow;
+            Kel32s wide;
+            ASSERT_EQ(kelsEvalFBank_16s_Sfs(&unit, &narrow, held.bank, shift - 14), kelStatusOk);
+            ASSERT_EQ(kelsEvalFBank_16s32s_Sfs(&unit, &wide, held.bank, shift - 14), kelStatusOk);
+            EXPECT_EQ(narrow, scaled<Kel16s>(unit, shift)) << shift;
+            EXPECT_EQ(wide, scaled<Kel32s>(unit, shift)) << shift;
         }
     }
 }
@@ -674,7 +695,7 @@ TEST(FixedBank, SumsScaleRoundAndSaturate) {
     for (const auto& [bin, expected] : {std::pair{INT32_MAX, INT32_MAX}, {INT32_MIN, INT32_MIN}}) {
         const test::Guarded<Kel32s> full(std::vector<Kel32s>(4097, bin));
         ASSERT_EQ(kelsEvalFBank_32s_Sfs(full.data(), dst, reinterpret_cast<KelFilterBank_32s*>(memory.data()), 0), 0);
-        EXPECT_EQ(dst[0], expected);
+        EXPECT_EQ(dst.data()[0], expected);
     }
 }
 
