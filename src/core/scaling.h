@@ -76,13 +76,21 @@ constexpr int64_t shiftTowardZero(int64_t v, int shift) {
     return quotient + (v < 0 && static_cast<int64_t>(static_cast<uint64_t>(quotient) << shift) != v ? 1 : 0);
 }
 
-// v * 2^shift for shift >= 0, saturated to T, which has at most 32 bits.
+// v * 2^shift for shift >= 0, saturated to T.
 template <class T>
 constexpr T shiftLeftSaturate(int64_t v, int shift) {
-    static_assert(sizeof(T) <= 4);
-    constexpr int64_t beyond = int64_t{1} << 32;  // saturates, and leaves room for 31 more bits
-    if (v != 0 && shift > 30) v = v > 0 ? beyond : -beyond;
-    return saturate<T>(std::clamp(v, -beyond, beyond) * (int64_t{1} << std::min(shift, 30)));
+    if constexpr (sizeof(T) <= 4) {
+        constexpr int64_t beyond = int64_t{1} << 32;  // saturates, and leaves room for 31 more bits
+        if (v != 0 && shift > 30) v = v > 0 ? beyond : -beyond;
+        return saturate<T>(std::clamp(v, -beyond, beyond) * (int64_t{1} << std::min(shift, 30)));
+    } else {
+        using Limits = std::numeric_limits<T>;
+        if (v == 0) return 0;
+        if (shift > 63 || v > Limits::max() >> shift || v < Limits::min() >> shift) {
+            return v > 0 ? Limits::max() : Limits::min();
+        }
+        return static_cast<T>(static_cast<uint64_t>(v) << shift);
+    }
 }
 
 // v * 2^-scaleFactor saturated to T, with the rounding that `right` gives a right shift.
