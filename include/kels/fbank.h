@@ -141,6 +141,8 @@ KELS_API KelStatus kelsMelFBankInit_32s(Kel8u* pBuffer, int* pFFTOrder, int fftL
  * _32s_Sfs     64-bit sums of (weight * S[i]) >> 8, times 2^-scaleFactor toward minus infinity (saturated to 64 bits),
  *              then shifted right by 22 with ties upward and saturated.
  *
+ * No form allocates (FFTs of 2^29 samples and more do).
+ *
  * Statuses: null pointer, or a bank that is freed or unfinished (-8); centres not yet set (-69); the status of the FFT.
  * _32s_Sfs: null pointer (-8); scaleFactor outside -31 .. 31 (-5).
  */

@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstring>
 
+#include "core/fft_spec.h"
 #include "frontend/fbank_build.h"
 
 namespace kels {
@@ -74,7 +75,9 @@ KelStatus allocateParts(Bank** ppFBank, int* pFFTOrder, int fftLen, int nFilter,
     if ((bank->falling = allocateWeights<Weight>(rows, fftLen2 / 2)) == nullptr) return kelStatusNoMemory;
     if ((flag & kelFBankOwnFFT) == 0) return kelStatusOk;
     if (makeSpec(&bank->fftSpec, fftOrder) != kelStatusOk) return kelStatusNoMemory;
-    if ((bank->fftBuf = allocateCleared<Weight>(int64_t{fftLen2} + 2)) == nullptr) return kelStatusNoMemory;
+    const int64_t workBytes = int64_t{bank->fftSpec->bufferSize} + 15;  // of any alignment
+    const int64_t bufLen = int64_t{fftLen2} + 2 + (workBytes + 3) / 4;
+    if ((bank->fftBuf = allocateCleared<Weight>(bufLen)) == nullptr) return kelStatusNoMemory;
     return kelStatusOk;
 }
 

@@ -56,7 +56,7 @@ struct FilterBank {
     Kel32f melDiv;
     Kel8u ready;  // 1 once the centres are valid
     Spec* fftSpec;
-    Weight* fftBuf;  // fftLen2 + 2
+    Weight* fftBuf;  // fftLen2 + 2, and behind them the work buffer of the transform
 };
 
 }  // namespace kels
@@ -87,6 +87,11 @@ template <class Bank>
 auto triangles(const Bank& bank) {
     using Rows = PointerRows<typename Bank::Weight>;
     return Triangles<Rows>{bank.centres, Rows(bank.rising), Rows(bank.falling), bank.nFilter};
+}
+
+template <class Bank>
+Kel8u* fftWork(const Bank& bank) {
+    return reinterpret_cast<Kel8u*>(bank.fftBuf + bank.fftLen2 + 2);
 }
 
 // A state that was freed, or whose constructor ran out of memory.

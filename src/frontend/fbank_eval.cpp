@@ -7,7 +7,7 @@ namespace {
 
 // Magnitudes of the transformed samples, in the bank's own buffer.
 KelStatus ownSpectrum(const Kel32f* pSrc, const KelFilterBank_32f& bank) {
-    const KelStatus status = kelsFFTFwd_RToCCS_32f(pSrc, bank.fftBuf, bank.fftSpec, nullptr);
+    const KelStatus status = kelsFFTFwd_RToCCS_32f(pSrc, bank.fftBuf, bank.fftSpec, fftWork(bank));
     if (status != kelStatusOk) return status;
     return kelsMagnitude_32fc(reinterpret_cast<const Kel32fc*>(bank.fftBuf), bank.fftBuf, bank.fftLen2 / 2 + 1);
 }
@@ -15,7 +15,7 @@ KelStatus ownSpectrum(const Kel32f* pSrc, const KelFilterBank_32f& bank) {
 // The transform and the magnitude each keep three more fraction bits.
 constexpr int kSpectrumFractionBits = 3 + 3;
 KelStatus ownSpectrum(const Kel16s* pSrc, const KelFilterBank_16s& bank) {
-    const KelStatus status = kelsFFTFwd_RToCCS_16s32s_Sfs(pSrc, bank.fftBuf, bank.fftSpec, -3, nullptr);
+    const KelStatus status = kelsFFTFwd_RToCCS_16s32s_Sfs(pSrc, bank.fftBuf, bank.fftSpec, -3, fftWork(bank));
     if (status != kelStatusOk) return status;
     return kelsMagnitude_32sc_Sfs(reinterpret_cast<const Kel32sc*>(bank.fftBuf), bank.fftBuf, bank.fftLen2 / 2 + 1, -3);
 }

@@ -373,9 +373,11 @@ TEST(FBank, TransformsSamplesItself) {
             test::Guarded<Kel32f> dst32(static_cast<std::size_t>(s.nFilter));
             test::Guarded<Kel16s> dst16(static_cast<std::size_t>(s.nFilter));
             test::Guarded<Kel32s> dst16to32(static_cast<std::size_t>(s.nFilter));
+            const test::AllocationWatch watch;
             ASSERT_EQ(kelsEvalFBank_32f(src32.data(), dst32, bank32.bank), kelStatusOk);
             ASSERT_EQ(kelsEvalFBank_16s_Sfs(src16.data(), dst16, bank16.bank, 12), kelStatusOk);
             ASSERT_EQ(kelsEvalFBank_16s32s_Sfs(src16.data(), dst16to32, bank16.bank, 0), kelStatusOk);
+            EXPECT_EQ(watch.calls(), 0);
             const auto c = bank32.centers();
             for (int m = 0; m < s.nFilter; ++m) {
                 const auto w = bank32.weights(m);
