@@ -42,6 +42,13 @@ constexpr T saturateSeldom(int64_t v) {
     return v < 0 ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
 }
 
+// a + b held to 64 bits.
+constexpr int64_t addSaturate(int64_t a, int64_t b) {
+    int64_t sum = 0;
+    if (!__builtin_add_overflow(a, b, &sum)) return sum;
+    return b < 0 ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
+}
+
 // v * 2^-shift, 1 <= shift < bits of I, to the nearest integer, ties to even.
 template <class I>
 constexpr I shiftHalfEvenInRange(I v, int shift) {
@@ -56,6 +63,13 @@ constexpr I shiftHalfEvenInRange(I v, int shift) {
 constexpr int64_t shiftHalfEven(int64_t v, int shift) {
     if (shift <= 0) return v;
     return shift > 63 ? 0 : shiftHalfEvenInRange(v, shift);
+}
+
+// v * 2^-shift for shift >= 0, to the nearest integer, ties upward.
+constexpr int64_t shiftHalfUp(int64_t v, int shift) {
+    if (shift <= 0) return v;
+    if (shift > 63) return 0;  // v is at least -2^63, and a half goes up
+    return (v >> shift) + ((v >> (shift - 1)) & 1);
 }
 
 // v * 2^-shift for shift >= 0, toward minus infinity (an arithmetic shift).
@@ -83,13 +97,21 @@ constexpr int64_t divideHalfAway(int64_t n, int64_t d) {
     return (2 * n + (n < 0 ? -d : d)) / (2 * d);
 }
 
-// v * 2^shift for shift >= 0, saturated to T, which has at most 32 bits.
+// v * 2^shift for shift >= 0, saturated to T.
 template <class T>
 constexpr T shiftLeftSaturate(int64_t v, int shift) {
-    static_assert(sizeof(T) <= 4);
-    constexpr int64_t beyond = int64_t{1} << 32;  // saturates, and leaves room for 31 more bits
-    if (v != 0 && shift > 30) v = v > 0 ? beyond : -beyond;
-    return saturate<T>(std::clamp(v, -beyond, beyond) * (int64_t{1} << std::min(shift, 30)));
+    if constexpr (sizeof(T) <= 4) {
+        constexpr int64_t beyond = int64_t{1} << 32;  // saturates, and leaves room for 31 more bits
+        if (v != 0 && shift > 30) v = v > 0 ? beyond : -beyond;
+        return saturate<T>(std::clamp(v, -beyond, beyond) * (int64_t{1} << std::min(shift, 30)));
+    } else {
+        using Limits = std::numeric_limits<T>;
+        if (v == 0) return 0;
+        if (shift > 63 || v > Limits::max() >> shift || v < Limits::min() >> shift) {
+            return v > 0 ? Limits::max() : Limits::min();
+        }
+        return static_cast<T>(static_cast<uint64_t>(v) << shift);
+    }
 }
 
 // v * 2^-scaleFactor saturated to T, with the rounding that `right` gives a right shift.

@@ -66,9 +66,38 @@ inline __m256i firstLanes(std::size_t n, std::integral_constant<int, 8>) {
 }
 #endif
 
-// The first n < lanes<T> elements of p and `fill` in the other lanes; nothing after p[n - 1] is read.
+// The first n < lanes<T> elements of p and zero in the other lanes; nothing after p[n - 1] is read.
 template <class T>
-Vec<T> loadPart(const T* p, std::size_t n, T fill = T()) {
+Vec<T> loadPart(const T* p, std::size_t n) {
+#if defined(__AVX512F__)
+    if constexpr (std::is_same_v<T, float>) {
+        return Vec<T>(_mm512_maskz_loadu_ps(static_cast<__mmask16>((1u << n) - 1), p));
+    } else if constexpr (std::is_same_v<T, double>) {
+        return Vec<T>(_mm512_maskz_loadu_pd(static_cast<__mmask8>((1u << n) - 1), p));
+    }
+#elif defined(__AVX2__)
+    if constexpr (std::is_same_v<T, float>) {
+        return Vec<T>(_mm256_maskload_ps(p, firstLanes(n, std::integral_constant<int, 4>())));
+    } else if constexpr (std::is_same_v<T, double>) {
+        return Vec<T>(_mm256_maskload_pd(p, firstLanes(n, std::integral_constant<int, 8>())));
+    }
+#else
+    if constexpr (std::is_same_v<T, float>) {
+        if (n < 2) return n == 0 ? Vec<T>(0) : Vec<T>(_mm_load_ss(p));
+        double pair;  // copied, for it need not be aligned
+        __builtin_memcpy(&pair, p, sizeof pair);
+        const __m128 two = _mm_castpd_ps(_mm_set_sd(pair));
+        return Vec<T>(n == 2 ? two : _mm_movelh_ps(two, _mm_load_ss(p + 2)));
+    }
+#endif
+    T buffer[lanes<T>];
+    for (std::size_t i = 0; i < lanes<T>; ++i) buffer[i] = i < n ? p[i] : T();
+    return load(buffer);
+}
+
+// The same with `fill` in the other lanes.
+template <class T>
+Vec<T> loadPart(const T* p, std::size_t n, T fill) {
 #if defined(__AVX512F__)
     if constexpr (std::is_same_v<T, float>) {
         const auto mask = static_cast<__mmask16>((1u << n) - 1);
@@ -191,6 +220,34 @@ Vec<T> mulAdd(const Vec<T>& a, const Vec<T>& b, const Vec<T>& c) {
     if constexpr (std::is_same_v<T, double>) return Vec<T>(_mm256_fmadd_pd(native(a), native(b), native(c)));
 #endif
     return a * b + c;
+}
+
+// The last n lanes of v, zero in those before them.
+template <class T>
+Vec<T> lastLanes(Vec<T> v, std::size_t n) {
+    const Vec<T> index([](auto i) { return static_cast<T>(static_cast<std::size_t>(i)); });
+    stdx::where(index < static_cast<T>(lanes<T> - n), v) = T();
+    return v;
+}
+
+// The sum of the lanes of each of four vectors.
+inline void storeSums(float* dst, const Vec<float>& a, const Vec<float>& b, const Vec<float>& c, const Vec<float>& d) {
+#if defined(__AVX2__)
+#if defined(__AVX512F__)
+    const auto half = [](const Vec<float>& v) {
+        const __m256d high = _mm512_extractf64x4_pd(_mm512_castps_pd(native(v)), 1);
+        return _mm256_add_ps(_mm512_castps512_ps256(native(v)), _mm256_castpd_ps(high));
+    };
+#else
+    const auto half = [](const Vec<float>& v) { return native(v); };
+#endif
+    const __m256 pairs = _mm256_hadd_ps(_mm256_hadd_ps(half(a), half(b)), _mm256_hadd_ps(half(c), half(d)));
+    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(pairs), _mm256_extractf128_ps(pairs, 1)));
+#else
+    __m128 r[] = {native(a), native(b), native(c), native(d)};
+    _MM_TRANSPOSE4_PS(r[0], r[1], r[2], r[3]);
+    _mm_storeu_ps(dst, _mm_add_ps(_mm_add_ps(r[0], r[1]), _mm_add_ps(r[2], r[3])));
+#endif
 }
 
 // Lane by lane x > y ? x : y; where a lane is not a number, y.
