@@ -1,6 +1,5 @@
 #include "corpus.h"
 
-#include <chrono>
 #include <map>
 
 #include "parallel.h"
@@ -59,7 +58,7 @@ int mostFrequentRate(const std::vector<Prepared>& recordings) {
 }  // namespace
 
 Corpus loadCorpus(const std::filesystem::path& folder) {
-    const auto begin = std::chrono::steady_clock::now();
+    const ProcessorTimer timer;
     std::vector<LabelledFile> files = listRecordings(folder);
     std::vector<Prepared> recordings(files.size());
     {
@@ -87,7 +86,7 @@ Corpus loadCorpus(const std::filesystem::path& folder) {
         corpus.seconds += recording.seconds;
         corpus.utterances.push_back({std::move(files[i]), std::move(recording.features), recording.seconds});
     }
-    corpus.preparation = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    corpus.preparation = timer.seconds();
     return corpus;
 }
 

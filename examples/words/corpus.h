@@ -19,8 +19,8 @@ struct Utterance {
 struct Corpus {
     int rate = 0;  // Hz, of all utterances
     std::vector<Utterance> utterances;
-    double seconds = 0;  // of speech in all
-    double preparation = 0;      // seconds that reading and analysis took
+    double seconds = 0;                   // of speech in all
+    double preparation = 0;               // seconds of processor time that reading and analysis took
     std::vector<std::string> complaints;  // a message for each file that could not be used
 };
 

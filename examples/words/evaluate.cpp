@@ -1,6 +1,5 @@
 #include "evaluate.h"
 
-#include <chrono>
 #include <iomanip>
 #include <ostream>
 #include <set>
@@ -64,7 +63,8 @@ Evaluation::Evaluation(const Corpus& corpus, const Split& split) {
     if (split.speaker && !speakers.contains(*split.speaker))
         throw std::runtime_error("there is no recording of the speaker \"" + *split.speaker + "\"");
     if (speakers.size() < 2)
-        throw std::runtime_error("leaving a speaker out takes recordings of two speakers at least; with one, use --test-index");
+        throw std::runtime_error(
+            "leaving a speaker out takes recordings of two speakers at least; with one, use --test-index");
     for (const auto& speaker : speakers)
         if (!split.speaker || speaker == *split.speaker) run([&](const Label& l) { return l.speaker == speaker; });
 }
@@ -89,13 +89,13 @@ void Evaluation::runFold(const Corpus& corpus, const std::vector<bool>& isTest) 
     recogniser->train(std::move(examples));
     std::vector<std::string> recognised(tests.size());
     Progress progress("recognising", static_cast<int>(tests.size()));
-    const auto begin = std::chrono::steady_clock::now();
+    const ProcessorTimer timer;
     forEachInParallel(static_cast<int>(tests.size()), [&](int i) {
         const auto index = static_cast<std::size_t>(i);
         recognised[index] = recogniser->recognise(*tests[index]->features).front().word;
         progress.advance();
     });
-    const std::chrono::duration<double> matching = std::chrono::steady_clock::now() - begin;
+    const double matching = timer.seconds();
 
     double speech = 0;
     for (std::size_t i = 0; i < tests.size(); ++i) {
@@ -105,7 +105,7 @@ void Evaluation::runFold(const Corpus& corpus, const std::vector<bool>& isTest) 
         speech += tests[i]->seconds;
     }
     testedSeconds_ += speech;
-    spentSeconds_ += matching.count() + corpus.preparation * speech / corpus.seconds;
+    spentSeconds_ += matching + corpus.preparation * speech / corpus.seconds;
 }
 
 void Evaluation::print(std::ostream& out) const {
@@ -116,8 +116,8 @@ void Evaluation::print(std::ostream& out) const {
 
     Tally total;
     for (const auto& trial : trials_) total.count(trial.right());
-    out << "speed: " << fixed(testedSeconds_ / spentSeconds_, 0) << " times real time (" << fixed(testedSeconds_, 1)
-        << " s of speech in " << fixed(spentSeconds_, 2) << " s on " << processorCount() << " processors)\n"
+    out << "speed: " << fixed(testedSeconds_ / spentSeconds_, 0) << " times real time on one processor ("
+        << fixed(testedSeconds_, 1) << " s of speech took " << fixed(spentSeconds_, 2) << " s of processor time)\n"
         << "accuracy: " << fixed(total.percent(), 1) << " % (" << total.right << " of " << total.all << ")\n";
 }
 

@@ -38,7 +38,7 @@ class Evaluation {
     std::vector<Trial> trials_;
     std::vector<std::string> unknownWords_;  // that some fold had no training for
     double testedSeconds_ = 0;               // of speech
-    double spentSeconds_ = 0;                // on recognising it, reading and analysis included
+    double spentSeconds_ = 0;                // of processor time on recognising it, reading and analysis included
 };
 
 }  // namespace words

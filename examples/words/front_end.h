@@ -17,7 +17,8 @@ struct FrontEndSettings {
     int filters = 24;
     int cepstra = 14;
     int lifter = 22;
-    // Frames before the first and after the last that reach this level below the loudest frame are not part of the word.
+    // Frames before the first and after the last that reach this level below the loudest frame are not part of the
+    // word.
     float wordSpanDb = 30;
     // Filter outputs further than this below the largest of the recording count as background.
     float spectrumSpanDb = 70;
@@ -28,7 +29,7 @@ struct FrontEndSettings {
 
 // The stages that are worth a look.
 struct Analysis {
-    Matrix logMel;     // natural logarithm of the filter outputs, a row a frame
+    Matrix logMel;      // natural logarithm of the filter outputs, a row a frame
     int wordBegin = 0;  // the frames that belong to the word: wordBegin .. wordEnd - 1
     int wordEnd = 0;
     Matrix features;  // a row a frame of the word: cepstra c1..cM and energy, their deltas, their accelerations

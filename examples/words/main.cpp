@@ -16,7 +16,8 @@ namespace {
 
 using namespace words;
 
-constexpr std::string_view kUsage = R"(usage: words train DIR -o MODEL            learn the words of the recordings in a folder
+constexpr std::string_view kUsage =
+    R"(usage: words train DIR -o MODEL            learn the words of the recordings in a folder
        words recognise MODEL FILE...       say which word each recording holds
        words evaluate DIR [CHOICE]         learn from some of the recordings, recognise the others, count
        words show FILE -o PICTURE          draw waveform, spectrogram and cepstra (PICTURE: .png or .svg)

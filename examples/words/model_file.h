@@ -33,7 +33,7 @@ class ModelReader {
     explicit ModelReader(std::string bytes) : bytes_(std::move(bytes)) {}
     std::size_t getCount(std::size_t largest);
     std::string getText();
-    void getFloats(float* values, int count);  // finite ones only
+    void getFloats(float* values, int count);    // finite ones only
     void expectFloats(std::size_t count) const;  // throws unless so many can follow
     void expectEnd() const;
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <ctime>
 #include <exception>
 #include <mutex>
 #include <thread>
@@ -15,9 +16,19 @@ inline int processorCount() {
     return static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
 }
 
+// The time that all threads of this program together spend computing; unlike the clock on the wall it does not depend
+// on what else the machine does.
+class ProcessorTimer {
+  public:
+    double seconds() const { return static_cast<double>(std::clock() - begin_) / CLOCKS_PER_SEC; }
+
+  private:
+    std::clock_t begin_ = std::clock();
+};
+
 // Calls work(i) for every i in 0..count-1, several at a time, and returns when all are done.  Each call must write only
-// to places of its own, so that results do not depend on the number of threads.  The first exception ends the rest and is
-// thrown again.
+// to places of its own, so that results do not depend on the number of threads.  The first exception ends the rest and
+// is thrown again.
 template <class Work>
 void forEachInParallel(int count, const Work& work) {
     std::atomic<int> next = 0;

@@ -6,16 +6,15 @@
 namespace words {
 namespace {
 
-constexpr int kNearest = 8;            // a word's cost is the mean over this many of its templates
-constexpr int kEndSlack = 3;           // frames that a match may leave out at the ends of the shorter word
-constexpr float kBeamPerColumn = 1e9F;  // alignments this much dearer than the best so far are given up
+constexpr int kNearest = 8;   // a word's cost is the mean over this many of its templates
+constexpr int kEndSlack = 3;  // frames that a match may leave out at the ends of the shorter word
+constexpr float kBeam = 25;   // alignments this much dearer than the best so far are given up
 constexpr int kMaxRows = 1 << 20;
 
 // The cost per frame of the best alignment.
 float distance(const Matrix& a, const Matrix& b) {
     Kel32f cost = 0;
-    check(kelsDTW_L2_32f_D2(a.row(0), a.rows(), b.row(0), b.rows(), a.cols(), a.step(), &cost, kEndSlack,
-                            kBeamPerColumn),
+    check(kelsDTW_L2_32f_D2(a.row(0), a.rows(), b.row(0), b.rows(), a.cols(), a.step(), &cost, kEndSlack, kBeam),
           "kelsDTW_L2_32f_D2");
     return cost / static_cast<float>(std::max(a.rows(), b.rows()));
 }
