@@ -202,19 +202,19 @@ int run(std::span<char*> arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    int status = kFailure;
     try {
-        status = run(std::span(argv, static_cast<std::size_t>(argc)).subspan(argc > 0 ? 1 : 0));
+        const int status = run(std::span(argv, static_cast<std::size_t>(argc)).subspan(argc > 0 ? 1 : 0));
         std::cout.flush();
         if (!std::cout) throw std::runtime_error("standard output cannot be written");
+        return status;
     } catch (const UsageError& error) {
         complain(error.what());
         std::cerr << '\n' << kUsage;
-        status = kUsageError;
+        return kUsageError;
     } catch (const std::bad_alloc&) {
         complain("out of memory");
     } catch (const std::exception& error) {
         complain(error.what());
     }
-    return status;
+    return kFailure;
 }

@@ -44,8 +44,8 @@ void forEachInParallel(int count, const Work& work) {
         }
     };
     {
-        std::vector<std::jthread> helpers;
-        for (int i = 1; i < std::min(processorCount(), count); ++i) helpers.emplace_back(run);
+        std::vector<std::jthread> threads;
+        for (int i = 1; i < std::min(processorCount(), count); ++i) threads.emplace_back(run);
         run();
     }
     if (failure) std::rethrow_exception(failure);
