@@ -121,9 +121,9 @@ bool buildSteppedTables(KelFFTSpec_R_32f& spec) {
 bool buildTables(KelFFTSpec_R_32f& spec) {
     if (spec.order < kFirstTableOrder) return true;
     const NearestScope scope;
-    const bool built = spec.order >= kFirstSteppedOrder
-                           ? buildSteppedTables(spec)
-                           : withLanes(spec.order, [&](auto width) { return buildInCacheTables<width()>(spec); });
+    const bool built = spec.order >= kFirstSteppedOrder ? buildSteppedTables(spec)
+                       : spec.order >= kFirstWideOrder  ? buildInCacheTables<kWidestFloats>(spec)
+                                                        : buildInCacheTables<4>(spec);
     if (!built) return false;
     const std::size_t n = std::size_t{1} << spec.order;
     for (std::size_t k = 0; k < n / 4; ++k) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <type_traits>
 
 #include "core/memory.h"
 #include "core/simd.h"
@@ -48,14 +47,10 @@ inline constexpr Kel32s kIntegerSpec = 0x4c4d5364;
 inline constexpr int kMaxFftOrder = 30;
 // Below, a direct routine for each order; from there on a complex transform of half the length.
 inline constexpr int kFirstTableOrder = 4;
+// Below, vectors of four; from there on the length of the complex transform is at least the square of any width.
+inline constexpr int kFirstWideOrder = 7;
 // From there on the four-step transform: its data leave the second-level cache.
 inline constexpr int kFirstSteppedOrder = 16;
-
-// Lanes of the complex transform, whose length is at least their square; order 4 fills half of them.
-template <class Call>
-auto withLanes(int order, Call call) {
-    return order < 7 ? call(std::integral_constant<int, 4>()) : call(std::integral_constant<int, kWidestFloats>());
-}
 
 // The four-step transform's rows and points in a row, as logarithms.
 constexpr int rowBits(int order) {

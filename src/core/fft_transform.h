@@ -1,9 +1,7 @@
 // The real transforms: complex transform and recombination put together, for the layouts of spectra.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 #include "core/fft_lanes.h"
 #include "core/fft_real.h"
@@ -16,44 +14,65 @@ inline FourStepTables stepTables(const KelFFTSpec_R_32f& spec) {
             spec.rowTwiddles,    spec.stepTwiddles,      spec.crossTwiddles};
 }
 
-// Calls `call` with the scratch memory as the complex transform wants it, and with the transform itself.
-template <class Call>
-auto withTransform(const KelFFTSpec_R_32f& spec, Kel32f* scratch, Call call) {
-    if (spec.order >= kFirstSteppedOrder) {
-        constexpr int W = kWidestFloats;
-        const PaddedUnits<W> matrix{scratch, columnBits(spec.order)};
-        Kel32f* const lines = matrix.at(std::size_t{1} << (spec.order - 1));
-        return call(std::integral_constant<int, W>(), matrix, [&](auto source, auto sink) {
-            transformInSteps<W>(stepTables(spec), matrix, lines, source, sink);
-        });
+inline PaddedUnits<kWidestFloats> steppedMatrix(const KelFFTSpec_R_32f& spec, Kel32f* scratch) {
+    return {scratch, columnBits(spec.order)};
+}
+
+// The complex transform of N/2 points, for orders that have tables.
+template <int W, class Source, class Sink>
+inline void transformInCache(const KelFFTSpec_R_32f& spec, Kel32f* scratch, Source source, Sink sink) {
+    if constexpr (W == 4) {
+        if (spec.order == kFirstTableOrder) return transformEight(spec.crossTwiddles, source, sink);
     }
-    return withLanes(spec.order, [&](auto width) {
-        constexpr int W = width();
-        return call(width, Units<W>{scratch}, [&](auto source, auto sink) {
-            if constexpr (W == 4) {
-                if (spec.order == kFirstTableOrder) return transformEight(spec.crossTwiddles, source, sink);
-            }
-            transformInCache<W>(spec.order - 1, spec.laneTwiddles, spec.crossTwiddles, scratch, source, sink);
-        });
-    });
+    transformInCache<W>(spec.order - 1, spec.laneTwiddles, spec.crossTwiddles, scratch, source, sink);
+}
+template <class Source, class Sink>
+inline void transformInSteps(const KelFFTSpec_R_32f& spec, Kel32f* scratch, Source source, Sink sink) {
+    const auto matrix = steppedMatrix(spec, scratch);
+    Kel32f* const lines = matrix.at(std::size_t{1} << (spec.order - 1));
+    transformInSteps(stepTables(spec), matrix, lines, source, sink);
+}
+
+// Through tables, W lanes at a time; see below for what they give.
+template <int W>
+inline SpectrumEnds forwardByTables(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, std::size_t firstPair,
+                                    Kel32f factor, Kel32f* scratch) {
+    const std::size_t m = std::size_t{1} << (spec.order - 1);
+    if (spec.order < kFirstSteppedOrder) {
+        transformInCache<W>(spec, scratch, ConstPairs<W>{src}, Units<W>{dst});
+    } else if constexpr (W == kWidestFloats) {
+        transformInSteps(spec, scratch, ConstPairs<W>{src}, Units<W>{dst});
+    }
+    return separate<W>(m, {spec.forwardRotation, spec.forwardRotation + m / 2}, 0.5f * factor, dst, firstPair);
+}
+template <int W>
+inline void inverseByTables(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f factor,
+                            Kel32f* scratch) {
+    const std::size_t m = std::size_t{1} << (spec.order - 1);
+    const Rotation rotation = {spec.inverseRotation, spec.inverseRotation + m / 2};
+    if (spec.order < kFirstSteppedOrder) {
+        const Units<W> units{scratch};
+        unite<W>(m, rotation, factor, src, units);
+        transformInCache<W>(spec, scratch, units, SwappedPairs<W>{dst});
+    } else if constexpr (W == kWidestFloats) {
+        const auto matrix = steppedMatrix(spec, scratch);
+        unite<W>(m, rotation, factor, src, matrix);
+        transformInSteps(spec, scratch, matrix, SwappedPairs<W>{dst});
+    }
 }
 
 // The spectrum of src: the ends are returned, the pairs of frequencies 1 .. N/2-1 stand from dst[firstPair] on.
 inline SpectrumEnds forward(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, std::size_t firstPair,
                             Kel32f* scratch) {
-    const std::size_t n = std::size_t{1} << spec.order;
     const Kel32f factor = spec.forwardScaled != 0 ? spec.factor : 1.0f;
-    if (spec.order < kFirstTableOrder) {
-        Kel32f packed[8];
-        forwardDirect(spec.order, src, packed, factor);
-        for (std::size_t i = 1; i + 1 < n; ++i) dst[firstPair + i - 1] = packed[i];
-        return {packed[0], packed[n - 1]};
-    }
-    return withTransform(spec, scratch, [&](auto width, auto, auto transform) {
-        constexpr int W = width();
-        transform(ConstPairs<W>{src}, Units<W>{dst});
-        return separate<W>(n / 2, {spec.forwardRotation, spec.forwardRotation + n / 4}, 0.5f * factor, dst, firstPair);
-    });
+    if (spec.order >= kFirstWideOrder)
+        return forwardByTables<kWidestFloats>(spec, src, dst, firstPair, factor, scratch);
+    if (spec.order >= kFirstTableOrder) return forwardByTables<4>(spec, src, dst, firstPair, factor, scratch);
+    const std::size_t n = std::size_t{1} << spec.order;
+    Kel32f packed[8];
+    forwardDirect(spec.order, src, packed, factor);
+    for (std::size_t i = 1; i + 1 < n; ++i) dst[firstPair + i - 1] = packed[i];
+    return {packed[0], packed[n - 1]};
 }
 
 inline void forwardToCcs(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f* scratch) {
@@ -76,17 +95,10 @@ inline void forwardToPack(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32
 
 // All of src has been read before anything is written to dst.
 inline void inverseFromPack(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f* scratch) {
-    const std::size_t n = std::size_t{1} << spec.order;
     const Kel32f factor = spec.inverseScaled != 0 ? spec.factor : 1.0f;
-    if (spec.order < kFirstTableOrder) {
-        inverseDirect(spec.order, src, dst, factor);
-        return;
-    }
-    withTransform(spec, scratch, [&](auto width, auto units, auto transform) {
-        constexpr int W = width();
-        unite<W>(n / 2, {spec.inverseRotation, spec.inverseRotation + n / 4}, factor, src, units);
-        transform(units, SwappedPairs<W>{dst});
-    });
+    if (spec.order >= kFirstWideOrder) return inverseByTables<kWidestFloats>(spec, src, dst, factor, scratch);
+    if (spec.order >= kFirstTableOrder) return inverseByTables<4>(spec, src, dst, factor, scratch);
+    inverseDirect(spec.order, src, dst, factor);
 }
 
 }  // namespace kels
