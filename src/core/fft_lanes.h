@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "core/simd.h"
+#include "core/simd_floats.h"
 #include "kels/types.h"
 
 namespace kels {
