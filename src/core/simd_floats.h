@@ -1,5 +1,5 @@
-// Floats of an explicit width, for kernels whose data fix it: Floats<1> (a plain float), Floats<4>, and Floats<8> where the
-// target has AVX2.  The operations below exist for each of them, those on the order of lanes from four lanes on.
+// Floats of an explicit width, for kernels whose data fix it: Floats<1> (a plain float), Floats<4>, and Floats<8> where
+// the target has AVX2.  The operations below exist for each of them, those on the order of lanes from four lanes on.
 #pragma once
 
 #include "core/simd.h"
