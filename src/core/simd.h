@@ -468,6 +468,17 @@ inline void storeInt16(int16_t* p, const Vec<int32_t>& v) {
 #endif
 }
 
+// The same for two vectors; packed together they take half the permutations and stores.
+inline void storeInt16(int16_t* p, const Vec<int32_t>& a, const Vec<int32_t>& b) {
+#if defined(__AVX2__) && !defined(__AVX512F__)
+    const __m256i packed = _mm256_packs_epi32(native(a), native(b));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_permute4x64_epi64(packed, 0xd8));
+#else
+    storeInt16(p, a);
+    storeInt16(p + lanes<int32_t>, b);
+#endif
+}
+
 // The same for the first n < lanes<double> or lanes<int32_t> lanes only.
 template <class Rounding>
 void storeIntPart(int32_t* p, const Vec<double>& v, Rounding rounding, std::size_t n) {

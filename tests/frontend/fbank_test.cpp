@@ -314,26 +314,6 @@ TEST(FBank, IntegerSumsShiftAndSaturate) {
     }
 }
 
-// The smallest sums at every left shift.
-TEST(FBank, IntegerSumsOfOneUnit) {
-    Held<Q14> held;
-    ASSERT_EQ(kelsEmptyFBankInitAlloc_16s(&held.bank, &held.order, 2, 1, 0), kelStatusOk);
-    const int centers[] = {0, 0, 0};
-    const Kel32f weight = 1.0f / 16384;
-    ASSERT_EQ(kelsFBankSetCenters_16s(held.bank, centers), kelStatusOk);
-    ASSERT_EQ(kelsFBankSetCoeffs_16s(held.bank, 1, &weight), kelStatusOk);
-    for (const Kel16s unit : {Kel16s{1}, Kel16s{-1}}) {
-        for (int shift = -70; shift <= 3; ++shift) {
-            Kel16s narrow;
-            Kel32s wide;
-            ASSERT_EQ(kelsEvalFBank_16s_Sfs(&unit, &narrow, held.bank, shift - 14), kelStatusOk);
-            ASSERT_EQ(kelsEvalFBank_16s32s_Sfs(&unit, &wide, held.bank, shift - 14), kelStatusOk);
-            EXPECT_EQ(narrow, scaled<Kel16s>(unit, shift)) << shift;
-            EXPECT_EQ(wide, scaled<Kel32s>(unit, shift)) << shift;
-        }
-    }
-}
-
 // Magnitudes of bins 0 .. N/2 of the samples' transform.
 template <class T>
 std::vector<Real> magnitudes(const T* samples, int n) {
