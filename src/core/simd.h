@@ -420,8 +420,9 @@ class PieceChoice<float> {
 #if defined(__AVX512F__)
         const __mmask16 first = _mm512_cmp_ps_mask(native(x), _mm512_set1_ps(upper), _CMP_GT_OQ);
         const __mmask16 notThird = _mm512_cmp_ps_mask(native(x), _mm512_set1_ps(lower), _CMP_GT_OQ);
-        piece_ = _mm512_mask_mov_epi32(_mm512_set1_epi32(2), notThird, _mm512_set1_epi32(1));
-        piece_ = _mm512_maskz_mov_epi32(static_cast<__mmask16>(~first), piece_);
+        const __m512i one = _mm512_set1_epi32(1), two = _mm512_set1_epi32(2);
+        const __m512i fromLower = _mm512_mask_sub_epi32(two, notThird, two, one);
+        piece_ = _mm512_mask_sub_epi32(fromLower, first, fromLower, one);
 #elif defined(__AVX2__)
         const __m256 first = _mm256_cmp_ps(native(x), _mm256_set1_ps(upper), _CMP_GT_OQ);
         const __m256 notThird = _mm256_cmp_ps(native(x), _mm256_set1_ps(lower), _CMP_GT_OQ);
@@ -465,8 +466,9 @@ class PieceChoice<double> {
 #if defined(__AVX512F__)
         const __mmask8 first = _mm512_cmp_pd_mask(native(x), _mm512_set1_pd(upper), _CMP_GT_OQ);
         const __mmask8 notThird = _mm512_cmp_pd_mask(native(x), _mm512_set1_pd(lower), _CMP_GT_OQ);
-        piece_ = _mm512_mask_mov_epi64(_mm512_set1_epi64(2), notThird, _mm512_set1_epi64(1));
-        piece_ = _mm512_maskz_mov_epi64(static_cast<__mmask8>(~first), piece_);
+        const __m512i one = _mm512_set1_epi64(1), two = _mm512_set1_epi64(2);
+        const __m512i fromLower = _mm512_mask_sub_epi64(two, notThird, two, one);
+        piece_ = _mm512_mask_sub_epi64(fromLower, first, fromLower, one);
 #elif defined(__AVX2__)
         const __m256d first = _mm256_cmp_pd(native(x), _mm256_set1_pd(upper), _CMP_GT_OQ);
         const __m256d notThird = _mm256_cmp_pd(native(x), _mm256_set1_pd(lower), _CMP_GT_OQ);

@@ -166,9 +166,10 @@ inline constexpr auto kRows32 = pieceRows<Kel64f>(P1_F, P2_F, P3_F, kPoint2_F, k
 
 inline constexpr auto kRows64 = pieceRows<Kel64f>(P1, P2, P3, kPoint2, kPoint3);
 
-// The single-precision rule on vectors in the arithmetic of T; step(q, t, c) is q * t + c.
-template <class T, class Step>
-Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, const PieceRows<T, kTerms32>& rows, Step step) {
+// The single-precision rule on vectors in the arithmetic of T; step(q, t, c) is q * t + c.  The rows are a template argument
+// because GCC 12 propagates them wrongly, with AVX-512, when they come as a function argument.
+template <auto& rows, class T, class Step>
+[[gnu::always_inline]] inline Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, Step step) {
     const Vec<T> m = greaterOf(b, a);
     const Vec<T> d = lesserOf(a, b) - m;
     const PieceChoice<T> choose(d, rows.point[1], rows.point[2]);
@@ -183,7 +184,7 @@ Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, const PieceRows<T, kTerms32
 // All in single precision.
 inline Vec<Kel32f> logAddFast(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
     using V = Vec<Kel32f>;
-    return logAddLanes<Kel32f>(a, b, kRowsFast, [](const V& q, const V& t, const V& c) { return mulAdd(q, t, c); });
+    return logAddLanes<kRowsFast>(a, b, [](const V& q, const V& t, const V& c) { return mulAdd(q, t, c); });
 }
 
 // To the bit what logAdd(Kel32f, Kel32f) gives.
@@ -192,7 +193,7 @@ inline Vec<Kel32f> logAddAccurate(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
     const auto step = [](const W& q, const W& t, const W& c) { return W(q * t + c); };
     const auto [aLow, aHigh] = widen(a);
     const auto [bLow, bHigh] = widen(b);
-    return narrow(logAddLanes<Kel64f>(aLow, bLow, kRows32, step), logAddLanes<Kel64f>(aHigh, bHigh, kRows32, step));
+    return narrow(logAddLanes<kRows32>(aLow, bLow, step), logAddLanes<kRows32>(aHigh, bHigh, step));
 }
 
 // A sum and what it lost by rounding: together the exact sum (Knuth's two-sum).
