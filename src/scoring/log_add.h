@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "core/simd.h"
+#include "core/simd_pieces.h"
 #include "kels/types.h"
 
 namespace kels {
