@@ -164,11 +164,10 @@ constexpr PieceRows<T, n> pieceRows(const Kel64f (&p1)[n], const Kel64f (&p2)[n]
 
 inline constexpr auto kRowsFast = pieceRows<Kel32f>(P1_F, P2_F, P3_F, kPoint2_F, kPoint3_F);
 inline constexpr auto kRows32 = pieceRows<Kel64f>(P1_F, P2_F, P3_F, kPoint2_F, kPoint3_F);
-
 inline constexpr auto kRows64 = pieceRows<Kel64f>(P1, P2, P3, kPoint2, kPoint3);
 
-// The single-precision rule on vectors in the arithmetic of T; step(q, t, c) is q * t + c.  The rows are a template argument
-// because GCC 12 propagates them wrongly, with AVX-512, when they come as a function argument.
+// The single-precision rule on vectors in the arithmetic of T; step(q, t, c) is q * t + c.  The rows are a template
+// argument because GCC 12 propagates them wrongly, with AVX-512, when they come as a function argument.
 template <auto& rows, class T, class Step>
 [[gnu::always_inline]] inline Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, Step step) {
     const Vec<T> m = greaterOf(b, a);
@@ -209,8 +208,8 @@ struct ExactSum {
 
 // The double-precision rule on blocks of pairs: as many chains of dependent operations at once as registers allow.
 #if defined(__FMA__)
-// Horner's rule is compensated: what its products and sums lose goes through the same rule into `lost`, and the result is
-// as good as one in twice the working precision (Graillat, Langlois, Louvet, "Compensated Horner scheme", 2005).
+// Horner's rule is compensated: what its products and sums lose goes through the same rule into `lost`, and the result
+// is as good as one in twice the working precision (Graillat, Langlois, Louvet, "Compensated Horner scheme", 2005).
 class CompensatedPairs {
     using V = Vec<Kel64f>;
 
