@@ -15,5 +15,7 @@
 #include "kels/fbank.h"
 #include "kels/fft.h"
 #include "kels/frame.h"
+#include "kels/log.h"
+#include "kels/model.h"
 
 #endif
