@@ -156,6 +156,99 @@ inline Vec<double> loadWide(const float* p) {
 #endif
 }
 
+// lanes<int32_t> consecutive 16-bit integers.
+inline Vec<int32_t> loadWide(const int16_t* p) {
+#if defined(__AVX512F__)
+    return Vec<int32_t>(_mm512_cvtepi16_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))));
+#elif defined(__AVX2__)
+    return Vec<int32_t>(_mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
+#else
+    const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+    return Vec<int32_t>(_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16));
+#endif
+}
+
+// Integers to floats, and to doubles by halves; all exact below 2^24.
+inline Vec<float> toFloat(const Vec<int32_t>& v) {
+    return stdx::static_simd_cast<Vec<float>>(v);
+}
+struct DoubleHalves {
+    Vec<double> low, high;
+};
+inline DoubleHalves toDoubles(const Vec<int32_t>& v) {
+#if defined(__AVX512F__)
+    return {Vec<double>(_mm512_cvtepi32_pd(_mm512_castsi512_si256(native(v)))),
+            Vec<double>(_mm512_cvtepi32_pd(_mm512_extracti64x4_epi64(native(v), 1)))};
+#elif defined(__AVX2__)
+    return {Vec<double>(_mm256_cvtepi32_pd(_mm256_castsi256_si128(native(v)))),
+            Vec<double>(_mm256_cvtepi32_pd(_mm256_extracti128_si256(native(v), 1)))};
+#else
+    return {Vec<double>(_mm_cvtepi32_pd(native(v))), Vec<double>(_mm_cvtepi32_pd(_mm_srli_si128(native(v), 8)))};
+#endif
+}
+
+// The two ways in which a row is loaded: whole vectors...
+struct AllLanes {
+    Vec<float> load(const float* p) const { return kels::load(p); }
+    Vec<int32_t> load(const int16_t* p) const { return loadWide(p); }
+};
+
+// ... and its end: the first 0 < n < lanes<float> elements and zeros.  What n demands is made ready once for many loads.
+class FirstLanes {
+  public:
+#if defined(__AVX512F__)
+    explicit FirstLanes(std::size_t n) : mask_(static_cast<__mmask16>((1u << n) - 1)) {}
+
+    Vec<float> load(const float* p) const { return Vec<float>(_mm512_maskz_loadu_ps(mask_, p)); }
+    Vec<int32_t> load(const int16_t* p) const {
+        return Vec<int32_t>(_mm512_cvtepi16_epi32(_mm256_maskz_loadu_epi16(mask_, p)));
+    }
+
+  private:
+    __mmask16 mask_;
+#elif defined(__AVX2__)
+    explicit FirstLanes(std::size_t n) : n_(n), mask_(firstLanes(n, std::integral_constant<int, 4>())) {}
+
+    Vec<float> load(const float* p) const { return Vec<float>(_mm256_maskload_ps(p, mask_)); }
+    Vec<int32_t> load(const int16_t* p) const {
+        if (n_ <= 4) return Vec<int32_t>(_mm256_cvtepi16_epi32(upTo4(p, n_)));
+        // The last four, shifted down over what they share with the first four.
+        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        const __m128i high = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n_ - 4));
+        const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(128 - 16 * n_));
+        return Vec<int32_t>(_mm256_cvtepi16_epi32(_mm_unpacklo_epi64(low, _mm_srl_epi64(high, shift))));
+    }
+
+  private:
+    std::size_t n_;
+    __m256i mask_;
+#else
+    explicit FirstLanes(std::size_t n) : n_(n) {}
+
+    Vec<float> load(const float* p) const {
+        if (n_ == 1) return Vec<float>(_mm_load_ss(p));
+        const __m128 two = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)));
+        return Vec<float>(n_ == 2 ? two : _mm_movelh_ps(two, _mm_load_ss(p + 2)));
+    }
+    Vec<int32_t> load(const int16_t* p) const {
+        const __m128i v = upTo4(p, n_);
+        return Vec<int32_t>(_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16));
+    }
+
+  private:
+    std::size_t n_;
+#endif
+#if !defined(__AVX512F__)
+    static __m128i upTo4(const int16_t* p, std::size_t n) {
+        if (n == 4) return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        if (n == 1) return _mm_cvtsi32_si128(static_cast<uint16_t>(p[0]));
+        int32_t two;
+        __builtin_memcpy(&two, p, sizeof two);
+        return n == 2 ? _mm_cvtsi32_si128(two) : _mm_insert_epi16(_mm_cvtsi32_si128(two), p[2], 2);
+    }
+#endif
+};
+
 // ---- arithmetic ----------------------------------------------------------------------------------------------------
 
 // Whether mulAdd rounds once.
@@ -222,6 +315,45 @@ inline Vec<double> lesserOf(const Vec<double>& x, const Vec<double>& y) {
 template <class T>
 Vec<T> magnitude(const Vec<T>& v) {
     return stdx::abs(v);
+}
+
+// The sums over the lanes of each of four vectors, at dst[0..3]: the vectors are folded together, so that four sums cost
+// little more than one.
+inline void sumsOf4(const Vec<float>& a, const Vec<float>& b, const Vec<float>& c, const Vec<float>& d, float* dst) {
+#if defined(__AVX512F__)
+    const __m512 ab = _mm512_add_ps(_mm512_unpacklo_ps(native(a), native(b)), _mm512_unpackhi_ps(native(a), native(b)));
+    const __m512 cd = _mm512_add_ps(_mm512_unpacklo_ps(native(c), native(d)), _mm512_unpackhi_ps(native(c), native(d)));
+    const __m512 quarters = _mm512_add_ps(_mm512_shuffle_ps(ab, cd, 0x44), _mm512_shuffle_ps(ab, cd, 0xee));
+    const __m256 halves = _mm256_add_ps(_mm512_castps512_ps256(quarters), _mm512_extractf32x8_ps(quarters, 1));
+    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(halves), _mm256_extractf128_ps(halves, 1)));
+#elif defined(__AVX2__)
+    const __m256 ab = _mm256_add_ps(_mm256_unpacklo_ps(native(a), native(b)), _mm256_unpackhi_ps(native(a), native(b)));
+    const __m256 cd = _mm256_add_ps(_mm256_unpacklo_ps(native(c), native(d)), _mm256_unpackhi_ps(native(c), native(d)));
+    const __m256 halves = _mm256_add_ps(_mm256_shuffle_ps(ab, cd, 0x44), _mm256_shuffle_ps(ab, cd, 0xee));
+    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(halves), _mm256_extractf128_ps(halves, 1)));
+#else
+    const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(native(a), native(b)), _mm_unpackhi_ps(native(a), native(b)));
+    const __m128 cd = _mm_add_ps(_mm_unpacklo_ps(native(c), native(d)), _mm_unpackhi_ps(native(c), native(d)));
+    _mm_storeu_ps(dst, _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab)));
+#endif
+}
+inline void sumsOf4(const Vec<double>& a, const Vec<double>& b, const Vec<double>& c, const Vec<double>& d,
+                    double* dst) {
+#if defined(__AVX2__)
+#if defined(__AVX512F__)
+    const auto half = [](const Vec<double>& v) {
+        return _mm256_add_pd(_mm512_castpd512_pd256(native(v)), _mm512_extractf64x4_pd(native(v), 1));
+    };
+#else
+    const auto half = [](const Vec<double>& v) { return native(v); };
+#endif
+    const __m256d ab = _mm256_add_pd(_mm256_unpacklo_pd(half(a), half(b)), _mm256_unpackhi_pd(half(a), half(b)));
+    const __m256d cd = _mm256_add_pd(_mm256_unpacklo_pd(half(c), half(d)), _mm256_unpackhi_pd(half(c), half(d)));
+    _mm256_storeu_pd(dst, _mm256_add_pd(_mm256_permute2f128_pd(ab, cd, 0x20), _mm256_permute2f128_pd(ab, cd, 0x31)));
+#else
+    _mm_storeu_pd(dst, _mm_add_pd(_mm_unpacklo_pd(native(a), native(b)), _mm_unpackhi_pd(native(a), native(b))));
+    _mm_storeu_pd(dst + 2, _mm_add_pd(_mm_unpacklo_pd(native(c), native(d)), _mm_unpackhi_pd(native(c), native(d))));
+#endif
 }
 
 // ---- permutation ---------------------------------------------------------------------------------------------------

@@ -1,0 +1,168 @@
+// How one dimension contributes to the sum of a Gaussian's exponent, and in what arithmetic.
+//
+// A term is an arithmetic with a weighting:
+//
+//   arithmetic          source             sum                   rounding
+//   Lanes<W>            Kel32f or Kel16s   Kel32f, in vectors    single precision, order free
+//   Exact<W>            Kel16s             int64_t, in vectors   none
+//   Scalar<A, W>        any                A, one at a time      that of A; long double is the extended precision
+//
+//   weighting           what (x - mean) = d adds
+//   InverseVariance     d * d * v
+//   UnitVariance        d * d
+//   UnitWrapped         d * d held in 32 bits without its carry (Exact only)
+//   DirectVariance      d * d / v (Scalar only)
+//
+// A weighting without a variance never touches Item::variance.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "core/simd.h"
+#include "kels/types.h"
+
+namespace kels {
+
+// One vector and one Gaussian: rows of `width` elements.
+template <class T>
+struct Item {
+    const T* vector;
+    const T* mean;
+    const T* variance = nullptr;
+
+    Item from(std::size_t i) const { return {vector + i, mean + i, variance == nullptr ? nullptr : variance + i}; }
+};
+
+// ---- weightings ----------------------------------------------------------------------------------------------------
+
+struct InverseVariance {
+    static constexpr bool kVariance = true;
+    template <class V>
+    static V plus(const V& sum, const V& d, const V& v) {
+        if constexpr (std::is_floating_point_v<V>)
+            return sum + d * d * v;
+        else
+            return mulAdd(d * v, d, sum);
+    }
+};
+
+struct UnitVariance {
+    static constexpr bool kVariance = false;
+    template <class V>
+    static V plus(const V& sum, const V& d, const V&) {
+        if constexpr (std::is_floating_point_v<V>)
+            return sum + d * d;
+        else
+            return mulAdd(d, d, sum);
+    }
+};
+
+struct UnitWrapped {
+    static constexpr bool kVariance = false;
+    // The square of a difference of 16-bit integers lies below 2^32, so one carry is all that a 32-bit square can lose.
+    static Vec<Kel64f> plus(const Vec<Kel64f>& sum, const Vec<Kel64f>& d, const Vec<Kel64f>&) {
+        Vec<Kel64f> square = d * d;
+        stdx::where(square >= 0x1p31, square) -= 0x1p32;
+        return sum + square;
+    }
+};
+
+struct DirectVariance {
+    static constexpr bool kVariance = true;
+    template <class A>
+    static A plus(A sum, A d, A v) {
+        return sum + d * d / v;
+    }
+};
+
+// ---- arithmetics ---------------------------------------------------------------------------------------------------
+// An arithmetic gives the type Partial of running sums, zero(); add(sum, lanes, item): the terms of kStep elements, or
+// of the first few of them, added to a partial sum; the most elements kRun that one partial sum may take; and the
+// totals of four partial sums, or of partial sums that belong together, as values of type Sum.
+
+template <class Weighting>
+struct Lanes {
+    using Partial = Vec<Kel32f>;
+    using Sum = Kel32f;
+    static constexpr std::size_t kStep = lanes<Kel32f>;
+    static constexpr std::size_t kRun = 1 << 20;
+
+    static Partial zero() { return Partial(0.0f); }
+
+    template <class Load, class T>
+    static Partial add(const Partial& sum, const Load& lanes, const Item<T>& at) {
+        const Partial d = single(lanes.load(at.vector) - lanes.load(at.mean));
+        if constexpr (Weighting::kVariance)
+            return Weighting::plus(sum, d, single(lanes.load(at.variance)));
+        else
+            return Weighting::plus(sum, d, d);
+    }
+    static std::array<Sum, 4> totals(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
+        std::array<Sum, 4> sums;
+        sumsOf4(a, b, c, d, sums.data());
+        return sums;
+    }
+    static Sum total(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
+        return stdx::reduce((a + b) + (c + d));
+    }
+
+  private:
+    static Partial single(const Partial& v) { return v; }
+    static Partial single(const Vec<int32_t>& v) { return toFloat(v); }
+};
+
+// Exact sums of 16-bit integers in the 53 bits of doubles: a term is less than 2^47, so 64 of them always fit.
+template <class Weighting>
+struct Exact {
+    using Partial = Vec<Kel64f>;
+    using Sum = int64_t;
+    static constexpr std::size_t kStep = lanes<int32_t>;
+    static constexpr std::size_t kRun = 64;
+
+    static Partial zero() { return Partial(0.0); }
+
+    template <class Load>
+    static Partial add(const Partial& sum, const Load& lanes, const Item<Kel16s>& at) {
+        const DoubleHalves d = toDoubles(lanes.load(at.vector) - lanes.load(at.mean));
+        DoubleHalves v = d;
+        if constexpr (Weighting::kVariance) v = toDoubles(lanes.load(at.variance));
+        return Weighting::plus(Weighting::plus(sum, d.low, v.low), d.high, v.high);
+    }
+    static std::array<Sum, 4> totals(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
+        Kel64f sums[4];
+        sumsOf4(a, b, c, d, sums);
+        return {static_cast<Sum>(sums[0]), static_cast<Sum>(sums[1]), static_cast<Sum>(sums[2]),
+                static_cast<Sum>(sums[3])};
+    }
+    static Sum total(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
+        return static_cast<Sum>(stdx::reduce((a + b) + (c + d)));
+    }
+};
+
+template <class A, class Weighting>
+struct Scalar {
+    using Partial = A;
+    using Sum = A;
+    static constexpr std::size_t kStep = 1;
+    static constexpr std::size_t kRun = 1 << 30;
+
+    static Partial zero() { return 0; }
+
+    template <class Load, class T>
+    static Partial add(Partial sum, const Load&, const Item<T>& at) {
+        const A d = static_cast<A>(*at.vector) - static_cast<A>(*at.mean);
+        if constexpr (Weighting::kVariance)
+            return Weighting::plus(sum, d, static_cast<A>(*at.variance));
+        else
+            return Weighting::plus(sum, d, d);
+    }
+    static std::array<Sum, 4> totals(Partial a, Partial b, Partial c, Partial d) { return {a, b, c, d}; }
+    static Sum total(Partial a, Partial b, Partial c, Partial d) { return (a + b) + (c + d); }
+};
+
+template <class Weighting>
+using Extended = Scalar<long double, Weighting>;
+
+}  // namespace kels
