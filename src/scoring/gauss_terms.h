@@ -31,8 +31,6 @@ struct Item {
     const T* vector;
     const T* mean;
     const T* variance = nullptr;
-
-    Item from(std::size_t i) const { return {vector + i, mean + i, variance == nullptr ? nullptr : variance + i}; }
 };
 
 // ---- weightings ----------------------------------------------------------------------------------------------------
@@ -78,8 +76,8 @@ struct DirectVariance {
 };
 
 // ---- arithmetics ---------------------------------------------------------------------------------------------------
-// An arithmetic gives the type Partial of running sums, zero(); add(sum, lanes, item): the terms of kStep elements, or
-// of the first few of them, added to a partial sum; the most elements kRun that one partial sum may take; and the
+// An arithmetic gives the type Partial of running sums, zero(); add(sum, lanes, item, i): the terms of kStep
+// elements from i on, or of the first few of them, added to a partial sum; the most elements kRun that one partial sum may take; and the
 // totals of four partial sums, or of partial sums that belong together, as values of type Sum.
 
 template <class Weighting>
@@ -92,10 +90,10 @@ struct Lanes {
     static Partial zero() { return Partial(0.0f); }
 
     template <class Load, class T>
-    static Partial add(const Partial& sum, const Load& lanes, const Item<T>& at) {
-        const Partial d = single(lanes.load(at.vector) - lanes.load(at.mean));
+    static Partial add(const Partial& sum, const Load& lanes, const Item<T>& item, std::size_t i) {
+        const Partial d = single(lanes.load(item.vector + i) - lanes.load(item.mean + i));
         if constexpr (Weighting::kVariance)
-            return Weighting::plus(sum, d, single(lanes.load(at.variance)));
+            return Weighting::plus(sum, d, single(lanes.load(item.variance + i)));
         else
             return Weighting::plus(sum, d, d);
     }
@@ -124,10 +122,10 @@ struct Exact {
     static Partial zero() { return Partial(0.0); }
 
     template <class Load>
-    static Partial add(const Partial& sum, const Load& lanes, const Item<Kel16s>& at) {
-        const DoubleHalves d = toDoubles(lanes.load(at.vector) - lanes.load(at.mean));
+    static Partial add(const Partial& sum, const Load& lanes, const Item<Kel16s>& item, std::size_t i) {
+        const DoubleHalves d = toDoubles(lanes.load(item.vector + i) - lanes.load(item.mean + i));
         DoubleHalves v = d;
-        if constexpr (Weighting::kVariance) v = toDoubles(lanes.load(at.variance));
+        if constexpr (Weighting::kVariance) v = toDoubles(lanes.load(item.variance + i));
         return Weighting::plus(Weighting::plus(sum, d.low, v.low), d.high, v.high);
     }
     static std::array<Sum, 4> totals(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
@@ -151,10 +149,10 @@ struct Scalar {
     static Partial zero() { return 0; }
 
     template <class Load, class T>
-    static Partial add(Partial sum, const Load&, const Item<T>& at) {
-        const A d = static_cast<A>(*at.vector) - static_cast<A>(*at.mean);
+    static Partial add(Partial sum, const Load&, const Item<T>& item, std::size_t i) {
+        const A d = static_cast<A>(item.vector[i]) - static_cast<A>(item.mean[i]);
         if constexpr (Weighting::kVariance)
-            return Weighting::plus(sum, d, static_cast<A>(*at.variance));
+            return Weighting::plus(sum, d, static_cast<A>(item.variance[i]));
         else
             return Weighting::plus(sum, d, d);
     }

@@ -79,33 +79,29 @@ UnitGaussians<Rows, T> gaussians(const T* vector, const Rows& means) {
 
 // ---- sums ----------------------------------------------------------------------------------------------------------
 
-// The sums of four items over at most Term::kRun elements.  The packs keep the partial sums in registers.
+// The sums of four items over elements i .. end - 1, at most Term::kRun.  The packs keep the partial sums in registers.
 template <class Term, class T, std::size_t... I>
 [[gnu::always_inline]] inline std::array<typename Term::Sum, 4> runOf4(const std::array<Item<T>, 4>& items,
-                                                                       std::size_t width, std::index_sequence<I...>) {
+                                                                       std::size_t i, std::size_t end,
+                                                                       std::index_sequence<I...>) {
     typename Term::Partial sums[] = {(void(I), Term::zero())...};
-    std::size_t i = 0;
-    for (; i + Term::kStep <= width; i += Term::kStep) {
-        ((sums[I] = Term::add(sums[I], AllLanes(), items[I].from(i))), ...);
-    }
-    if (i < width) {
-        const FirstLanes rest(width - i);
-        ((sums[I] = Term::add(sums[I], rest, items[I].from(i))), ...);
+    for (; i + Term::kStep <= end; i += Term::kStep) ((sums[I] = Term::add(sums[I], AllLanes(), items[I], i)), ...);
+    if (i < end) {
+        const FirstLanes rest(end - i);
+        ((sums[I] = Term::add(sums[I], rest, items[I], i)), ...);
     }
     return Term::totals(sums[I]...);
 }
 
-// The sum of one item over at most Term::kRun elements, in four partial sums.
+// The same for one item, in four partial sums.
 template <class Term, class T, std::size_t... I>
-[[gnu::always_inline]] inline typename Term::Sum runOf1(const Item<T>& item, std::size_t width,
+[[gnu::always_inline]] inline typename Term::Sum runOf1(const Item<T>& item, std::size_t i, std::size_t end,
                                                         std::index_sequence<I...>) {
+    constexpr std::size_t w = Term::kStep;
     typename Term::Partial sums[] = {(void(I), Term::zero())...};
-    std::size_t i = 0;
-    for (; i + 4 * Term::kStep <= width; i += 4 * Term::kStep) {
-        ((sums[I] = Term::add(sums[I], AllLanes(), item.from(i + I * Term::kStep))), ...);
-    }
-    for (; i + Term::kStep <= width; i += Term::kStep) sums[0] = Term::add(sums[0], AllLanes(), item.from(i));
-    if (i < width) sums[1] = Term::add(sums[1], FirstLanes(width - i), item.from(i));
+    for (; i + 4 * w <= end; i += 4 * w) ((sums[I] = Term::add(sums[I], AllLanes(), item, i + I * w)), ...);
+    for (; i + w <= end; i += w) sums[0] = Term::add(sums[0], AllLanes(), item, i);
+    if (i < end) sums[1] = Term::add(sums[1], FirstLanes(end - i), item, i);
     return Term::total(sums[I]...);
 }
 
@@ -119,23 +115,40 @@ Sum sumOf(Sum a, Sum b) {
 }
 
 template <class Term, class T>
-std::array<typename Term::Sum, 4> sumsOf4(const std::array<Item<T>, 4>& items, std::size_t width) {
-    auto sums = runOf4<Term>(items, std::min(width, Term::kRun), std::make_index_sequence<4>());
-    for (std::size_t i = Term::kRun; i < width; i += Term::kRun) {
-        const std::array<Item<T>, 4> rest = {items[0].from(i), items[1].from(i), items[2].from(i), items[3].from(i)};
-        const auto more = runOf4<Term>(rest, std::min(width - i, Term::kRun), std::make_index_sequence<4>());
-        for (std::size_t k = 0; k < 4; ++k) sums[k] = sumOf(sums[k], more[k]);
-    }
+[[gnu::always_inline]] inline std::array<typename Term::Sum, 4> sumsOf4(const std::array<Item<T>, 4>& items,
+                                                                        std::size_t width) {
+    constexpr std::make_index_sequence<4> four;
+    auto sums = runOf4<Term>(items, 0, std::min(width, Term::kRun), four);
+    for (std::size_t i = Term::kRun; i < width; i += Term::kRun) [[unlikely]] {
+            const auto more = runOf4<Term>(items, i, std::min(width, i + Term::kRun), four);
+            for (std::size_t k = 0; k < 4; ++k) sums[k] = sumOf(sums[k], more[k]);
+        }
     return sums;
 }
 
 template <class Term, class T>
 typename Term::Sum sumOf1(const Item<T>& item, std::size_t width) {
-    auto sum = runOf1<Term>(item, std::min(width, Term::kRun), std::make_index_sequence<4>());
+    constexpr std::make_index_sequence<4> four;
+    auto sum = runOf1<Term>(item, 0, std::min(width, Term::kRun), four);
     for (std::size_t i = Term::kRun; i < width; i += Term::kRun) {
-        sum = sumOf(sum, runOf1<Term>(item.from(i), std::min(width - i, Term::kRun), std::make_index_sequence<4>()));
+        sum = sumOf(sum, runOf1<Term>(item, i, std::min(width, i + Term::kRun), four));
     }
     return sum;
+}
+
+// The sums of n items from `first` on.  One copy for all finishes and folds; the items are passed by value, so that
+// the compiler sees what four of them share.
+template <class Term, class Items>
+[[gnu::noinline]] void sumsOf(const Items items, std::size_t first, std::size_t n, std::size_t width,
+                              typename Term::Sum* sums) {
+    std::size_t g = 0;
+    for (; g + 4 <= n; g += 4) {
+        const std::size_t at = first + g;
+        const std::array four = {items[at], items[at + 1], items[at + 2], items[at + 3]};
+        const auto totals = sumsOf4<Term>(four, width);
+        std::copy(totals.begin(), totals.end(), sums + g);
+    }
+    for (; g < n; ++g) sums[g] = sumOf1<Term>(items[first + g], width);
 }
 
 // ---- scores --------------------------------------------------------------------------------------------------------
@@ -147,14 +160,7 @@ void score(const Items& items, std::size_t count, std::size_t width, const Finis
     typename Finish::Score scores[kBlock];
     for (std::size_t first = 0; first < count; first += kBlock) {
         const std::size_t n = std::min(kBlock, count - first);
-        std::size_t g = 0;
-        for (; g + 4 <= n; g += 4) {
-            const std::array four = {items[first + g], items[first + g + 1], items[first + g + 2],
-                                     items[first + g + 3]};
-            const auto totals = sumsOf4<Term>(four, width);
-            std::copy(totals.begin(), totals.end(), sums + g);
-        }
-        for (; g < n; ++g) sums[g] = sumOf1<Term>(items[first + g], width);
+        sumsOf<Term>(items, first, n, width, sums);
         for (std::size_t i = 0; i < n; ++i) scores[i] = finish(first + i, sums[i]);
         fold(first, scores, n);
     }
