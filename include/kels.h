@@ -15,5 +15,6 @@
 #include "kels/fbank.h"
 #include "kels/fft.h"
 #include "kels/frame.h"
+#include "kels/log.h"
 
 #endif
