@@ -16,5 +16,6 @@
 #include "kels/fft.h"
 #include "kels/frame.h"
 #include "kels/log.h"
+#include "kels/model.h"
 
 #endif

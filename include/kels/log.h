@@ -15,7 +15,8 @@
  * cut-off, and so do both +infinity; an operand that is not a number makes the result one.
  *
  * hint, of LogAdd.  In single precision kelHintNone and kelHintAccurate evaluate f in double precision and round the
- * result once; kelHintFast does all in single precision.  kelsLogAdd_64f has one implementation, in extended precision.
+ * result once; kelHintFast does all in single precision.  kelsLogAdd_64f has one implementation, at least as accurate
+ * as extended precision rounded once.
  * With any other hint, seen after the checks, nothing is computed and the status is 0; the integer forms then still
  * turn pSrcDst into floats and back, so that integers beyond 24 bits may lose their low ones.
  *
@@ -38,7 +39,7 @@
  * pSrcDst[i] >= pSrc[i] -7, found before anything is written (comparisons with NaN are false, and such an element
  * results in NaN).
  *
- * pSrc and pSrcDst may be the same array.
+ * *pSum may be an element of pSrc.
  */
 #ifndef KELS_LOG_H
 #define KELS_LOG_H

@@ -106,16 +106,36 @@ inline Kel32f logAdd(Kel32f a, Kel32f b) {
     return static_cast<Kel32f>(addPiece(m, d - kPoint3_F, P3_F));
 }
 
+// A pair in double precision on the way to its result.
+class ExtendedPair {
+    using W = long double;
+
+  public:
+    ExtendedPair(Kel64f a, Kel64f b) : m_(b > a ? b : a) {
+        const Kel64f s = b > a ? a : b;
+        const Kel64f d = s - m_;  // chooses the piece, but is not exact
+        ignored_ = d < kLogAddCutOff64 || (a == b && d != d);
+        terms_ = d > kPoint2 ? P1 : d > kPoint3 ? P2 : P3;
+        t_ = static_cast<W>(s) - static_cast<W>(m_) - static_cast<W>(d > kPoint2 ? 0 : d > kPoint3 ? kPoint2 : kPoint3);
+        q_ = static_cast<W>(terms_[0]);
+    }
+    bool ignored() const { return ignored_; }
+    void step(std::size_t i) { q_ = q_ * t_ + static_cast<W>(terms_[i]); }
+    Kel64f result() const { return ignored_ ? flooredLog(m_) : static_cast<Kel64f>(static_cast<W>(m_) + q_); }
+
+  private:
+    Kel64f m_;
+    bool ignored_;
+    const Kel64f* terms_;
+    W t_, q_;
+};
+
 // Evaluated in extended precision and rounded once.
 inline Kel64f logAdd(Kel64f a, Kel64f b) {
-    using W = long double;
-    const Kel64f larger = b > a ? b : a;
-    const W m = larger;
-    const W d = static_cast<W>(b > a ? a : b) - m;
-    if (d < static_cast<W>(kLogAddCutOff64) || (a == b && d != d)) return flooredLog(larger);
-    if (d > static_cast<W>(kPoint2)) return static_cast<Kel64f>(addPiece(m, d, P1));
-    if (d > static_cast<W>(kPoint3)) return static_cast<Kel64f>(addPiece(m, d - static_cast<W>(kPoint2), P2));
-    return static_cast<Kel64f>(addPiece(m, d - static_cast<W>(kPoint3), P3));
+    ExtendedPair pair(a, b);
+    if (pair.ignored()) return pair.result();
+    for (std::size_t i = 1; i < kTerms64; ++i) pair.step(i);
+    return pair.result();
 }
 
 // ---- vectors -------------------------------------------------------------------------------------------------------
@@ -143,6 +163,8 @@ constexpr PieceRows<T, n> pieceRows(const Kel64f (&p1)[n], const Kel64f (&p2)[n]
 
 inline constexpr auto kRowsFast = pieceRows<Kel32f>(P1_F, P2_F, P3_F, kPoint2_F, kPoint3_F);
 inline constexpr auto kRows32 = pieceRows<Kel64f>(P1_F, P2_F, P3_F, kPoint2_F, kPoint3_F);
+
+inline constexpr auto kRows64 = pieceRows<Kel64f>(P1, P2, P3, kPoint2, kPoint3);
 
 // The single-precision rule on vectors in the arithmetic of T; step(q, t, c) is q * t + c.
 template <class T, class Step>
@@ -172,5 +194,77 @@ inline Vec<Kel32f> logAddAccurate(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
     const auto [bLow, bHigh] = widen(b);
     return narrow(logAddLanes<Kel64f>(aLow, bLow, kRows32, step), logAddLanes<Kel64f>(aHigh, bHigh, kRows32, step));
 }
+
+// A sum and what it lost by rounding: together the exact sum (Knuth's two-sum).
+struct ExactSum {
+    Vec<Kel64f> sum, lost;
+
+    ExactSum(const Vec<Kel64f>& x, const Vec<Kel64f>& y) : sum(x + y) {
+        const Vec<Kel64f> added = sum - x;
+        lost = (x - (sum - added)) + (y - added);
+    }
+};
+
+// The double-precision rule on blocks of pairs: as many chains of dependent operations at once as registers allow.
+#if defined(__FMA__)
+// Horner's rule is compensated: what its products and sums lose goes through the same rule into `lost`, and the result is
+// as good as one in twice the working precision (Graillat, Langlois, Louvet, "Compensated Horner scheme", 2005).
+class CompensatedPairs {
+    using V = Vec<Kel64f>;
+
+  public:
+    CompensatedPairs(const V& a, const V& b)
+        : m_(greaterOf(b, a)), d_(lesserOf(a, b), -m_), choose_(d_.sum, kPoint2, kPoint3) {
+        ignored_ = d_.sum < kLogAddCutOff64 || (a == b && d_.sum != d_.sum);
+        t_ = d_.sum - choose_(kRows64.point);  // exact: a point has few digits, and t is smaller than d
+        q_ = choose_(kRows64.term[0]);
+    }
+    void step(std::size_t i) {
+        const V product = q_ * t_;
+        const V lostOfProduct = mulAdd(q_, d_.lost, mulAdd(q_, t_, -product));
+        const ExactSum next(product, choose_(kRows64.term[i]));
+        lost_ = mulAdd(lost_, t_, next.lost + lostOfProduct);
+        q_ = next.sum;
+    }
+    V result() const {
+        const ExactSum exact(m_, q_);
+        V sum = exact.sum + (exact.lost + lost_);
+        V held = m_;
+        stdx::where(m_ < kBelowIsLogZero64, held) = kLogZero64;
+        stdx::where(ignored_, sum) = held;
+        return sum;
+    }
+
+  private:
+    V m_;
+    ExactSum d_;
+    PieceChoice<Kel64f> choose_;
+    V::mask_type ignored_;
+    V t_, q_, lost_{0.0};
+};
+
+inline constexpr std::size_t kLogAddBlock = 2 * lanes<Kel64f>;
+
+inline void logAddBlock(const Kel64f* src, Kel64f* srcDst) {
+    constexpr std::size_t w = lanes<Kel64f>;
+    CompensatedPairs first(load(src), load(srcDst)), second(load(src + w), load(srcDst + w));
+    for (std::size_t i = 1; i < kTerms64; ++i) {
+        first.step(i);
+        second.step(i);
+    }
+    store(srcDst, first.result());
+    store(srcDst + w, second.result());
+}
+#else
+inline constexpr std::size_t kLogAddBlock = 4;
+
+inline void logAddBlock(const Kel64f* src, Kel64f* srcDst) {
+    ExtendedPair pair[] = {{src[0], srcDst[0]}, {src[1], srcDst[1]}, {src[2], srcDst[2]}, {src[3], srcDst[3]}};
+    for (std::size_t i = 1; i < kTerms64; ++i) {
+        for (auto& p : pair) p.step(i);
+    }
+    for (std::size_t k = 0; k < kLogAddBlock; ++k) srcDst[k] = pair[k].result();
+}
+#endif
 
 }  // namespace kels

@@ -22,7 +22,14 @@ inline void logAddVector(const Kel32f* src, Kel32f* srcDst, std::size_t len) {
         srcDst, len, [](const auto& a, const auto& b) { return logAddAccurate(a, b); }, 0.0f, src, srcDst);
 }
 inline void logAddVector(const Kel64f* src, Kel64f* srcDst, std::size_t len) {
-    for (std::size_t i = 0; i < len; ++i) srcDst[i] = logAdd(src[i], srcDst[i]);
+    std::size_t i = 0;
+    for (; i + kLogAddBlock <= len; i += kLogAddBlock) logAddBlock(src + i, srcDst + i);
+    if (i == len) return;
+    Kel64f lastSrc[kLogAddBlock] = {}, last[kLogAddBlock] = {};
+    std::copy(src + i, src + len, lastSrc);
+    std::copy(srcDst + i, srcDst + len, last);
+    logAddBlock(lastSrc, last);
+    std::copy(last, last + (len - i), srcDst + i);
 }
 
 // Another hint than the three computes nothing.
