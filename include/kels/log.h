@@ -15,10 +15,10 @@
  * cut-off, and so do both +infinity; an operand that is not a number makes the result one.
  *
  * hint, of LogAdd.  In single precision kelHintNone and kelHintAccurate evaluate f in double precision and round the
- * result once; kelHintFast does all in single precision.  kelsLogAdd_64f has one implementation, at least as accurate
- * as extended precision rounded once.
- * With any other hint, seen after the checks, nothing is computed and the status is 0; the integer forms then still
- * turn pSrcDst into floats and back, so that integers beyond 24 bits may lose their low ones.
+ * result once; kelHintFast does all in single precision.  kelsLogAdd_64f has one implementation, at least as accurate as
+ * extended precision rounded once.  With any other hint, seen after the checks, nothing is computed and the status is 0;
+ * the integer forms then still turn pSrcDst into floats and back, so that integers beyond 24 bits may lose their low
+ * ones.
  *
  * Log-subtract.  pSrcDst[i] < pSrc[i] must hold for every element.  With a = pSrc[i] and d = pSrcDst[i] - a: below the
  * cut-off the result is a, with the same floors as above; otherwise a + ln(1 - e^d), in double precision and rounded
@@ -39,7 +39,8 @@
  * pSrcDst[i] >= pSrc[i] -7, found before anything is written (comparisons with NaN are false, and such an element
  * results in NaN).
  *
- * *pSum may be an element of pSrc.
+ * All forms of LogSum store the first element in *pSum before they read the next; so *pSum should not be an element of
+ * pSrc but the first.
  */
 #ifndef KELS_LOG_H
 #define KELS_LOG_H
