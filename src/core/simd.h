@@ -249,6 +249,34 @@ class FirstLanes {
 #endif
 };
 
+// A vector of floats as two of doubles, and back with rounding.
+struct WideHalves {
+    Vec<double> low, high;
+};
+inline WideHalves widen(const Vec<float>& v) {
+#if defined(__AVX512F__)
+    const __m256d high = _mm512_extractf64x4_pd(_mm512_castps_pd(native(v)), 1);
+    return {Vec<double>(_mm512_cvtps_pd(_mm512_castps512_ps256(native(v)))),
+            Vec<double>(_mm512_cvtps_pd(_mm256_castpd_ps(high)))};
+#elif defined(__AVX2__)
+    return {Vec<double>(_mm256_cvtps_pd(_mm256_castps256_ps128(native(v)))),
+            Vec<double>(_mm256_cvtps_pd(_mm256_extractf128_ps(native(v), 1)))};
+#else
+    return {Vec<double>(_mm_cvtps_pd(native(v))), Vec<double>(_mm_cvtps_pd(_mm_movehl_ps(native(v), native(v))))};
+#endif
+}
+inline Vec<float> narrow(const Vec<double>& low, const Vec<double>& high) {
+#if defined(__AVX512F__)
+    const __m512d lower = _mm512_castps_pd(_mm512_castps256_ps512(_mm512_cvtpd_ps(native(low))));
+    const __m256d upper = _mm256_castps_pd(_mm512_cvtpd_ps(native(high)));
+    return Vec<float>(_mm512_castpd_ps(_mm512_insertf64x4(lower, upper, 1)));
+#elif defined(__AVX2__)
+    return Vec<float>(_mm256_set_m128(_mm256_cvtpd_ps(native(high)), _mm256_cvtpd_ps(native(low))));
+#else
+    return Vec<float>(_mm_movelh_ps(_mm_cvtpd_ps(native(low)), _mm_cvtpd_ps(native(high))));
+#endif
+}
+
 // ---- arithmetic ----------------------------------------------------------------------------------------------------
 
 // Whether mulAdd rounds once.
@@ -379,6 +407,98 @@ inline Halves deinterleave(const Vec<float>& a, const Vec<float>& b) {
             Vec<float>(_mm_shuffle_ps(native(a), native(b), 0xdd))};
 #endif
 }
+
+// Constants of a function defined in three pieces: in a row of four, 16- or 32-byte aligned, the first holds for
+// x > upper, the second for lower < x <= upper and the third for all other x.  The fourth is not used.
+template <class T>
+class PieceChoice;
+
+template <>
+class PieceChoice<float> {
+  public:
+    PieceChoice(const Vec<float>& x, float upper, float lower) {
+#if defined(__AVX512F__)
+        const __mmask16 first = _mm512_cmp_ps_mask(native(x), _mm512_set1_ps(upper), _CMP_GT_OQ);
+        const __mmask16 notThird = _mm512_cmp_ps_mask(native(x), _mm512_set1_ps(lower), _CMP_GT_OQ);
+        piece_ = _mm512_mask_mov_epi32(_mm512_set1_epi32(2), notThird, _mm512_set1_epi32(1));
+        piece_ = _mm512_maskz_mov_epi32(static_cast<__mmask16>(~first), piece_);
+#elif defined(__AVX2__)
+        const __m256 first = _mm256_cmp_ps(native(x), _mm256_set1_ps(upper), _CMP_GT_OQ);
+        const __m256 notThird = _mm256_cmp_ps(native(x), _mm256_set1_ps(lower), _CMP_GT_OQ);
+        const __m256i steps = _mm256_add_epi32(_mm256_castps_si256(first), _mm256_castps_si256(notThird));
+        piece_ = _mm256_add_epi32(_mm256_set1_epi32(2), steps);  // a true lane is -1
+#else
+        first_ = _mm_castps_si128(_mm_cmpgt_ps(native(x), _mm_set1_ps(upper)));
+        notThird_ = _mm_castps_si128(_mm_cmpgt_ps(native(x), _mm_set1_ps(lower)));
+#endif
+    }
+
+    Vec<float> operator()(const float (&row)[4]) const {
+#if defined(__AVX512F__)
+        return Vec<float>(_mm512_permutevar_ps(_mm512_broadcast_f32x4(_mm_load_ps(row)), piece_));
+#elif defined(__AVX2__)
+        return Vec<float>(_mm256_permutevar_ps(_mm256_broadcast_ps(reinterpret_cast<const __m128*>(row)), piece_));
+#else
+        const auto all = [](float v) { return _mm_set1_epi32(std::bit_cast<int32_t>(v)); };
+        return Vec<float>(_mm_castsi128_ps(chooseBits(all(row[0]), all(row[1]), all(row[2]), first_, notThird_)));
+#endif
+    }
+
+  private:
+#if defined(__AVX2__)
+    NativeInt piece_;
+#else
+    friend class PieceChoice<double>;
+    // Differences of constants are constants too: two operations a step.
+    static __m128i chooseBits(__m128i a, __m128i b, __m128i c, __m128i first, __m128i notThird) {
+        const __m128i bOrC = _mm_xor_si128(c, _mm_and_si128(notThird, _mm_xor_si128(b, c)));
+        return _mm_xor_si128(bOrC, _mm_and_si128(first, _mm_xor_si128(a, b)));
+    }
+    __m128i first_, notThird_;
+#endif
+};
+
+template <>
+class PieceChoice<double> {
+  public:
+    PieceChoice(const Vec<double>& x, double upper, double lower) {
+#if defined(__AVX512F__)
+        const __mmask8 first = _mm512_cmp_pd_mask(native(x), _mm512_set1_pd(upper), _CMP_GT_OQ);
+        const __mmask8 notThird = _mm512_cmp_pd_mask(native(x), _mm512_set1_pd(lower), _CMP_GT_OQ);
+        piece_ = _mm512_mask_mov_epi64(_mm512_set1_epi64(2), notThird, _mm512_set1_epi64(1));
+        piece_ = _mm512_maskz_mov_epi64(static_cast<__mmask8>(~first), piece_);
+#elif defined(__AVX2__)
+        const __m256d first = _mm256_cmp_pd(native(x), _mm256_set1_pd(upper), _CMP_GT_OQ);
+        const __m256d notThird = _mm256_cmp_pd(native(x), _mm256_set1_pd(lower), _CMP_GT_OQ);
+        // Places in a row of 32-bit halves; both halves of a true lane are -1.
+        const __m256i steps = _mm256_add_epi32(_mm256_castpd_si256(first), _mm256_castpd_si256(notThird));
+        piece_ = _mm256_add_epi32(_mm256_setr_epi32(4, 5, 4, 5, 4, 5, 4, 5), _mm256_add_epi32(steps, steps));
+#else
+        first_ = _mm_castpd_si128(_mm_cmpgt_pd(native(x), _mm_set1_pd(upper)));
+        notThird_ = _mm_castpd_si128(_mm_cmpgt_pd(native(x), _mm_set1_pd(lower)));
+#endif
+    }
+
+    Vec<double> operator()(const double (&row)[4]) const {
+#if defined(__AVX512F__)
+        return Vec<double>(_mm512_permutexvar_pd(piece_, _mm512_broadcast_f64x4(_mm256_load_pd(row))));
+#elif defined(__AVX2__)
+        const __m256i bits = _mm256_castpd_si256(_mm256_load_pd(row));
+        return Vec<double>(_mm256_castsi256_pd(_mm256_permutevar8x32_epi32(bits, piece_)));
+#else
+        const auto all = [](double v) { return _mm_set1_epi64x(std::bit_cast<int64_t>(v)); };
+        return Vec<double>(_mm_castsi128_pd(
+            PieceChoice<float>::chooseBits(all(row[0]), all(row[1]), all(row[2]), first_, notThird_)));
+#endif
+    }
+
+  private:
+#if defined(__AVX2__)
+    NativeInt piece_;
+#else
+    __m128i first_, notThird_;
+#endif
+};
 
 // Four values of each of four rows turned over: dst[k * stride + j] = rows[j][k].
 inline void transpose4(const float* const rows[4], float* dst, std::size_t stride) {
