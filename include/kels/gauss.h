@@ -15,7 +15,7 @@
  *
  * Accuracy
  *   32f, 16s32f    single precision; the sums are taken in an order of the library's choice.  S is wrong by no more than
- *                  (len / 8 + 12) * 2^-24 times the sum of the magnitudes of its terms.
+ *                  (len / 4 + 10) * 2^-24 times the sum of the magnitudes of its terms.
  *   64f, 32f64f    80-bit accumulation, rounded once to the result.
  *   16s32s         S is exact in 64 bits.
  * Neither the alignment of the arrays nor the number of vectors that a call scores changes more than the order of sums.

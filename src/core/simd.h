@@ -168,23 +168,8 @@ inline Vec<int32_t> loadWide(const int16_t* p) {
 #endif
 }
 
-// Integers to floats, and to doubles by halves; all exact below 2^24.
 inline Vec<float> toFloat(const Vec<int32_t>& v) {
     return stdx::static_simd_cast<Vec<float>>(v);
-}
-struct DoubleHalves {
-    Vec<double> low, high;
-};
-inline DoubleHalves toDoubles(const Vec<int32_t>& v) {
-#if defined(__AVX512F__)
-    return {Vec<double>(_mm512_cvtepi32_pd(_mm512_castsi512_si256(native(v)))),
-            Vec<double>(_mm512_cvtepi32_pd(_mm512_extracti64x4_epi64(native(v), 1)))};
-#elif defined(__AVX2__)
-    return {Vec<double>(_mm256_cvtepi32_pd(_mm256_castsi256_si128(native(v)))),
-            Vec<double>(_mm256_cvtepi32_pd(_mm256_extracti128_si256(native(v), 1)))};
-#else
-    return {Vec<double>(_mm_cvtepi32_pd(native(v))), Vec<double>(_mm_cvtepi32_pd(_mm_srli_si128(native(v), 8)))};
-#endif
 }
 
 // The two ways in which a row is loaded: whole vectors...
@@ -199,7 +184,9 @@ class FirstLanes {
 #if defined(__AVX512F__)
     explicit FirstLanes(std::size_t n) : mask_(static_cast<__mmask16>((1u << n) - 1)) {}
 
-    Vec<float> load(const float* p) const { return Vec<float>(_mm512_maskz_loadu_ps(mask_, p)); }
+    Vec<float> load(const float* p) const {
+        return Vec<float>(_mm512_maskz_loadu_ps(mask_, p));
+    }
     Vec<int32_t> load(const int16_t* p) const {
         return Vec<int32_t>(_mm512_cvtepi16_epi32(_mm256_maskz_loadu_epi16(mask_, p)));
     }
@@ -209,7 +196,9 @@ class FirstLanes {
 #elif defined(__AVX2__)
     explicit FirstLanes(std::size_t n) : n_(n), mask_(firstLanes(n, std::integral_constant<int, 4>())) {}
 
-    Vec<float> load(const float* p) const { return Vec<float>(_mm256_maskload_ps(p, mask_)); }
+    Vec<float> load(const float* p) const {
+        return Vec<float>(_mm256_maskload_ps(p, mask_));
+    }
     Vec<int32_t> load(const int16_t* p) const {
         if (n_ <= 4) return Vec<int32_t>(_mm256_cvtepi16_epi32(upTo4(p, n_)));
         // The last four, shifted down over what they share with the first four.
@@ -365,24 +354,72 @@ inline void sumsOf4(const Vec<float>& a, const Vec<float>& b, const Vec<float>& 
     _mm_storeu_ps(dst, _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab)));
 #endif
 }
-inline void sumsOf4(const Vec<double>& a, const Vec<double>& b, const Vec<double>& c, const Vec<double>& d,
-                    double* dst) {
+
+// Exact sums of products of 32-bit integers, lanes<int32_t> products at a time.
 #if defined(__AVX2__)
+// In lanes of 64 bits.
+class ExactSums {
+  public:
+    static constexpr std::size_t kMost = 1 << 20;  // additions that are surely exact
+
+    void addProducts(const Vec<int32_t>& x, const Vec<int32_t>& y) {
 #if defined(__AVX512F__)
-    const auto half = [](const Vec<double>& v) {
-        return _mm256_add_pd(_mm512_castpd512_pd256(native(v)), _mm512_extractf64x4_pd(native(v), 1));
-    };
+        const __m512i odd = _mm512_mul_epi32(_mm512_srli_epi64(native(x), 32), _mm512_srli_epi64(native(y), 32));
+        sums_ = _mm512_add_epi64(_mm512_add_epi64(sums_, _mm512_mul_epi32(native(x), native(y))), odd);
 #else
-    const auto half = [](const Vec<double>& v) { return native(v); };
+        const __m256i odd = _mm256_mul_epi32(_mm256_srli_epi64(native(x), 32), _mm256_srli_epi64(native(y), 32));
+        sums_ = _mm256_add_epi64(_mm256_add_epi64(sums_, _mm256_mul_epi32(native(x), native(y))), odd);
 #endif
-    const __m256d ab = _mm256_add_pd(_mm256_unpacklo_pd(half(a), half(b)), _mm256_unpackhi_pd(half(a), half(b)));
-    const __m256d cd = _mm256_add_pd(_mm256_unpacklo_pd(half(c), half(d)), _mm256_unpackhi_pd(half(c), half(d)));
-    _mm256_storeu_pd(dst, _mm256_add_pd(_mm256_permute2f128_pd(ab, cd, 0x20), _mm256_permute2f128_pd(ab, cd, 0x31)));
+    }
+
+    // As sumsOf4 for vectors.
+    static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
+        const __m256i v = a.half(), w = b.half(), x = c.half(), y = d.half();
+        const __m256i ab = _mm256_add_epi64(_mm256_unpacklo_epi64(v, w), _mm256_unpackhi_epi64(v, w));
+        const __m256i cd = _mm256_add_epi64(_mm256_unpacklo_epi64(x, y), _mm256_unpackhi_epi64(x, y));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), _mm256_add_epi64(_mm256_permute2x128_si256(ab, cd, 0x20),
+                                                                              _mm256_permute2x128_si256(ab, cd, 0x31)));
+    }
+
+  private:
+#if defined(__AVX512F__)
+    __m256i half() const {
+        return _mm256_add_epi64(_mm512_castsi512_si256(sums_), _mm512_extracti64x4_epi64(sums_, 1));
+    }
 #else
-    _mm_storeu_pd(dst, _mm_add_pd(_mm_unpacklo_pd(native(a), native(b)), _mm_unpackhi_pd(native(a), native(b))));
-    _mm_storeu_pd(dst + 2, _mm_add_pd(_mm_unpacklo_pd(native(c), native(d)), _mm_unpackhi_pd(native(c), native(d))));
+    __m256i half() const {
+        return sums_;
+    }
 #endif
-}
+    NativeInt sums_ = {};
+};
+#else
+// Without signed multiplication in vectors: in the 53 bits of doubles.  Exact for products below 2^47.
+class ExactSums {
+  public:
+    static constexpr std::size_t kMost = 16;
+
+    void addProducts(const Vec<int32_t>& x, const Vec<int32_t>& y) {
+        const __m128d low = _mm_mul_pd(_mm_cvtepi32_pd(native(x)), _mm_cvtepi32_pd(native(y)));
+        const __m128d high =
+            _mm_mul_pd(_mm_cvtepi32_pd(_mm_srli_si128(native(x), 8)), _mm_cvtepi32_pd(_mm_srli_si128(native(y), 8)));
+        sums_ = _mm_add_pd(sums_, _mm_add_pd(low, high));
+    }
+
+    static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
+        const auto sum = [](const ExactSums& s) {
+            return static_cast<int64_t>(_mm_cvtsd_f64(_mm_add_sd(s.sums_, _mm_unpackhi_pd(s.sums_, s.sums_))));
+        };
+        dst[0] = sum(a);
+        dst[1] = sum(b);
+        dst[2] = sum(c);
+        dst[3] = sum(d);
+    }
+
+  private:
+    __m128d sums_ = {};
+};
+#endif
 
 // ---- permutation ---------------------------------------------------------------------------------------------------
 

@@ -105,7 +105,8 @@ struct HalfShifted {
           right(static_cast<int>(std::clamp<int64_t>(int64_t{scaleFactor} + 1, 0, 64))),
           left(static_cast<int>(std::clamp<int64_t>(-1 - int64_t{scaleFactor}, 0, 64))) {}
     Kel32s operator()(std::size_t item, int64_t sum) const {
-        return Overflow::difference(constants[item], Overflow::shiftLeft(shiftFloor(sum, right), left));
+        const int64_t shifted = left > 0 ? Overflow::shiftLeft(sum, left) : shiftFloor(sum, right);
+        return Overflow::difference(constants[item], shifted);
     }
 };
 

@@ -19,6 +19,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "core/simd.h"
 #include "kels/types.h"
@@ -44,6 +45,8 @@ struct InverseVariance {
         else
             return mulAdd(d * v, d, sum);
     }
+    // 17 by 16 bits, so the first product still is a 32-bit integer.
+    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>& v) { sums.addProducts(d * v, d); }
 };
 
 struct UnitVariance {
@@ -55,15 +58,14 @@ struct UnitVariance {
         else
             return mulAdd(d, d, sum);
     }
+    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>&) { sums.addProducts(d, d); }
 };
 
 struct UnitWrapped {
     static constexpr bool kVariance = false;
-    // The square of a difference of 16-bit integers lies below 2^32, so one carry is all that a 32-bit square can lose.
-    static Vec<Kel64f> plus(const Vec<Kel64f>& sum, const Vec<Kel64f>& d, const Vec<Kel64f>&) {
-        Vec<Kel64f> square = d * d;
-        stdx::where(square >= 0x1p31, square) -= 0x1p32;
-        return sum + square;
+    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>&) {
+        const auto bits = stdx::static_simd_cast<Vec<uint32_t>>(d);
+        sums.addProducts(stdx::static_simd_cast<Vec<int32_t>>(bits * bits), Vec<int32_t>(1));
     }
 };
 
@@ -111,31 +113,32 @@ struct Lanes {
     static Partial single(const Vec<int32_t>& v) { return toFloat(v); }
 };
 
-// Exact sums of 16-bit integers in the 53 bits of doubles: a term is less than 2^47, so 64 of them always fit.
 template <class Weighting>
 struct Exact {
-    using Partial = Vec<Kel64f>;
+    using Partial = ExactSums;
     using Sum = int64_t;
     static constexpr std::size_t kStep = lanes<int32_t>;
-    static constexpr std::size_t kRun = 64;
+    static constexpr std::size_t kRun = ExactSums::kMost * kStep;
 
-    static Partial zero() { return Partial(0.0); }
+    static Partial zero() { return {}; }
 
     template <class Load>
-    static Partial add(const Partial& sum, const Load& lanes, const Item<Kel16s>& item, std::size_t i) {
-        const DoubleHalves d = toDoubles(lanes.load(item.vector + i) - lanes.load(item.mean + i));
-        DoubleHalves v = d;
-        if constexpr (Weighting::kVariance) v = toDoubles(lanes.load(item.variance + i));
-        return Weighting::plus(Weighting::plus(sum, d.low, v.low), d.high, v.high);
+    static Partial add(Partial sum, const Load& lanes, const Item<Kel16s>& item, std::size_t i) {
+        const Vec<int32_t> d = lanes.load(item.vector + i) - lanes.load(item.mean + i);
+        if constexpr (Weighting::kVariance)
+            Weighting::add(sum, d, lanes.load(item.variance + i));
+        else
+            Weighting::add(sum, d, d);
+        return sum;
     }
     static std::array<Sum, 4> totals(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
-        Kel64f sums[4];
-        sumsOf4(a, b, c, d, sums);
-        return {static_cast<Sum>(sums[0]), static_cast<Sum>(sums[1]), static_cast<Sum>(sums[2]),
-                static_cast<Sum>(sums[3])};
+        std::array<Sum, 4> sums;
+        Partial::totals(a, b, c, d, sums.data());
+        return sums;
     }
     static Sum total(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
-        return static_cast<Sum>(stdx::reduce((a + b) + (c + d)));
+        const auto sums = totals(a, b, c, d);
+        return (sums[0] + sums[1]) + (sums[2] + sums[3]);
     }
 };
 

@@ -79,17 +79,16 @@ UnitGaussians<Rows, T> gaussians(const T* vector, const Rows& means) {
 
 // ---- sums ----------------------------------------------------------------------------------------------------------
 
-// The sums of four items over elements i .. end - 1, at most Term::kRun.  The packs keep the partial sums in registers.
+// The sums of four items over elements i .. end - 1, at most Term::kRun, of
+// which `rest` loads the last that fill no step.  The packs keep the partial sums in registers.
 template <class Term, class T, std::size_t... I>
 [[gnu::always_inline]] inline std::array<typename Term::Sum, 4> runOf4(const std::array<Item<T>, 4>& items,
                                                                        std::size_t i, std::size_t end,
+                                                                       const FirstLanes& rest,
                                                                        std::index_sequence<I...>) {
     typename Term::Partial sums[] = {(void(I), Term::zero())...};
     for (; i + Term::kStep <= end; i += Term::kStep) ((sums[I] = Term::add(sums[I], AllLanes(), items[I], i)), ...);
-    if (i < end) {
-        const FirstLanes rest(end - i);
-        ((sums[I] = Term::add(sums[I], rest, items[I], i)), ...);
-    }
+    if (i < end) ((sums[I] = Term::add(sums[I], rest, items[I], i)), ...);
     return Term::totals(sums[I]...);
 }
 
@@ -116,13 +115,13 @@ Sum sumOf(Sum a, Sum b) {
 
 template <class Term, class T>
 [[gnu::always_inline]] inline std::array<typename Term::Sum, 4> sumsOf4(const std::array<Item<T>, 4>& items,
-                                                                        std::size_t width) {
+                                                                        std::size_t width, const FirstLanes& rest) {
     constexpr std::make_index_sequence<4> four;
-    auto sums = runOf4<Term>(items, 0, std::min(width, Term::kRun), four);
-    for (std::size_t i = Term::kRun; i < width; i += Term::kRun) [[unlikely]] {
-            const auto more = runOf4<Term>(items, i, std::min(width, i + Term::kRun), four);
-            for (std::size_t k = 0; k < 4; ++k) sums[k] = sumOf(sums[k], more[k]);
-        }
+    auto sums = runOf4<Term>(items, 0, std::min(width, Term::kRun), rest, four);
+    for (std::size_t i = Term::kRun; i < width; i += Term::kRun) {
+        const auto more = runOf4<Term>(items, i, std::min(width, i + Term::kRun), rest, four);
+        for (std::size_t k = 0; k < 4; ++k) sums[k] = sumOf(sums[k], more[k]);
+    }
     return sums;
 }
 
@@ -141,11 +140,12 @@ typename Term::Sum sumOf1(const Item<T>& item, std::size_t width) {
 template <class Term, class Items>
 [[gnu::noinline]] void sumsOf(const Items items, std::size_t first, std::size_t n, std::size_t width,
                               typename Term::Sum* sums) {
+    const FirstLanes rest(width % Term::kStep);
     std::size_t g = 0;
     for (; g + 4 <= n; g += 4) {
         const std::size_t at = first + g;
         const std::array four = {items[at], items[at + 1], items[at + 2], items[at + 3]};
-        const auto totals = sumsOf4<Term>(four, width);
+        const auto totals = sumsOf4<Term>(four, width, rest);
         std::copy(totals.begin(), totals.end(), sums + g);
     }
     for (; g < n; ++g) sums[g] = sumOf1<Term>(items[first + g], width);
