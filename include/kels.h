@@ -18,6 +18,8 @@
 #include "kels/frame.h"
 #include "kels/gauss.h"
 #include "kels/log.h"
+#include "kels/mixture.h"
 #include "kels/model.h"
+#include "kels/select.h"
 
 #endif
