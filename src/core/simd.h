@@ -178,11 +178,12 @@ struct AllLanes {
     Vec<int32_t> load(const int16_t* p) const { return loadWide(p); }
 };
 
-// ... and its end: the first 0 < n < lanes<float> elements and zeros.  What n demands is made ready once for many loads.
+// ... and its end: the first n < lanes<float> elements and zeros.  What n demands is made ready once for many loads.
+// `before` elements in front of p may be read too.
 class FirstLanes {
   public:
 #if defined(__AVX512F__)
-    explicit FirstLanes(std::size_t n) : mask_(static_cast<__mmask16>((1u << n) - 1)) {}
+    explicit FirstLanes(std::size_t n, std::size_t = 0) : mask_(static_cast<__mmask16>((1u << n) - 1)) {}
 
     Vec<float> load(const float* p) const {
         return Vec<float>(_mm512_maskz_loadu_ps(mask_, p));
@@ -194,25 +195,36 @@ class FirstLanes {
   private:
     __mmask16 mask_;
 #elif defined(__AVX2__)
-    explicit FirstLanes(std::size_t n) : n_(n), mask_(firstLanes(n, std::integral_constant<int, 4>())) {}
-
-    Vec<float> load(const float* p) const {
-        return Vec<float>(_mm256_maskload_ps(p, mask_));
+    explicit FirstLanes(std::size_t n, std::size_t before = 0)
+        : n_(n), wholeLoad_(n + before >= 8), mask_(firstLanes(n, std::integral_constant<int, 4>())) {
+        // Byte i comes from byte i + 16 - 2n; from 16 on the index turns negative, which makes zeros.
+        const __m128i index = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+        down_ = _mm_add_epi8(index, _mm_set1_epi8(static_cast<char>(16 - 2 * n)));
+        down_ = _mm_or_si128(down_, _mm_cmpgt_epi8(down_, _mm_set1_epi8(15)));
     }
+
+    Vec<float> load(const float* p) const { return Vec<float>(_mm256_maskload_ps(p, mask_)); }
     Vec<int32_t> load(const int16_t* p) const {
-        if (n_ <= 4) return Vec<int32_t>(_mm256_cvtepi16_epi32(upTo4(p, n_)));
-        // The last four, shifted down over what they share with the first four.
-        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-        const __m128i high = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n_ - 4));
-        const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(128 - 16 * n_));
-        return Vec<int32_t>(_mm256_cvtepi16_epi32(_mm_unpacklo_epi64(low, _mm_srl_epi64(high, shift))));
+        if (!wholeLoad_) return Vec<int32_t>(_mm256_cvtepi16_epi32(few(p)));
+        const __m128i last = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n_) - 1);
+        return Vec<int32_t>(_mm256_cvtepi16_epi32(_mm_shuffle_epi8(last, down_)));
     }
 
   private:
+    __m128i few(const int16_t* p) const {
+        if (n_ <= 4) return upTo4(p, n_);
+        // The last four, shifted down over what they share with the first four.
+        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        const __m128i high = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n_ - 4));
+        return _mm_unpacklo_epi64(low, _mm_srl_epi64(high, _mm_cvtsi32_si128(static_cast<int>(128 - 16 * n_))));
+    }
+
     std::size_t n_;
+    bool wholeLoad_;
     __m256i mask_;
+    __m128i down_;
 #else
-    explicit FirstLanes(std::size_t n) : n_(n) {}
+    explicit FirstLanes(std::size_t n, std::size_t = 0) : n_(n) {}
 
     Vec<float> load(const float* p) const {
         if (n_ == 1) return Vec<float>(_mm_load_ss(p));
@@ -363,14 +375,10 @@ class ExactSums {
     static constexpr std::size_t kMost = 1 << 20;  // additions that are surely exact
 
     void addProducts(const Vec<int32_t>& x, const Vec<int32_t>& y) {
-#if defined(__AVX512F__)
-        const __m512i odd = _mm512_mul_epi32(_mm512_srli_epi64(native(x), 32), _mm512_srli_epi64(native(y), 32));
-        sums_ = _mm512_add_epi64(_mm512_add_epi64(sums_, _mm512_mul_epi32(native(x), native(y))), odd);
-#else
-        const __m256i odd = _mm256_mul_epi32(_mm256_srli_epi64(native(x), 32), _mm256_srli_epi64(native(y), 32));
-        sums_ = _mm256_add_epi64(_mm256_add_epi64(sums_, _mm256_mul_epi32(native(x), native(y))), odd);
-#endif
+        add(even(native(x), native(y)), even(odd(native(x)), odd(native(y))));
     }
+    // d * d * v, where |d * v| < 2^31.
+    void addWeightedSquares(const Vec<int32_t>& d, const Vec<int32_t>& v) { addProducts(d * v, d); }
 
     // As sumsOf4 for vectors.
     static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
@@ -391,6 +399,17 @@ class ExactSums {
         return sums_;
     }
 #endif
+    void add(NativeInt x, NativeInt y) { sums_ = plus(plus(sums_, x), y); }
+    // The products of the even places as 64-bit numbers; the odd places moved to the even ones.
+#if defined(__AVX512F__)
+    static NativeInt plus(NativeInt x, NativeInt y) { return _mm512_add_epi64(x, y); }
+    static NativeInt even(NativeInt x, NativeInt y) { return _mm512_mul_epi32(x, y); }
+    static NativeInt odd(NativeInt x) { return _mm512_srli_epi64(x, 32); }
+#else
+    static NativeInt plus(NativeInt x, NativeInt y) { return _mm256_add_epi64(x, y); }
+    static NativeInt even(NativeInt x, NativeInt y) { return _mm256_mul_epi32(x, y); }
+    static NativeInt odd(NativeInt x) { return _mm256_srli_epi64(x, 32); }
+#endif
     NativeInt sums_ = {};
 };
 #else
@@ -400,10 +419,10 @@ class ExactSums {
     static constexpr std::size_t kMost = 16;
 
     void addProducts(const Vec<int32_t>& x, const Vec<int32_t>& y) {
-        const __m128d low = _mm_mul_pd(_mm_cvtepi32_pd(native(x)), _mm_cvtepi32_pd(native(y)));
-        const __m128d high =
-            _mm_mul_pd(_mm_cvtepi32_pd(_mm_srli_si128(native(x), 8)), _mm_cvtepi32_pd(_mm_srli_si128(native(y), 8)));
-        sums_ = _mm_add_pd(sums_, _mm_add_pd(low, high));
+        add(_mm_mul_pd(low(x), low(y)), _mm_mul_pd(high(x), high(y)));
+    }
+    void addWeightedSquares(const Vec<int32_t>& d, const Vec<int32_t>& v) {
+        add(_mm_mul_pd(_mm_mul_pd(low(d), low(v)), low(d)), _mm_mul_pd(_mm_mul_pd(high(d), high(v)), high(d)));
     }
 
     static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
@@ -417,6 +436,10 @@ class ExactSums {
     }
 
   private:
+    void add(__m128d x, __m128d y) { sums_ = _mm_add_pd(sums_, _mm_add_pd(x, y)); }
+    static __m128d low(const Vec<int32_t>& v) { return _mm_cvtepi32_pd(native(v)); }
+    static __m128d high(const Vec<int32_t>& v) { return _mm_cvtepi32_pd(_mm_srli_si128(native(v), 8)); }
+
     __m128d sums_ = {};
 };
 #endif

@@ -24,9 +24,10 @@ bool anyFaulty(const T* variance, int len) {
 template <class T>
 using HeapScratch = Scratch<T, 1>;
 
-// sum * 2^-(scaleFactor + 1), rounded toward minus infinity.
+// sum * 2^-(scaleFactor + 1), rounded toward minus infinity and held to +-2^62.
 int64_t floorOfHalf(Kel64f sum, int scaleFactor) {
-    return truncateSaturate<int64_t>(std::floor(sum * 0.5 * scaleMultiplier(scaleFactor, -1000, 1000)));
+    const Kel64f scaled = std::floor(sum * 0.5 * scaleMultiplier(scaleFactor, -1000, 1000));
+    return static_cast<int64_t>(std::clamp(scaled, -0x1p62, 0x1p62));
 }
 
 }  // namespace

@@ -82,9 +82,8 @@ struct HalfScaled {
 
 struct Saturated {
     static int64_t shiftLeft(int64_t v, int shift) { return shiftLeftHeld(v, shift); }
-    static Kel32s difference(Kel32s constant, int64_t v) {
-        return saturate<Kel32s>(constant - std::clamp<int64_t>(v, -(int64_t{1} << 62), int64_t{1} << 62));
-    }
+    // |v| is at most 2^62.
+    static Kel32s difference(Kel32s constant, int64_t v) { return saturate<Kel32s>(constant - v); }
 };
 struct Wrapped {
     static int64_t shiftLeft(int64_t v, int shift) { return shiftLeftWrapped(v, shift); }
@@ -102,10 +101,10 @@ struct HalfShifted {
 
     HalfShifted(Overflow, Constants c, int scaleFactor)
         : constants(c),
-          right(static_cast<int>(std::clamp<int64_t>(int64_t{scaleFactor} + 1, 0, 64))),
+          right(static_cast<int>(std::clamp<int64_t>(int64_t{scaleFactor} + 1, 0, 63))),
           left(static_cast<int>(std::clamp<int64_t>(-1 - int64_t{scaleFactor}, 0, 64))) {}
     Kel32s operator()(std::size_t item, int64_t sum) const {
-        const int64_t shifted = left > 0 ? Overflow::shiftLeft(sum, left) : shiftFloor(sum, right);
+        const int64_t shifted = right > 0 ? shiftFloor(sum, right) : Overflow::shiftLeft(sum, left);
         return Overflow::difference(constants[item], shifted);
     }
 };

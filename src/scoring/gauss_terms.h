@@ -45,8 +45,8 @@ struct InverseVariance {
         else
             return mulAdd(d * v, d, sum);
     }
-    // 17 by 16 bits, so the first product still is a 32-bit integer.
-    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>& v) { sums.addProducts(d * v, d); }
+    // 17 by 16 bits: |d * v| < 2^31.
+    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>& v) { sums.addWeightedSquares(d, v); }
 };
 
 struct UnitVariance {

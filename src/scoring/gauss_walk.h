@@ -100,7 +100,7 @@ template <class Term, class T, std::size_t... I>
     typename Term::Partial sums[] = {(void(I), Term::zero())...};
     for (; i + 4 * w <= end; i += 4 * w) ((sums[I] = Term::add(sums[I], AllLanes(), item, i + I * w)), ...);
     for (; i + w <= end; i += w) sums[0] = Term::add(sums[0], AllLanes(), item, i);
-    if (i < end) sums[1] = Term::add(sums[1], FirstLanes(end - i), item, i);
+    if (i < end) sums[1] = Term::add(sums[1], FirstLanes(end - i, i), item, i);
     return Term::total(sums[I]...);
 }
 
@@ -140,7 +140,7 @@ typename Term::Sum sumOf1(const Item<T>& item, std::size_t width) {
 template <class Term, class Items>
 [[gnu::noinline]] void sumsOf(const Items items, std::size_t first, std::size_t n, std::size_t width,
                               typename Term::Sum* sums) {
-    const FirstLanes rest(width % Term::kStep);
+    const FirstLanes rest(width % Term::kStep, width / Term::kStep * Term::kStep);
     std::size_t g = 0;
     for (; g + 4 <= n; g += 4) {
         const std::size_t at = first + g;
