@@ -22,6 +22,16 @@ function(kels_arch_flags arch out)
   set(${out} "${flags}" PARENT_SCOPE)
 endfunction()
 
+# kels_precompile(TARGET HEADER...): where KELS_PCH is on.  -fpch-preprocess lets ccache see into the result.
+function(kels_precompile target)
+  if(KELS_PCH)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      target_compile_options(${target} PRIVATE -fpch-preprocess)
+    endif()
+  endif()
+endfunction()
+
 # kels_add_library(TARGET ARCH SUBFOLDER): libkelsra6.so for ARCH as target TARGET, written to SUBFOLDER of the build
 # folder.
 # -ffp-contract=off: the order and rounding of operations is part of many contracts; fused operations are written out.
@@ -37,6 +47,7 @@ function(kels_add_library target arch subfolder)
     ${target}_objects
     PRIVATE ${arch_flags} -ffp-contract=off -fno-math-errno -fno-exceptions -fno-rtti -ffunction-sections
             -Wall -Wextra -Wconversion -Wshadow)
+  kels_precompile(${target}_objects <core/simd.h>)
 
   set(script ${PROJECT_SOURCE_DIR}/cmake/kelsra6.map)
   add_library(${target} SHARED $<TARGET_OBJECTS:${target}_objects>)

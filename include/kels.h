@@ -17,6 +17,7 @@
 #include "kels/fft.h"
 #include "kels/frame.h"
 #include "kels/gauss.h"
+#include "kels/log.h"
 #include "kels/model.h"
 
 #endif

@@ -295,6 +295,34 @@ inline Vec<double> loadWide(const int16_t* p) {
 #endif
 }
 
+// A vector of floats as two of doubles, and back with rounding.
+struct WideHalves {
+    Vec<double> low, high;
+};
+inline WideHalves widen(const Vec<float>& v) {
+#if defined(__AVX512F__)
+    const __m256d high = _mm512_extractf64x4_pd(_mm512_castps_pd(native(v)), 1);
+    return {Vec<double>(_mm512_cvtps_pd(_mm512_castps512_ps256(native(v)))),
+            Vec<double>(_mm512_cvtps_pd(_mm256_castpd_ps(high)))};
+#elif defined(__AVX2__)
+    return {Vec<double>(_mm256_cvtps_pd(_mm256_castps256_ps128(native(v)))),
+            Vec<double>(_mm256_cvtps_pd(_mm256_extractf128_ps(native(v), 1)))};
+#else
+    return {Vec<double>(_mm_cvtps_pd(native(v))), Vec<double>(_mm_cvtps_pd(_mm_movehl_ps(native(v), native(v))))};
+#endif
+}
+inline Vec<float> narrow(const Vec<double>& low, const Vec<double>& high) {
+#if defined(__AVX512F__)
+    const __m512d lower = _mm512_castps_pd(_mm512_castps256_ps512(_mm512_cvtpd_ps(native(low))));
+    const __m256d upper = _mm256_castps_pd(_mm512_cvtpd_ps(native(high)));
+    return Vec<float>(_mm512_castpd_ps(_mm512_insertf64x4(lower, upper, 1)));
+#elif defined(__AVX2__)
+    return Vec<float>(_mm256_set_m128(_mm256_cvtpd_ps(native(high)), _mm256_cvtpd_ps(native(low))));
+#else
+    return Vec<float>(_mm_movelh_ps(_mm_cvtpd_ps(native(low)), _mm_cvtpd_ps(native(high))));
+#endif
+}
+
 // ---- arithmetic ----------------------------------------------------------------------------------------------------
 
 // Whether mulAdd rounds once.

@@ -1,0 +1,52 @@
+// The constants of diagonal Gaussians and of their mixtures.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "core/scaling.h"
+#include "core/simd.h"
+
+namespace kels {
+
+// len * ln(2 pi) plus or minus (for inverse variances) the logarithms, summed in order in double precision.  The first
+// value without a logarithm decides what is stored instead, and the status.
+enum class Variance { Direct, Inverse };
+
+template <Variance kind, class T>
+KelStatus logDeterminant(const T* v, std::size_t len, T* pDet) {
+    constexpr Kel64f kLn2Pi = 1.8378770664093;  // 13 decimals and no more: stored models were made with this value
+    for (std::size_t i = 0; i < len; ++i) {
+        if (std::fabs(v[i]) < std::numeric_limits<T>::min()) {
+            *pDet = std::numeric_limits<T>::infinity();
+            return kelStatusLogZero;
+        }
+        if (v[i] < 0) {
+            *pDet = std::numeric_limits<T>::quiet_NaN();
+            return kelStatusLogNegative;
+        }
+    }
+    Kel64f det = static_cast<Kel64f>(len) * kLn2Pi;
+    for (std::size_t i = 0; i < len; ++i) {
+        const Kel64f logarithm = std::log(Kel64f{v[i]});
+        det += kind == Variance::Direct ? logarithm : -logarithm;
+    }
+    *pDet = static_cast<T>(det);
+    return kelStatusOk;
+}
+
+// gConst = logWeight - det / 2; gConst may be det.
+template <class T>
+void gaussianConstants(const T* logWeight, const T* det, T* gConst, std::size_t len) {
+    map(
+        gConst, len, [](const Vec<T>& w, const Vec<T>& x) { return w + x * T(-0.5); }, T(), logWeight, det);
+}
+// Half the determinant term is rounded upward.
+inline void gaussianConstants(const Kel32s* logWeight, const Kel32s* det, Kel32s* gConst, std::size_t len) {
+    for (std::size_t i = 0; i < len; ++i) {
+        gConst[i] = saturate<Kel32s>(int64_t{logWeight[i]} - shiftFloor(int64_t{det[i]} + 1, 1));
+    }
+}
+
+}  // namespace kels
