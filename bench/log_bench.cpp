@@ -1,5 +1,5 @@
-// Addition of logarithms beside the textbook formula m + log1p(exp(d)): as a loop over the C library's functions, and in
-// Eigen's vectorised ones.
+// Addition of logarithms beside the textbook formula m + log1p(exp(d)): as a loop over the C library's functions,
+// and in Eigen's vectorised ones.
 #include <benchmark/benchmark.h>
 #include <kels.h>
 

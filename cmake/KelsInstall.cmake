@@ -17,5 +17,20 @@ write_basic_package_version_file(kels-config-version.cmake COMPATIBILITY SameMaj
 install(FILES ${PROJECT_BINARY_DIR}/kels-config.cmake ${PROJECT_BINARY_DIR}/kels-config-version.cmake
         DESTINATION ${package_dir})
 
+# kels.pc finds the prefix from where it lies itself, so that `cmake --install --prefix` and a moved installation work.
+# Folders that were given as absolute paths stay absolute.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  file(RELATIVE_PATH up "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+  string(REGEX REPLACE "/$" "" pc_prefix "\${pcfiledir}/${up}")
+endif()
+foreach(dir LIBDIR INCLUDEDIR)
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_${dir}}")
+    set(pc_${dir} ${CMAKE_INSTALL_${dir}})
+  else()
+    set(pc_${dir} "\${prefix}/${CMAKE_INSTALL_${dir}}")
+  endif()
+endforeach()
 configure_file(cmake/kels.pc.in kels.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kels.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

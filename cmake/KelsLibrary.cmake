@@ -3,8 +3,10 @@
 # callers built for the original ABI keep it aligned to 4 bytes only.
 function(kels_arch_flags arch out)
   if(arch STREQUAL "i386")
+    set(pointer_size 4)
     set(flags -m32 -march=i686 -msse2 -mfpmath=sse -mstackrealign)
   elseif(arch MATCHES "^x86-64(-v[34])?$")
+    set(pointer_size 8)
     set(flags -m64 -march=${arch})
     if(arch STREQUAL "x86-64-v4")
       # The warnings: the compiler's own AVX-512 headers set them off.
@@ -13,22 +15,39 @@ function(kels_arch_flags arch out)
   else()
     message(FATAL_ERROR "KELS_ARCH must be i386, x86-64, x86-64-v3 or x86-64-v4, not '${arch}'")
   endif()
+  if(NOT CMAKE_SIZEOF_VOID_P EQUAL pointer_size)
+    message(FATAL_ERROR "KELS_ARCH is ${arch}, but the compiler was tried in the other ABI: start from an empty build "
+                        "folder, and where CMAKE_C_FLAGS and CMAKE_CXX_FLAGS are given, begin both with -m32 or -m64")
+  endif()
   set(${out} "${flags}" PARENT_SCOPE)
 endfunction()
 
-# kels_add_library(TARGET SUBFOLDER FLAGS): libkelsra6.so as target TARGET, written to SUBFOLDER of the build folder.
+# kels_precompile(TARGET HEADER...): where KELS_PCH is on.  -fpch-preprocess lets ccache see into the result.
+function(kels_precompile target)
+  if(KELS_PCH)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      target_compile_options(${target} PRIVATE -fpch-preprocess)
+    endif()
+  endif()
+endfunction()
+
+# kels_add_library(TARGET ARCH SUBFOLDER): libkelsra6.so for ARCH as target TARGET, written to SUBFOLDER of the build
+# folder.
 # -ffp-contract=off: the order and rounding of operations is part of many contracts; fused operations are written out.
 # -fno-math-errno: the library reports by status, never by errno, and the square root stays one instruction.
 # No exceptions, no RTTI and C linkage of the link step: the result needs libc and libm alone.
-function(kels_add_library target subfolder extra_flags)
+function(kels_add_library target arch subfolder)
+  kels_arch_flags(${arch} arch_flags)
   add_library(${target}_objects OBJECT ${kels_sources})
   target_include_directories(${target}_objects PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
   set_target_properties(${target}_objects PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
                                                      VISIBILITY_INLINES_HIDDEN ON)
   target_compile_options(
     ${target}_objects
-    PRIVATE -O3 -ffp-contract=off -fno-math-errno -fno-exceptions -fno-rtti
-            -ffunction-sections -Wall -Wextra -Wconversion -Wshadow ${extra_flags})
+    PRIVATE ${arch_flags} -ffp-contract=off -fno-math-errno -fno-exceptions -fno-rtti -ffunction-sections
+            -Wall -Wextra -Wconversion -Wshadow)
+  kels_precompile(${target}_objects <core/simd.h>)
 
   set(script ${PROJECT_SOURCE_DIR}/cmake/kelsra6.map)
   add_library(${target} SHARED $<TARGET_OBJECTS:${target}_objects>)
@@ -40,8 +59,8 @@ function(kels_add_library target subfolder extra_flags)
                LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${subfolder}
                LINKER_LANGUAGE C
                LINK_DEPENDS ${script})
-  target_link_options(${target} PRIVATE -Wl,--version-script=${script} -Wl,-Bsymbolic-functions -Wl,--gc-sections
-                      -Wl,-z,relro -Wl,-z,now)
+  target_link_options(${target} PRIVATE ${arch_flags} -Wl,--version-script=${script} -Wl,-Bsymbolic-functions
+                      -Wl,--gc-sections -Wl,-z,relro -Wl,-z,now)
   if(NOT KELS_SANITIZE)
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()

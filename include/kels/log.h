@@ -15,9 +15,9 @@
  * cut-off, and so do both +infinity; an operand that is not a number makes the result one.
  *
  * hint, of LogAdd.  In single precision kelHintNone and kelHintAccurate evaluate f in double precision and round the
- * result once; kelHintFast does all in single precision.  kelsLogAdd_64f has one implementation, at least as accurate as
- * extended precision rounded once.  With any other hint, seen after the checks, nothing is computed and the status is 0;
- * the integer forms then still turn pSrcDst into floats and back, so that integers beyond 24 bits may lose their low
+ * result once; kelHintFast does all in single precision.  kelsLogAdd_64f has one implementation, no less accurate than
+ * extended precision rounded once.  With any other hint, seen after the checks, nothing is computed and the status is
+ * 0; the integer forms then still turn pSrcDst into floats and back, so that integers beyond 24 bits may lose their low
  * ones.
  *
  * Log-subtract.  pSrcDst[i] < pSrc[i] must hold for every element.  With a = pSrc[i] and d = pSrcDst[i] - a: below the

@@ -9,7 +9,7 @@
 #ifndef KELS_MODEL_H
 #define KELS_MODEL_H
 
-#include "kels/types.h"
+#include "types.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -32,7 +32,13 @@ void convertToInt(const Kel32f* src, Kel16s* dst, std::size_t len, int scaleFact
         return toInt(lesserOf(Vec<Kel32f>(32767.0f), Vec<Kel32f>(x * m.first * m.second)), rounding);
     };
     std::size_t i = 0;
-    for (; i + w <= len; i += w) storeInt16(dst + i, converted(load(src + i)));
+    for (; i + 2 * w <= len; i += 2 * w) {
+        storeInt16(dst + i, converted(load(src + i)), converted(load(src + i + w)));
+    }
+    if (i + w <= len) {
+        storeInt16(dst + i, converted(load(src + i)));
+        i += w;
+    }
     if (i < len) storeInt16Part(dst + i, converted(loadPart(src + i, len - i)), len - i);
 }
 

@@ -34,6 +34,21 @@ constexpr T saturate(int64_t v) {
     return static_cast<T>(std::clamp<int64_t>(v, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
 }
 
+// The same where it is seldom needed and the next value waits for this one: a predicted branch is off its path.
+template <class T>
+constexpr T saturateSeldom(int64_t v) {
+    if (static_cast<T>(v) == v) [[likely]]
+        return static_cast<T>(v);
+    return v < 0 ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
+}
+
+// a + b held to 64 bits.
+constexpr int64_t addSaturate(int64_t a, int64_t b) {
+    int64_t sum = 0;
+    if (!__builtin_add_overflow(a, b, &sum)) return sum;
+    return b < 0 ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
+}
+
 // v * 2^-shift, 1 <= shift < bits of I, to the nearest integer, ties to even.
 template <class I>
 constexpr I shiftHalfEvenInRange(I v, int shift) {
@@ -50,6 +65,13 @@ constexpr int64_t shiftHalfEven(int64_t v, int shift) {
     return shift > 63 ? 0 : shiftHalfEvenInRange(v, shift);
 }
 
+// v * 2^-shift for shift >= 0, to the nearest integer, ties upward.
+constexpr int64_t shiftHalfUp(int64_t v, int shift) {
+    if (shift <= 0) return v;
+    if (shift > 63) return 0;  // v is at least -2^63, and a half goes up
+    return (v >> shift) + ((v >> (shift - 1)) & 1);
+}
+
 // v * 2^-shift for shift >= 0, toward minus infinity (an arithmetic shift).
 constexpr int64_t shiftFloor(int64_t v, int shift) {
     return v >> std::min(shift, 63);
@@ -62,13 +84,34 @@ constexpr int64_t shiftTowardZero(int64_t v, int shift) {
     return quotient + (v < 0 && static_cast<int64_t>(static_cast<uint64_t>(quotient) << shift) != v ? 1 : 0);
 }
 
-// v * 2^shift for shift >= 0, saturated to T, which has at most 32 bits.
+// v * 2^-shift for 0 < shift < 31, to the nearest integer, halves away from zero; |v| + 2^(shift - 1) fits an int.
+constexpr int32_t shiftHalfAway(int32_t v, int shift) {
+    return (v + (int32_t{1} << (shift - 1)) + (v >> 31)) >> shift;
+}
+
+// n / d for d > 0: toward minus infinity, and to the nearest with halves away from zero.
+constexpr int64_t divideFloor(int64_t n, int64_t d) {
+    return n / d - (n % d < 0 ? 1 : 0);
+}
+constexpr int64_t divideHalfAway(int64_t n, int64_t d) {
+    return (2 * n + (n < 0 ? -d : d)) / (2 * d);
+}
+
+// v * 2^shift for shift >= 0, saturated to T.
 template <class T>
 constexpr T shiftLeftSaturate(int64_t v, int shift) {
-    static_assert(sizeof(T) <= 4);
-    constexpr int64_t beyond = int64_t{1} << 32;  // saturates, and leaves room for 31 more bits
-    if (v != 0 && shift > 30) v = v > 0 ? beyond : -beyond;
-    return saturate<T>(std::clamp(v, -beyond, beyond) * (int64_t{1} << std::min(shift, 30)));
+    if constexpr (sizeof(T) <= 4) {
+        constexpr int64_t beyond = int64_t{1} << 32;  // saturates, and leaves room for 31 more bits
+        if (v != 0 && shift > 30) v = v > 0 ? beyond : -beyond;
+        return saturate<T>(std::clamp(v, -beyond, beyond) * (int64_t{1} << std::min(shift, 30)));
+    } else {
+        using Limits = std::numeric_limits<T>;
+        if (v == 0) return 0;
+        if (shift > 63 || v > Limits::max() >> shift || v < Limits::min() >> shift) {
+            return v > 0 ? Limits::max() : Limits::min();
+        }
+        return static_cast<T>(static_cast<uint64_t>(v) << shift);
+    }
 }
 
 // v * 2^shift for shift >= 0, held to +-2^62: beyond every sum of 32-bit values that it may enter.

@@ -1,5 +1,6 @@
 // Vectors of the width that the build's target gives, over the standard library's data-parallel types, and the few
-// operations that those lack.  Kernels are written once on Vec<T>; every use of an intrinsic stands here.
+// operations that those lack.  Kernels are written once on Vec<T>; every use of an intrinsic stands here and in
+// simd_floats.h.
 #pragma once
 
 #include <immintrin.h>
@@ -7,6 +8,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <experimental/simd>
 
 namespace kels {
@@ -65,9 +67,38 @@ inline __m256i firstLanes(std::size_t n, std::integral_constant<int, 8>) {
 }
 #endif
 
-// The first n < lanes<T> elements of p and `fill` in the other lanes; nothing after p[n - 1] is read.
+// The first n < lanes<T> elements of p and zero in the other lanes; nothing after p[n - 1] is read.
 template <class T>
-Vec<T> loadPart(const T* p, std::size_t n, T fill = T()) {
+Vec<T> loadPart(const T* p, std::size_t n) {
+#if defined(__AVX512F__)
+    if constexpr (std::is_same_v<T, float>) {
+        return Vec<T>(_mm512_maskz_loadu_ps(static_cast<__mmask16>((1u << n) - 1), p));
+    } else if constexpr (std::is_same_v<T, double>) {
+        return Vec<T>(_mm512_maskz_loadu_pd(static_cast<__mmask8>((1u << n) - 1), p));
+    }
+#elif defined(__AVX2__)
+    if constexpr (std::is_same_v<T, float>) {
+        return Vec<T>(_mm256_maskload_ps(p, firstLanes(n, std::integral_constant<int, 4>())));
+    } else if constexpr (std::is_same_v<T, double>) {
+        return Vec<T>(_mm256_maskload_pd(p, firstLanes(n, std::integral_constant<int, 8>())));
+    }
+#else
+    if constexpr (std::is_same_v<T, float>) {
+        if (n < 2) return n == 0 ? Vec<T>(0) : Vec<T>(_mm_load_ss(p));
+        double pair;  // copied, for it need not be aligned
+        __builtin_memcpy(&pair, p, sizeof pair);
+        const __m128 two = _mm_castpd_ps(_mm_set_sd(pair));
+        return Vec<T>(n == 2 ? two : _mm_movelh_ps(two, _mm_load_ss(p + 2)));
+    }
+#endif
+    T buffer[lanes<T>];
+    for (std::size_t i = 0; i < lanes<T>; ++i) buffer[i] = i < n ? p[i] : T();
+    return load(buffer);
+}
+
+// The same with `fill` in the other lanes.
+template <class T>
+Vec<T> loadPart(const T* p, std::size_t n, T fill) {
 #if defined(__AVX512F__)
     if constexpr (std::is_same_v<T, float>) {
         const auto mask = static_cast<__mmask16>((1u << n) - 1);
@@ -157,7 +188,7 @@ inline Vec<double> loadWide(const float* p) {
 }
 
 // lanes<int32_t> consecutive 16-bit integers.
-inline Vec<int32_t> loadWide(const int16_t* p) {
+inline Vec<int32_t> loadInt(const int16_t* p) {
 #if defined(__AVX512F__)
     return Vec<int32_t>(_mm512_cvtepi16_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))));
 #elif defined(__AVX2__)
@@ -175,7 +206,7 @@ inline Vec<float> toFloat(const Vec<int32_t>& v) {
 // The two ways in which a row is loaded: whole vectors...
 struct AllLanes {
     Vec<float> load(const float* p) const { return kels::load(p); }
-    Vec<int32_t> load(const int16_t* p) const { return loadWide(p); }
+    Vec<int32_t> load(const int16_t* p) const { return loadInt(p); }
 };
 
 // ... and its end: the first n < lanes<float> elements and zeros.  What n demands is made ready once for many loads.
@@ -250,6 +281,20 @@ class FirstLanes {
 #endif
 };
 
+// lanes<double> consecutive 16-bit integers as doubles.
+inline Vec<double> loadWide(const int16_t* p) {
+#if defined(__AVX512F__)
+    return Vec<double>(_mm512_cvtepi32_pd(_mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)))));
+#elif defined(__AVX2__)
+    return Vec<double>(_mm256_cvtepi32_pd(_mm_cvtepi16_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)))));
+#else
+    int pair;
+    std::memcpy(&pair, p, sizeof(pair));
+    const __m128i both = _mm_cvtsi32_si128(pair);
+    return Vec<double>(_mm_cvtepi32_pd(_mm_srai_epi32(_mm_unpacklo_epi16(both, both), 16)));
+#endif
+}
+
 // A vector of floats as two of doubles, and back with rounding.
 struct WideHalves {
     Vec<double> low, high;
@@ -300,6 +345,34 @@ Vec<T> mulAdd(const Vec<T>& a, const Vec<T>& b, const Vec<T>& c) {
     return a * b + c;
 }
 
+// The last n lanes of v, zero in those before them.
+template <class T>
+Vec<T> lastLanes(Vec<T> v, std::size_t n) {
+    const Vec<T> index([](auto i) { return static_cast<T>(static_cast<std::size_t>(i)); });
+    stdx::where(index < static_cast<T>(lanes<T> - n), v) = T();
+    return v;
+}
+
+// The sum of the lanes of each of four vectors.
+inline void storeSums(float* dst, const Vec<float>& a, const Vec<float>& b, const Vec<float>& c, const Vec<float>& d) {
+#if defined(__AVX2__)
+#if defined(__AVX512F__)
+    const auto half = [](const Vec<float>& v) {
+        const __m256d high = _mm512_extractf64x4_pd(_mm512_castps_pd(native(v)), 1);
+        return _mm256_add_ps(_mm512_castps512_ps256(native(v)), _mm256_castpd_ps(high));
+    };
+#else
+    const auto half = [](const Vec<float>& v) { return native(v); };
+#endif
+    const __m256 pairs = _mm256_hadd_ps(_mm256_hadd_ps(half(a), half(b)), _mm256_hadd_ps(half(c), half(d)));
+    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(pairs), _mm256_extractf128_ps(pairs, 1)));
+#else
+    __m128 r[] = {native(a), native(b), native(c), native(d)};
+    _MM_TRANSPOSE4_PS(r[0], r[1], r[2], r[3]);
+    _mm_storeu_ps(dst, _mm_add_ps(_mm_add_ps(r[0], r[1]), _mm_add_ps(r[2], r[3])));
+#endif
+}
+
 // Lane by lane x > y ? x : y; where a lane is not a number, y.
 inline Vec<float> greaterOf(const Vec<float>& x, const Vec<float>& y) {
 #if defined(__AVX512F__)
@@ -337,6 +410,30 @@ inline Vec<double> lesserOf(const Vec<double>& x, const Vec<double>& y) {
     return Vec<double>(_mm256_min_pd(native(x), native(y)));
 #else
     return Vec<double>(_mm_min_pd(native(x), native(y)));
+#endif
+}
+
+// Lane by lane x - y, saturated.
+inline Vec<int16_t> subSaturated(const Vec<int16_t>& x, const Vec<int16_t>& y) {
+    const auto a = std::bit_cast<NativeInt>(x), b = std::bit_cast<NativeInt>(y);
+#if defined(__AVX512BW__)
+    return std::bit_cast<Vec<int16_t>>(_mm512_subs_epi16(a, b));
+#elif defined(__AVX2__)
+    return std::bit_cast<Vec<int16_t>>(_mm256_subs_epi16(a, b));
+#else
+    return std::bit_cast<Vec<int16_t>>(_mm_subs_epi16(a, b));
+#endif
+}
+
+// The upper halves of the 32-bit products of the lanes.
+inline Vec<int16_t> mulHigh(const Vec<int16_t>& x, const Vec<int16_t>& y) {
+    const auto a = std::bit_cast<NativeInt>(x), b = std::bit_cast<NativeInt>(y);
+#if defined(__AVX512BW__)
+    return std::bit_cast<Vec<int16_t>>(_mm512_mulhi_epi16(a, b));
+#elif defined(__AVX2__)
+    return std::bit_cast<Vec<int16_t>>(_mm256_mulhi_epi16(a, b));
+#else
+    return std::bit_cast<Vec<int16_t>>(_mm_mulhi_epi16(a, b));
 #endif
 }
 
@@ -444,6 +541,41 @@ class ExactSums {
 };
 #endif
 
+// Comparisons as integers of the lanes' size: -1 where they hold, 0 elsewhere.
+inline Vec<int32_t> whereLess(const Vec<float>& x, const Vec<float>& y) {
+#if defined(__AVX512DQ__)
+    return Vec<int32_t>(_mm512_movm_epi32(_mm512_cmp_ps_mask(native(x), native(y), _CMP_LT_OQ)));
+#elif defined(__AVX2__)
+    return Vec<int32_t>(_mm256_castps_si256(_mm256_cmp_ps(native(x), native(y), _CMP_LT_OQ)));
+#else
+    return Vec<int32_t>(_mm_castps_si128(_mm_cmplt_ps(native(x), native(y))));
+#endif
+}
+inline Vec<int32_t> whereLessOrEqual(const Vec<float>& x, const Vec<float>& y) {
+#if defined(__AVX512DQ__)
+    return Vec<int32_t>(_mm512_movm_epi32(_mm512_cmp_ps_mask(native(x), native(y), _CMP_LE_OQ)));
+#elif defined(__AVX2__)
+    return Vec<int32_t>(_mm256_castps_si256(_mm256_cmp_ps(native(x), native(y), _CMP_LE_OQ)));
+#else
+    return Vec<int32_t>(_mm_castps_si128(_mm_cmple_ps(native(x), native(y))));
+#endif
+}
+inline Vec<int16_t> whereLess(const Vec<int16_t>& x, const Vec<int16_t>& y) {
+    const auto a = std::bit_cast<NativeInt>(x), b = std::bit_cast<NativeInt>(y);
+#if defined(__AVX512BW__)
+    return std::bit_cast<Vec<int16_t>>(_mm512_movm_epi16(_mm512_cmplt_epi16_mask(a, b)));
+#elif defined(__AVX2__)
+    return std::bit_cast<Vec<int16_t>>(_mm256_cmpgt_epi16(b, a));
+#else
+    return std::bit_cast<Vec<int16_t>>(_mm_cmpgt_epi16(b, a));
+#endif
+}
+
+// The sign bits of the lanes: -1 where it is set, 0 elsewhere.
+inline Vec<int32_t> signBits(const Vec<float>& v) {
+    return std::bit_cast<Vec<int32_t>>(v) >> 31;
+}
+
 // ---- permutation ---------------------------------------------------------------------------------------------------
 
 // The elements of even and of odd index of a followed by b: the real and the imaginary parts of complex numbers.
@@ -467,98 +599,6 @@ inline Halves deinterleave(const Vec<float>& a, const Vec<float>& b) {
             Vec<float>(_mm_shuffle_ps(native(a), native(b), 0xdd))};
 #endif
 }
-
-// Constants of a function defined in three pieces: in a row of four, 16- or 32-byte aligned, the first holds for
-// x > upper, the second for lower < x <= upper and the third for all other x.  The fourth is not used.
-template <class T>
-class PieceChoice;
-
-template <>
-class PieceChoice<float> {
-  public:
-    PieceChoice(const Vec<float>& x, float upper, float lower) {
-#if defined(__AVX512F__)
-        const __mmask16 first = _mm512_cmp_ps_mask(native(x), _mm512_set1_ps(upper), _CMP_GT_OQ);
-        const __mmask16 notThird = _mm512_cmp_ps_mask(native(x), _mm512_set1_ps(lower), _CMP_GT_OQ);
-        piece_ = _mm512_mask_mov_epi32(_mm512_set1_epi32(2), notThird, _mm512_set1_epi32(1));
-        piece_ = _mm512_maskz_mov_epi32(static_cast<__mmask16>(~first), piece_);
-#elif defined(__AVX2__)
-        const __m256 first = _mm256_cmp_ps(native(x), _mm256_set1_ps(upper), _CMP_GT_OQ);
-        const __m256 notThird = _mm256_cmp_ps(native(x), _mm256_set1_ps(lower), _CMP_GT_OQ);
-        const __m256i steps = _mm256_add_epi32(_mm256_castps_si256(first), _mm256_castps_si256(notThird));
-        piece_ = _mm256_add_epi32(_mm256_set1_epi32(2), steps);  // a true lane is -1
-#else
-        first_ = _mm_castps_si128(_mm_cmpgt_ps(native(x), _mm_set1_ps(upper)));
-        notThird_ = _mm_castps_si128(_mm_cmpgt_ps(native(x), _mm_set1_ps(lower)));
-#endif
-    }
-
-    Vec<float> operator()(const float (&row)[4]) const {
-#if defined(__AVX512F__)
-        return Vec<float>(_mm512_permutevar_ps(_mm512_broadcast_f32x4(_mm_load_ps(row)), piece_));
-#elif defined(__AVX2__)
-        return Vec<float>(_mm256_permutevar_ps(_mm256_broadcast_ps(reinterpret_cast<const __m128*>(row)), piece_));
-#else
-        const auto all = [](float v) { return _mm_set1_epi32(std::bit_cast<int32_t>(v)); };
-        return Vec<float>(_mm_castsi128_ps(chooseBits(all(row[0]), all(row[1]), all(row[2]), first_, notThird_)));
-#endif
-    }
-
-  private:
-#if defined(__AVX2__)
-    NativeInt piece_;
-#else
-    friend class PieceChoice<double>;
-    // Differences of constants are constants too: two operations a step.
-    static __m128i chooseBits(__m128i a, __m128i b, __m128i c, __m128i first, __m128i notThird) {
-        const __m128i bOrC = _mm_xor_si128(c, _mm_and_si128(notThird, _mm_xor_si128(b, c)));
-        return _mm_xor_si128(bOrC, _mm_and_si128(first, _mm_xor_si128(a, b)));
-    }
-    __m128i first_, notThird_;
-#endif
-};
-
-template <>
-class PieceChoice<double> {
-  public:
-    PieceChoice(const Vec<double>& x, double upper, double lower) {
-#if defined(__AVX512F__)
-        const __mmask8 first = _mm512_cmp_pd_mask(native(x), _mm512_set1_pd(upper), _CMP_GT_OQ);
-        const __mmask8 notThird = _mm512_cmp_pd_mask(native(x), _mm512_set1_pd(lower), _CMP_GT_OQ);
-        piece_ = _mm512_mask_mov_epi64(_mm512_set1_epi64(2), notThird, _mm512_set1_epi64(1));
-        piece_ = _mm512_maskz_mov_epi64(static_cast<__mmask8>(~first), piece_);
-#elif defined(__AVX2__)
-        const __m256d first = _mm256_cmp_pd(native(x), _mm256_set1_pd(upper), _CMP_GT_OQ);
-        const __m256d notThird = _mm256_cmp_pd(native(x), _mm256_set1_pd(lower), _CMP_GT_OQ);
-        // Places in a row of 32-bit halves; both halves of a true lane are -1.
-        const __m256i steps = _mm256_add_epi32(_mm256_castpd_si256(first), _mm256_castpd_si256(notThird));
-        piece_ = _mm256_add_epi32(_mm256_setr_epi32(4, 5, 4, 5, 4, 5, 4, 5), _mm256_add_epi32(steps, steps));
-#else
-        first_ = _mm_castpd_si128(_mm_cmpgt_pd(native(x), _mm_set1_pd(upper)));
-        notThird_ = _mm_castpd_si128(_mm_cmpgt_pd(native(x), _mm_set1_pd(lower)));
-#endif
-    }
-
-    Vec<double> operator()(const double (&row)[4]) const {
-#if defined(__AVX512F__)
-        return Vec<double>(_mm512_permutexvar_pd(piece_, _mm512_broadcast_f64x4(_mm256_load_pd(row))));
-#elif defined(__AVX2__)
-        const __m256i bits = _mm256_castpd_si256(_mm256_load_pd(row));
-        return Vec<double>(_mm256_castsi256_pd(_mm256_permutevar8x32_epi32(bits, piece_)));
-#else
-        const auto all = [](double v) { return _mm_set1_epi64x(std::bit_cast<int64_t>(v)); };
-        return Vec<double>(_mm_castsi128_pd(
-            PieceChoice<float>::chooseBits(all(row[0]), all(row[1]), all(row[2]), first_, notThird_)));
-#endif
-    }
-
-  private:
-#if defined(__AVX2__)
-    NativeInt piece_;
-#else
-    __m128i first_, notThird_;
-#endif
-};
 
 // Four values of each of four rows turned over: dst[k * stride + j] = rows[j][k].
 inline void transpose4(const float* const rows[4], float* dst, std::size_t stride) {
@@ -648,6 +688,17 @@ inline void storeInt16(int16_t* p, const Vec<int32_t>& v) {
 #endif
 }
 
+// The same for two vectors; packed together they take half the permutations and stores.
+inline void storeInt16(int16_t* p, const Vec<int32_t>& a, const Vec<int32_t>& b) {
+#if defined(__AVX2__) && !defined(__AVX512F__)
+    const __m256i packed = _mm256_packs_epi32(native(a), native(b));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_permute4x64_epi64(packed, 0xd8));
+#else
+    storeInt16(p, a);
+    storeInt16(p + lanes<int32_t>, b);
+#endif
+}
+
 // The same for the first n < lanes<double> or lanes<int32_t> lanes only.
 template <class Rounding>
 void storeIntPart(int32_t* p, const Vec<double>& v, Rounding rounding, std::size_t n) {
@@ -662,6 +713,35 @@ inline void storeInt16Part(int16_t* p, const Vec<int32_t>& v, std::size_t n) {
     int16_t buffer[lanes<int32_t>];
     storeInt16(buffer, v);
     for (std::size_t i = 0; i < n; ++i) p[i] = buffer[i];
+#endif
+}
+
+// lanes<double> whole numbers within the 32-bit range, or anything below it, saturated to as many 16-bit integers at p.
+inline void storeInt16(int16_t* p, const Vec<double>& v) {
+#if defined(__AVX512F__)
+    const __m256i whole = _mm512_cvttpd_epi32(native(v));
+    const __m256i packed = _mm256_permute4x64_epi64(_mm256_packs_epi32(whole, whole), 0x08);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
+#elif defined(__AVX2__)
+    const __m128i whole = _mm256_cvttpd_epi32(native(v));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(whole, whole));
+#else
+    const __m128i whole = _mm_cvttpd_epi32(native(v));
+    const int pair = _mm_cvtsi128_si32(_mm_packs_epi32(whole, whole));
+    std::memcpy(p, &pair, sizeof(pair));
+#endif
+}
+
+// The largest whole number not above each lane, for lanes within the 32-bit range; below it, something below it.
+inline Vec<double> floorOf(const Vec<double>& v) {
+#if defined(__AVX512F__)
+    return Vec<double>(_mm512_roundscale_pd(native(v), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
+#elif defined(__AVX2__)
+    return Vec<double>(_mm256_round_pd(native(v), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
+#else
+    const __m128d whole = _mm_cvtepi32_pd(_mm_cvttpd_epi32(native(v)));
+    const __m128d above = _mm_and_pd(_mm_cmpgt_pd(whole, native(v)), _mm_set1_pd(1.0));
+    return Vec<double>(_mm_sub_pd(whole, above));
 #endif
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "core/simd.h"
+#include "core/simd_pieces.h"
 #include "kels/types.h"
 
 namespace kels {
@@ -163,12 +164,12 @@ constexpr PieceRows<T, n> pieceRows(const Kel64f (&p1)[n], const Kel64f (&p2)[n]
 
 inline constexpr auto kRowsFast = pieceRows<Kel32f>(P1_F, P2_F, P3_F, kPoint2_F, kPoint3_F);
 inline constexpr auto kRows32 = pieceRows<Kel64f>(P1_F, P2_F, P3_F, kPoint2_F, kPoint3_F);
-
 inline constexpr auto kRows64 = pieceRows<Kel64f>(P1, P2, P3, kPoint2, kPoint3);
 
-// The single-precision rule on vectors in the arithmetic of T; step(q, t, c) is q * t + c.
-template <class T, class Step>
-Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, const PieceRows<T, kTerms32>& rows, Step step) {
+// The single-precision rule on vectors in the arithmetic of T; step(q, t, c) is q * t + c.  The rows are a template
+// argument because GCC 12 propagates them wrongly, with AVX-512, when they come as a function argument.
+template <auto& rows, class T, class Step>
+[[gnu::always_inline]] inline Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, Step step) {
     const Vec<T> m = greaterOf(b, a);
     const Vec<T> d = lesserOf(a, b) - m;
     const PieceChoice<T> choose(d, rows.point[1], rows.point[2]);
@@ -183,7 +184,7 @@ Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, const PieceRows<T, kTerms32
 // All in single precision.
 inline Vec<Kel32f> logAddFast(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
     using V = Vec<Kel32f>;
-    return logAddLanes<Kel32f>(a, b, kRowsFast, [](const V& q, const V& t, const V& c) { return mulAdd(q, t, c); });
+    return logAddLanes<kRowsFast>(a, b, [](const V& q, const V& t, const V& c) { return mulAdd(q, t, c); });
 }
 
 // To the bit what logAdd(Kel32f, Kel32f) gives.
@@ -192,7 +193,7 @@ inline Vec<Kel32f> logAddAccurate(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
     const auto step = [](const W& q, const W& t, const W& c) { return W(q * t + c); };
     const auto [aLow, aHigh] = widen(a);
     const auto [bLow, bHigh] = widen(b);
-    return narrow(logAddLanes<Kel64f>(aLow, bLow, kRows32, step), logAddLanes<Kel64f>(aHigh, bHigh, kRows32, step));
+    return narrow(logAddLanes<kRows32>(aLow, bLow, step), logAddLanes<kRows32>(aHigh, bHigh, step));
 }
 
 // A sum and what it lost by rounding: together the exact sum (Knuth's two-sum).
@@ -207,8 +208,8 @@ struct ExactSum {
 
 // The double-precision rule on blocks of pairs: as many chains of dependent operations at once as registers allow.
 #if defined(__FMA__)
-// Horner's rule is compensated: what its products and sums lose goes through the same rule into `lost`, and the result is
-// as good as one in twice the working precision (Graillat, Langlois, Louvet, "Compensated Horner scheme", 2005).
+// Horner's rule is compensated: what its products and sums lose goes through the same rule into `lost`, and the result
+// is as good as one in twice the working precision (Graillat, Langlois, Louvet, "Compensated Horner scheme", 2005).
 class CompensatedPairs {
     using V = Vec<Kel64f>;
 

@@ -51,7 +51,7 @@ void toLogs(const T* src, Kel32f* dst, std::size_t len, const SplitMultiplier& m
         dst, len, [&](const Vec<Kel32f>& x) { return x * m.first * m.second; }, 0.0f, dst);
 }
 
-// The integers' logarithms are srcDst[i] * 2^-scaleFactor; whatever the hint does, they become floats and integers again.
+// Integers n stand for the logarithms n * 2^-scaleFactor.  Whatever the hint does, they become floats and integers again.
 template <class T>
 void logAddScaled(const T* src, T* srcDst, std::size_t len, int scaleFactor, int hint) {
     constexpr std::size_t kChunk = 128;

@@ -44,6 +44,13 @@ TEST(Scaling, ShiftsRoundAndSaturateAtEveryCount) {
         for (const int64_t v : values) {
             checkScaling<Kel16s>(v, scale);
             checkScaling<Kel32s>(v, scale);
+            checkScaling<int64_t>(v, scale);
+            if (scale >= 0) {
+                EXPECT_EQ(shiftHalfUp(v, scale), static_cast<int64_t>(std::floor(quotient(v, scale) + 0.5L)))
+                    << v << " >> " << scale;
+            }
+            EXPECT_EQ(addSaturate(v, values[5]), held<int64_t>(static_cast<long double>(v) + values[5]));
+            EXPECT_EQ(addSaturate(v, INT64_MIN), held<int64_t>(static_cast<long double>(v) + INT64_MIN));
         }
     }
     for (const int extreme : {INT32_MIN, INT32_MAX}) {

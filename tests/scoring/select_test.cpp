@@ -122,6 +122,7 @@ TEST_P(Selection, SetsExactlyTheBitsOfTheLists) {
                 const auto row = static_cast<std::size_t>(form.kind == Kind::Rows ? i : number);
                 if (form.kind != Kind::Signs) {
                     expected[row][static_cast<std::size_t>(offset + (form.kind == Kind::Rows ? number : i))] ^= 1;
+                    continue;
                 }
                 for (int j = 0; j < width; ++j) {
                     sign[static_cast<std::size_t>(j)] |= before[row][static_cast<std::size_t>(offset + j)];

@@ -1,0 +1,199 @@
+#include "front_end.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace words {
+namespace {
+
+constexpr float kOffsetPole = 0.999F;
+constexpr float kMelMul = 1127;
+constexpr float kMelDiv = 700;
+constexpr double kNepersPerDb = 0.2302585;          // of energy; half as many of magnitude
+constexpr float kFullScale = 32768;                 // samples are analysed in the range of 16-bit audio
+constexpr double kLeastEnergy = 1;                  // of a frame in that range
+constexpr float kLeastVariance = 1e-3F;             // keeps a constant column from being blown up
+constexpr int kDerivativeRows = 6;                  // the fewest that two windows of +-2 rows take
+constexpr float kDerivativeScale = 1.0F / (2 * 5);  // regression over +-2 rows: 1 / (2 * (1*1 + 2*2))
+
+Vector hammingWindow(int length) {
+    Vector window(length);
+    for (int i = 0; i < length; ++i) {
+        const double phase = 2 * std::numbers::pi * i / std::max(1, length - 1);
+        window[i] = static_cast<float>(0.54 - 0.46 * std::cos(phase));
+    }
+    return window;
+}
+
+float maximum(const float* values, int count) {
+    Kel32f result = 0;
+    check(kelsMax_32f(values, count, &result), "kelsMax_32f");
+    return result;
+}
+
+// The samples without their constant offset and with their treble raised.
+Vector conditioned(const Vector& samples, float preEmphasis) {
+    const int length = samples.size();
+    Vector signal(length);
+    check(kelsMulC_32f(samples.data(), kFullScale, signal.data(), length), "kelsMulC_32f");
+    Kel32f last = signal[0];
+    check(kelsCompensateOffset_32f_I(signal.data(), length, &last, 0, kOffsetPole), "kelsCompensateOffset_32f_I");
+    if (length > 1) {
+        Vector previous(length - 1);
+        check(kelsMulC_32f(signal.data(), preEmphasis, previous.data(), length - 1), "kelsMulC_32f");
+        check(kelsSub_32f_I(previous.data(), signal.data() + 1, length - 1), "kelsSub_32f_I");
+    }
+    return signal;
+}
+
+// Gives each of the first `cols` columns the mean 0 and the variance 1.  What stays the same through a recording
+// (microphone, room) or differs from speaker to speaker by a factor thereby cancels to a good part.
+void normaliseColumns(Matrix& m, int cols) {
+    const float share = 1.0F / static_cast<float>(m.rows());
+    Vector mean(cols);
+    for (int t = 0; t < m.rows(); ++t) check(kelsAdd_32f_I(m.row(t), mean.data(), cols), "kelsAdd_32f_I");
+    check(kelsMulC_32f_I(share, mean.data(), cols), "kelsMulC_32f_I");
+
+    Vector scale(cols);  // first the variance, then 1 / standard deviation
+    Vector square(cols);
+    for (int t = 0; t < m.rows(); ++t) {
+        check(kelsSub_32f_I(mean.data(), m.row(t), cols), "kelsSub_32f_I");
+        check(kelsMul_32f(m.row(t), m.row(t), square.data(), cols), "kelsMul_32f");
+        check(kelsAdd_32f_I(square.data(), scale.data(), cols), "kelsAdd_32f_I");
+    }
+    check(kelsMulC_32f_I(share, scale.data(), cols), "kelsMulC_32f_I");
+    check(kelsSet_32f(kLeastVariance, square.data(), cols), "kelsSet_32f");
+    check(kelsMaxEvery_32f_I(square.data(), scale.data(), cols), "kelsMaxEvery_32f_I");
+    check(kelsRecSqrt_32f(scale.data(), cols, kLeastVariance), "kelsRecSqrt_32f");
+    for (int t = 0; t < m.rows(); ++t) check(kelsMul_32f(scale.data(), m.row(t), m.row(t), cols), "kelsMul_32f");
+}
+
+// The rows with their deltas and accelerations appended.  A word of few frames holds its last one for a while.
+Matrix withDerivatives(const Matrix& statics) {
+    const int width = statics.cols();
+    const int rows = std::max(statics.rows(), kDerivativeRows);
+    Vector packed(rows * width);
+    for (int t = 0; t < rows; ++t) {
+        const float* const source = statics.row(std::min(t, statics.rows() - 1));
+        check(kelsCopy_32f(source, packed.data() + t * width, width), "kelsCopy_32f");
+    }
+    Matrix features(rows, 3 * width);
+    check(kelsDeltaDelta_Win2_32f_D2(packed.data(), width, features.row(0), features.step(), rows, kDerivativeScale,
+                                     kDerivativeScale, kelDeltaBlockFirst | kelDeltaBlockLast),
+          "kelsDeltaDelta_Win2_32f_D2");
+    return features;
+}
+
+}  // namespace
+
+FrontEnd::FrontEnd(int rate, const FrontEndSettings& settings)
+    : settings_(settings),
+      rate_(rate),
+      frameLength_(static_cast<int>(std::lround(settings.frameSeconds * static_cast<float>(rate)))),
+      frameStep_(static_cast<int>(std::lround(settings.stepSeconds * static_cast<float>(rate)))),
+      window_(hammingWindow(frameLength_)) {
+    const auto rateHz = static_cast<float>(rate);
+    if (frameLength_ < 16 || frameStep_ < 1 || rateHz < 4 * settings.lowHz)
+        throw std::runtime_error("a sample rate of " + std::to_string(rate) + " Hz is too low for speech");
+    KelFilterBank_32f* bank = nullptr;
+    check(kelsMelFBankInitAlloc_32f(&bank, &fftOrder_, frameLength_, rateHz, settings.lowHz,
+                                    std::min(settings.highHz, rateHz / 2), settings.filters, kMelMul, kMelDiv,
+                                    kelFBankWeightMel),
+          "kelsMelFBankInitAlloc_32f");
+    filterBank_.reset(bank);
+    KelFFTSpec_R_32f* fft = nullptr;
+    check(kelsFFTInitAlloc_R_32f(&fft, fftOrder_, kelFftNoDiv, kelHintNone), "kelsFFTInitAlloc_R_32f");
+    fft_.reset(fft);
+    KelDCTLifterState_32f* dct = nullptr;
+    const float orthonormal = std::sqrt(2.0F / static_cast<float>(settings.filters));
+    check(kelsDCTLifterInitAlloc_32f(&dct, settings.filters, settings.cepstra, settings.lifter, orthonormal),
+          "kelsDCTLifterInitAlloc_32f");
+    dct_.reset(dct);
+}
+
+float FrontEnd::centreHz(int filter) const {
+    std::vector<int> centres(static_cast<std::size_t>(settings_.filters) + 2);
+    check(kelsFBankGetCenters_32f(filterBank_.get(), centres.data()), "kelsFBankGetCenters_32f");
+    const int bin = centres[static_cast<std::size_t>(filter) + 1];
+    return static_cast<float>(bin) * static_cast<float>(rate_) / static_cast<float>(1 << fftOrder_);
+}
+
+Analysis FrontEnd::analyse(const Recording& recording) const {
+    if (recording.rate != rate_)
+        throw std::runtime_error("is sampled at " + std::to_string(recording.rate) + " Hz, not at " +
+                                 std::to_string(rate_) + " Hz");
+    if (recording.samples.size() < frameLength_)
+        throw std::runtime_error("is shorter than one frame of " + std::to_string(frameLength_) + " samples");
+    Spectra s = spectra(conditioned(recording.samples, settings_.preEmphasis));
+
+    const int frames = s.logMel.rows();
+    const float loudest = maximum(s.logEnergies.data(), frames);
+    if (loudest <= std::log(kLeastEnergy)) throw std::runtime_error("holds no sound");
+    const float quietest = loudest - static_cast<float>(kNepersPerDb) * settings_.wordSpanDb;
+    Analysis analysis;
+    analysis.wordEnd = frames;
+    while (s.logEnergies[analysis.wordBegin] < quietest) ++analysis.wordBegin;
+    while (s.logEnergies[analysis.wordEnd - 1] < quietest) --analysis.wordEnd;
+    analysis.features = withDerivatives(statics(s, analysis.wordBegin, analysis.wordEnd));
+    analysis.logMel = std::move(s.logMel);
+    return analysis;
+}
+
+FrontEnd::Spectra FrontEnd::spectra(const Vector& signal) const {
+    const int frames = 1 + (signal.size() - frameLength_) / frameStep_;
+    const int fftLength = 1 << fftOrder_;
+    const int bins = fftLength / 2 + 1;
+    const int filters = settings_.filters;
+    Vector frame(frameLength_);
+    Vector padded(fftLength);
+    Vector spectrum(2 * bins);
+    Vector magnitude(bins);
+    int bufferBytes = 0;
+    check(kelsFFTGetBufSize_R_32f(fft_.get(), &bufferBytes), "kelsFFTGetBufSize_R_32f");
+    Vector fftBuffer(bufferBytes / 4 + 4);  // the size stated and 15 bytes for alignment
+
+    Spectra result{Matrix(frames, filters), Vector(frames)};
+    float largest = 0;
+    for (int t = 0; t < frames; ++t) {
+        check(kelsMul_32f(signal.data() + t * frameStep_, window_.data(), frame.data(), frameLength_), "kelsMul_32f");
+        Kel64f energy = 0;
+        check(kelsDotProd_32f64f(frame.data(), frame.data(), frameLength_, &energy), "kelsDotProd_32f64f");
+        result.logEnergies[t] = static_cast<float>(std::log(std::max(energy, kLeastEnergy)));
+
+        check(kelsCopyWithPadding_32f(frame.data(), frameLength_, padded.data(), fftLength), "kelsCopyWithPadding_32f");
+        check(kelsFFTFwd_RToCCS_32f(padded.data(), spectrum.data(), fft_.get(),
+                                    reinterpret_cast<Kel8u*>(fftBuffer.data())),
+              "kelsFFTFwd_RToCCS_32f");
+        check(kelsMagnitude_32fc(reinterpret_cast<const Kel32fc*>(spectrum.data()), magnitude.data(), bins),
+              "kelsMagnitude_32fc");
+        check(kelsEvalFBank_32f(magnitude.data(), result.logMel.row(t), filterBank_.get()), "kelsEvalFBank_32f");
+        largest = std::max(largest, maximum(result.logMel.row(t), filters));
+    }
+
+    const float span = std::exp(static_cast<float>(kNepersPerDb / 2) * settings_.spectrumSpanDb);
+    Vector floor(filters);
+    check(kelsSet_32f(std::max(largest / span, 1.0F), floor.data(), filters), "kelsSet_32f");
+    for (int t = 0; t < frames; ++t) {
+        float* const row = result.logMel.row(t);
+        check(kelsMaxEvery_32f_I(floor.data(), row, filters), "kelsMaxEvery_32f_I");
+        for (int i = 0; i < filters; ++i) row[i] = std::log(row[i]);
+    }
+    return result;
+}
+
+Matrix FrontEnd::statics(const Spectra& spectra, int begin, int end) const {
+    const int cepstra = settings_.cepstra;
+    Matrix result(end - begin, cepstra + 1);
+    for (int t = begin; t < end; ++t) {
+        float* const row = result.row(t - begin);
+        check(kelsDCTLifter_32f(spectra.logMel.row(t), row, dct_.get()), "kelsDCTLifter_32f");
+        row[cepstra] = spectra.logEnergies[t];
+    }
+    normaliseColumns(result, cepstra);
+    check(kelsNormEnergy_32f(result.row(0) + cepstra, result.step(), result.rows(), settings_.energySpanDb,
+                             settings_.energyScale),
+          "kelsNormEnergy_32f");
+    return result;
+}
+
+}  // namespace words

@@ -1,0 +1,74 @@
+// From samples to feature vectors: mel-frequency cepstra and the frame's energy, with first and second derivatives.
+#ifndef WORDS_FRONT_END_H
+#define WORDS_FRONT_END_H
+
+#include "audio.h"
+#include "kels_objects.h"
+
+namespace words {
+
+// What decides the features besides the sample rate.
+struct FrontEndSettings {
+    float frameSeconds = 0.025F;
+    float stepSeconds = 0.010F;
+    float preEmphasis = 0.97F;
+    float lowHz = 100;
+    float highHz = 8000;  // or half the sample rate if that is lower
+    int filters = 24;
+    int cepstra = 14;
+    int lifter = 22;
+    // Frames before the first and after the last that reach this level below the loudest frame are not part of the
+    // word.
+    float wordSpanDb = 30;
+    // Filter outputs further than this below the largest of the recording count as background.
+    float spectrumSpanDb = 70;
+    float energySpanDb = 50;
+    // What a change of energy by a factor e weighs beside cepstra of unit variance.
+    float energyScale = 0.5F;
+};
+
+// The stages that are worth a look.
+struct Analysis {
+    Matrix logMel;      // natural logarithm of the filter outputs, a row a frame
+    int wordBegin = 0;  // the frames that belong to the word: wordBegin .. wordEnd - 1
+    int wordEnd = 0;
+    Matrix features;  // a row a frame of the word: cepstra c1..cM and energy, their deltas, their accelerations
+};
+
+// Computes the features of recordings of one sample rate.  One front end may serve several threads at once.
+class FrontEnd {
+  public:
+    // Throws std::runtime_error if the settings do not make sense at this rate.
+    explicit FrontEnd(int rate, const FrontEndSettings& settings = {});
+
+    // Throws std::runtime_error when the recording has another rate, is shorter than a frame or holds no sound.
+    Analysis analyse(const Recording& recording) const;
+
+    int rate() const { return rate_; }
+    const FrontEndSettings& settings() const { return settings_; }
+    int featureCount() const { return 3 * (settings_.cepstra + 1); }
+    // The frequency at which filter 0..filters-1 peaks, in Hz.
+    float centreHz(int filter) const;
+
+  private:
+    struct Spectra {
+        Matrix logMel;
+        Vector logEnergies;
+    };
+    Spectra spectra(const Vector& signal) const;
+    Matrix statics(const Spectra& spectra, int begin, int end) const;
+
+    FrontEndSettings settings_;
+    int rate_;
+    int frameLength_;
+    int frameStep_;
+    int fftOrder_ = 0;
+    Vector window_;
+    FftSpec fft_;
+    FilterBank filterBank_;
+    DctLifter dct_;
+};
+
+}  // namespace words
+
+#endif

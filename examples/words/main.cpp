@@ -1,0 +1,220 @@
+// words: recognises isolated words by what it has heard before.  The usage text below says the rest.
+#include <charconv>
+#include <cstdio>
+#include <iomanip>
+#include <iostream>
+#include <set>
+#include <span>
+#include <string_view>
+
+#include "corpus.h"
+#include "draw.h"
+#include "evaluate.h"
+#include "model.h"
+
+namespace {
+
+using namespace words;
+
+constexpr std::string_view kUsage =
+    R"(usage: words train DIR -o MODEL            learn the words of the recordings in a folder
+       words recognise MODEL FILE...       say which word each recording holds
+       words evaluate DIR [CHOICE]         learn from some of the recordings, recognise the others, count
+       words show FILE -o PICTURE          draw waveform, spectrogram and cepstra (PICTURE: .png or .svg)
+
+Recordings are any audio files that libsndfile reads, of one sample rate, named WORD_SPEAKER_INDEX.wav or the like.
+
+evaluate leaves out each speaker in turn and recognises that speaker from the others, unless CHOICE is
+  --leave-speaker NAME   recognise the recordings of this speaker only
+  --test-index A-B       recognise the recordings with an index from A to B, learn from the rest
+
+Exit status: 0 if all is well, 1 if something failed (files that fail are reported, the others still processed),
+2 if the command line is wrong.
+)";
+
+constexpr int kFailure = 1;
+constexpr int kUsageError = 2;
+
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+void complain(const std::string& message) {
+    std::cerr << "words: " << message << '\n';
+}
+
+// What follows the command's name: options that take a value, and the rest.
+class Arguments {
+  public:
+    Arguments(std::span<char*> arguments, const std::set<std::string_view>& options) {
+        bool optionsEnded = false;
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            const std::string_view argument = arguments[i];
+            if (optionsEnded || argument.size() < 2 || argument[0] != '-') {
+                operands_.emplace_back(argument);
+            } else if (argument == "--") {
+                optionsEnded = true;
+            } else if (!options.contains(argument)) {
+                throw UsageError("unknown option " + std::string(argument));
+            } else if (i + 1 == arguments.size()) {
+                throw UsageError("the option " + std::string(argument) + " needs a value");
+            } else if (!values_.emplace(argument, arguments[i + 1]).second) {
+                throw UsageError("the option " + std::string(argument) + " is given twice");
+            } else {
+                ++i;
+            }
+        }
+    }
+
+    std::optional<std::string> option(std::string_view name) const {
+        const auto value = values_.find(name);
+        return value == values_.end() ? std::nullopt : std::optional(value->second);
+    }
+    std::string requiredOption(std::string_view name) const {
+        if (const auto value = option(name)) return *value;
+        throw UsageError("the option " + std::string(name) + " is missing");
+    }
+    const std::vector<std::string>& operands() const { return operands_; }
+    const std::string& onlyOperand(std::string_view what) const {
+        if (operands_.size() != 1) throw UsageError("exactly one " + std::string(what) + " is needed");
+        return operands_[0];
+    }
+
+  private:
+    std::map<std::string_view, std::string> values_;
+    std::vector<std::string> operands_;
+};
+
+std::pair<int, int> parseRange(const std::string& text) {
+    const char* const end = text.data() + text.size();
+    int first = 0;
+    int last = 0;
+    auto result = std::from_chars(text.data(), end, first);
+    last = first;
+    if (result.ec == std::errc() && result.ptr != end && *result.ptr == '-')
+        result = std::from_chars(result.ptr + 1, end, last);
+    if (result.ec != std::errc() || result.ptr != end || first < 0 || last < first)
+        throw UsageError("\"" + text + "\" is not a range of indices such as 0-4");
+    return {first, last};
+}
+
+// Reports what could not be used; throws if nothing is left.
+int reportComplaints(const Corpus& corpus, const std::string& folder) {
+    for (const auto& complaint : corpus.complaints) complain(complaint);
+    if (corpus.utterances.empty()) throw std::runtime_error(folder + ": holds no usable recordings");
+    return corpus.complaints.empty() ? 0 : kFailure;
+}
+
+int train(const Arguments& arguments) {
+    const std::string& folder = arguments.onlyOperand("folder");
+    const std::string modelFile = arguments.requiredOption("-o");
+    Corpus corpus = loadCorpus(folder);
+    const int status = reportComplaints(corpus, folder);
+    std::vector<Example> examples;
+    std::set<std::string> words;
+    for (const auto& utterance : corpus.utterances) {
+        examples.push_back({utterance.file.label.word, utterance.features});
+        words.insert(utterance.file.label.word);
+    }
+    if (words.size() < 2) throw std::runtime_error(folder + ": holds recordings of fewer than two words");
+    Model model{FrontEnd(corpus.rate), makeRecogniser()};
+    model.recogniser->train(std::move(examples));
+    saveModel(model, modelFile);
+    std::cout << modelFile << ": " << words.size() << " words from " << corpus.utterances.size() << " recordings at "
+              << corpus.rate << " Hz\n";
+    return status;
+}
+
+int recognise(const Arguments& arguments) {
+    if (arguments.operands().size() < 2) throw UsageError("a model and at least one recording are needed");
+    const Model model = loadModel(arguments.operands()[0]);
+    int status = 0;
+    for (const auto& file : std::span(arguments.operands()).subspan(1)) {
+        try {
+            const Recording recording = readRecording(file);
+            std::vector<Candidate> candidates;
+            try {
+                candidates = model.recogniser->recognise(model.frontEnd.analyse(recording).features);
+            } catch (const std::runtime_error& error) {
+                throw std::runtime_error(file + ": " + error.what());
+            }
+            std::cout << file << ": " << candidates[0].word << std::fixed << std::setprecision(2) << "  (cost "
+                      << candidates[0].cost;
+            if (candidates.size() > 1) std::cout << ", next " << candidates[1].word << ' ' << candidates[1].cost;
+            std::cout << ")\n";
+        } catch (const std::runtime_error& error) {
+            complain(error.what());
+            status = kFailure;
+        }
+    }
+    return status;
+}
+
+int evaluate(const Arguments& arguments) {
+    const std::string& folder = arguments.onlyOperand("folder");
+    Split split;
+    split.speaker = arguments.option("--leave-speaker");
+    if (const auto range = arguments.option("--test-index")) split.testIndex = parseRange(*range);
+    if (split.speaker && split.testIndex) throw UsageError("--leave-speaker and --test-index exclude each other");
+    const Corpus corpus = loadCorpus(folder);
+    const int status = reportComplaints(corpus, folder);
+    const Evaluation evaluation(corpus, split);
+    std::cout << corpus.utterances.size() << " recordings from " << folder << '\n';
+    evaluation.print(std::cout);
+    return status;
+}
+
+int show(const Arguments& arguments) {
+    const std::string& file = arguments.onlyOperand("recording");
+    const std::string picture = arguments.requiredOption("-o");
+    if (!canDraw(picture)) throw UsageError("the picture's name must end in .png or .svg");
+    const Recording recording = readRecording(file);
+    try {
+        const FrontEnd frontEnd(recording.rate);
+        drawAnalysis(picture, std::filesystem::path(file).filename().string(), recording, frontEnd,
+                     frontEnd.analyse(recording));
+    } catch (const UnwritablePicture&) {
+        throw;
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(file + ": " + error.what());
+    }
+    return 0;
+}
+
+int run(std::span<char*> arguments) {
+    for (const std::string_view argument : arguments) {
+        if (argument == "--") break;
+        if (argument == "--help" || argument == "-h") {
+            std::cout << kUsage;
+            return 0;
+        }
+    }
+    if (arguments.empty()) throw UsageError("a command is missing");
+    const std::string_view command = arguments[0];
+    const auto rest = arguments.subspan(1);
+    if (command == "train") return train({rest, {"-o"}});
+    if (command == "recognise") return recognise({rest, {}});
+    if (command == "evaluate") return evaluate({rest, {"--leave-speaker", "--test-index"}});
+    if (command == "show") return show({rest, {"-o"}});
+    throw UsageError("unknown command " + std::string(command));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const int status = run(std::span(argv, static_cast<std::size_t>(argc)).subspan(argc > 0 ? 1 : 0));
+        std::cout.flush();
+        if (!std::cout) throw std::runtime_error("standard output cannot be written");
+        return status;
+    } catch (const UsageError& error) {
+        complain(error.what());
+        std::cerr << '\n' << kUsage;
+        return kUsageError;
+    } catch (const std::bad_alloc&) {
+        complain("out of memory");
+    } catch (const std::exception& error) {
+        complain(error.what());
+    }
+    return kFailure;
+}

@@ -1,0 +1,60 @@
+#include "model.h"
+
+#include <array>
+
+namespace words {
+namespace {
+
+constexpr int kMaxRate = 1'000'000;
+constexpr int kMaxFilters = 512;
+constexpr int kMaxLifter = 10'000;
+constexpr float kMaxFrameSeconds = 1;
+
+void saveSettings(ModelWriter& writer, const FrontEndSettings& s) {
+    const std::array floats{s.frameSeconds, s.stepSeconds,    s.preEmphasis,  s.lowHz,      s.highHz,
+                            s.wordSpanDb,   s.spectrumSpanDb, s.energySpanDb, s.energyScale};
+    writer.putFloats(floats.data(), floats.size());
+    for (const int count : {s.filters, s.cepstra, s.lifter}) writer.putCount(static_cast<std::size_t>(count));
+}
+
+FrontEndSettings loadSettings(ModelReader& reader) {
+    FrontEndSettings s;
+    for (float* const value : {&s.frameSeconds, &s.stepSeconds, &s.preEmphasis, &s.lowHz, &s.highHz, &s.wordSpanDb,
+                               &s.spectrumSpanDb, &s.energySpanDb, &s.energyScale})
+        reader.getFloats(value, 1);
+    s.filters = static_cast<int>(reader.getCount(kMaxFilters));
+    s.cepstra = static_cast<int>(reader.getCount(kMaxFilters));
+    s.lifter = static_cast<int>(reader.getCount(kMaxLifter));
+    const auto within = [](float value, float least, float most) { return value >= least && value <= most; };
+    if (!within(s.frameSeconds, 0, kMaxFrameSeconds) || !within(s.stepSeconds, 0, kMaxFrameSeconds) ||
+        !within(s.wordSpanDb, 0, 1000) || !within(s.spectrumSpanDb, 0, 1000) || !within(s.energySpanDb, 0, 1000))
+        throw DamagedModel("a setting of its front end is out of range");
+    return s;
+}
+
+}  // namespace
+
+void saveModel(const Model& model, const std::filesystem::path& file) {
+    ModelWriter writer;
+    writer.putCount(static_cast<std::size_t>(model.frontEnd.rate()));
+    saveSettings(writer, model.frontEnd.settings());
+    writer.putText(model.recogniser->kind());
+    model.recogniser->save(writer);
+    writeModelFile(file, writer);
+}
+
+Model loadModel(const std::filesystem::path& file) {
+    ModelReader reader = readModelFile(file);
+    try {
+        const auto rate = static_cast<int>(reader.getCount(kMaxRate));
+        const FrontEndSettings settings = loadSettings(reader);
+        Model model{FrontEnd(rate, settings), makeRecogniser(reader.getText())};
+        model.recogniser->load(reader, model.frontEnd.featureCount());
+        reader.expectEnd();
+        return model;
+    } catch (const std::runtime_error& error) {
+        throw DamagedModel(file.string() + ": is damaged: " + error.what());
+    }
+}
+
+}  // namespace words

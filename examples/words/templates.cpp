@@ -1,0 +1,81 @@
+#include "templates.h"
+
+#include <limits>
+#include <numeric>
+
+namespace words {
+namespace {
+
+constexpr int kNearest = 8;   // a word's cost is the mean over this many of its templates
+constexpr int kEndSlack = 3;  // frames that a match may leave out at the ends of the shorter word
+constexpr float kBeam = 25;   // alignments this much dearer than the best so far are given up
+constexpr int kMaxRows = 1 << 20;
+
+// The cost per frame of the best alignment.
+float distance(const Matrix& a, const Matrix& b) {
+    Kel32f cost = 0;
+    check(kelsDTW_L2_32f_D2(a.row(0), a.rows(), b.row(0), b.rows(), a.cols(), a.step(), &cost, kEndSlack, kBeam),
+          "kelsDTW_L2_32f_D2");
+    return cost / static_cast<float>(std::max(a.rows(), b.rows()));
+}
+
+float meanOfSmallest(std::vector<float>& costs, std::size_t count) {
+    count = std::min(count, costs.size());
+    std::partial_sort(costs.begin(), costs.begin() + static_cast<std::ptrdiff_t>(count), costs.end());
+    return std::accumulate(costs.begin(), costs.begin() + static_cast<std::ptrdiff_t>(count), 0.0F) /
+           static_cast<float>(count);
+}
+
+}  // namespace
+
+void TemplateRecogniser::train(std::vector<Example> examples) {
+    std::stable_sort(examples.begin(), examples.end(), [](const auto& a, const auto& b) { return a.word < b.word; });
+    templates_ = std::move(examples);
+}
+
+std::vector<Candidate> TemplateRecogniser::recognise(const Matrix& features) const {
+    std::vector<Candidate> candidates;
+    std::vector<float> costs;
+    for (std::size_t i = 0; i < templates_.size(); ++i) {
+        costs.push_back(distance(features, *templates_[i].features));
+        const bool lastOfWord = i + 1 == templates_.size() || templates_[i + 1].word != templates_[i].word;
+        if (!lastOfWord) continue;
+        candidates.push_back({templates_[i].word, meanOfSmallest(costs, kNearest)});
+        costs.clear();
+    }
+    std::stable_sort(candidates.begin(), candidates.end(),
+                     [](const auto& a, const auto& b) { return a.cost < b.cost; });
+    return candidates;
+}
+
+void TemplateRecogniser::save(ModelWriter& writer) const {
+    writer.putCount(templates_.size());
+    for (const auto& [word, features] : templates_) {
+        writer.putText(word);
+        writer.putCount(static_cast<std::size_t>(features->rows()));
+        for (int t = 0; t < features->rows(); ++t) writer.putFloats(features->row(t), features->cols());
+    }
+}
+
+void TemplateRecogniser::load(ModelReader& reader, int featureCount) {
+    std::vector<Example> templates;
+    const std::size_t count = reader.getCount(std::numeric_limits<int>::max());
+    for (std::size_t i = 0; i < count; ++i) {
+        std::string word = reader.getText();
+        const auto rows = static_cast<int>(reader.getCount(kMaxRows));
+        if (rows < 1) throw DamagedModel("a template without frames");
+        reader.expectFloats(static_cast<std::size_t>(rows) * static_cast<std::size_t>(featureCount));
+        auto features = std::make_shared<Matrix>(rows, featureCount);
+        for (int t = 0; t < rows; ++t) reader.getFloats(features->row(t), featureCount);
+        templates.push_back({std::move(word), std::move(features)});
+    }
+    if (templates.empty()) throw DamagedModel("no templates");
+    train(std::move(templates));
+}
+
+std::unique_ptr<Recogniser> makeRecogniser(std::string_view kind) {
+    if (kind == TemplateRecogniser::kKind) return std::make_unique<TemplateRecogniser>();
+    throw std::runtime_error("there is no recogniser of the kind \"" + std::string(kind) + "\"");
+}
+
+}  // namespace words

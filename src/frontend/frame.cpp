@@ -1,0 +1,156 @@
+#include "kels/frame.h"
+
+#include "core/check.h"
+#include "core/fill_copy.h"
+#include "frontend/frame_kernels.h"
+
+namespace kels {
+namespace {
+
+constexpr int kLongestQ15 = 65535;
+
+template <class T>
+KelStatus copyWithPadding(const T* pSrc, int lenSrc, T* pDst, int lenDst) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (lenSrc < 1 || lenDst < 1 || lenDst < lenSrc) return kelStatusSize;
+    const auto used = static_cast<std::size_t>(lenSrc);
+    copy(pSrc, pDst, used);
+    zero(pDst + used, static_cast<std::size_t>(lenDst) - used);
+    return kelStatusOk;
+}
+
+}  // namespace
+}  // namespace kels
+
+using namespace kels;
+
+// ---- offset compensation -------------------------------------------------------------------------------------------
+
+KelStatus kelsCompensateOffset_32f(const Kel32f* pSrc, Kel32f* pDst, int len, Kel32f* pSrcLast, Kel32f dstLast,
+                                   Kel32f val) {
+    if (anyNull(pSrc, pDst, pSrcLast)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    compensateOffset(pSrc, pDst, len, pSrcLast, dstLast, val);
+    return kelStatusOk;
+}
+KelStatus kelsCompensateOffset_32f_I(Kel32f* pSrcDst, int len, Kel32f* pSrcLast, Kel32f dstLast, Kel32f val) {
+    if (anyNull(pSrcDst, pSrcLast)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    compensateOffset(pSrcDst, pSrcDst, len, pSrcLast, dstLast, val);
+    return kelStatusOk;
+}
+KelStatus kelsCompensateOffset_16s(const Kel16s* pSrc, Kel16s* pDst, int len, Kel16s* pSrcLast, Kel16s dstLast,
+                                   Kel32f val) {
+    if (anyNull(pSrc, pDst, pSrcLast)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    const NearestScope nearest;
+    if (-1.0f <= val && val <= 1.0f) {
+        compensateOffsetQ12(pSrc, pDst, len, pSrcLast, dstLast, val);
+    } else {
+        compensateOffset(pSrc, pDst, len, pSrcLast, dstLast, val);
+    }
+    return kelStatusOk;
+}
+KelStatus kelsCompensateOffset_16s_I(Kel16s* pSrcDst, int len, Kel16s* pSrcLast, Kel16s dstLast, Kel32f val) {
+    if (anyNull(pSrcDst, pSrcLast)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    const NearestScope nearest;
+    compensateOffset(pSrcDst, pSrcDst, len, pSrcLast, dstLast, val);
+    return kelStatusOk;
+}
+KelStatus kelsCompensateOffsetQ15_16s(const Kel16s* pSrc, Kel16s* pDst, int len, Kel16s* pSrcLast, Kel16s dstLast,
+                                      Kel16s valQ15) {
+    if (anyNull(pSrc, pDst, pSrcLast)) return kelStatusNullPtr;
+    if (len < 1 || len > kLongestQ15) return kelStatusSize;
+    if (valQ15 < 0) return kelStatusBadArg;
+    compensateOffsetQ15(pSrc, pDst, len, pSrcLast, dstLast, valQ15);
+    return kelStatusOk;
+}
+KelStatus kelsCompensateOffsetQ15_16s_I(Kel16s* pSrcDst, int len, Kel16s* pSrcLast, Kel16s dstLast, Kel16s valQ15) {
+    if (anyNull(pSrcDst, pSrcLast)) return kelStatusNullPtr;
+    if (len < 1 || len > kLongestQ15) return kelStatusSize;
+    if (valQ15 < 0) return kelStatusBadArg;
+    compensateOffsetQ15(pSrcDst, pSrcDst, len, pSrcLast, dstLast, valQ15);
+    return kelStatusOk;
+}
+
+// ---- zero mean -----------------------------------------------------------------------------------------------------
+
+KelStatus kelsZeroMean_16s(Kel16s* pSrcDst, int len) {
+    if (len < 1) return kelStatusSize;
+    if (anyNull(pSrcDst)) return kelStatusNullPtr;
+    zeroMean(pSrcDst, len);
+    return kelStatusOk;
+}
+
+// ---- energy normalisation ------------------------------------------------------------------------------------------
+
+KelStatus kelsNormEnergy_32f(Kel32f* pSrcDst, int step, int height, Kel32f silFloor, Kel32f enScale) {
+    if (anyNull(pSrcDst)) return kelStatusNullPtr;
+    if (step < 1 || height < 1) return kelStatusSize;
+    normalizeEnergy(pSrcDst, step, height, silFloor, largestEnergy(pSrcDst, step, height), 1.0f, enScale);
+    return kelStatusOk;
+}
+KelStatus kelsNormEnergy_16s(Kel16s* pSrcDst, int step, int height, Kel16s silFloor, Kel16s valShift, Kel32f enScale) {
+    if (anyNull(pSrcDst)) return kelStatusNullPtr;
+    if (step < 1 || height < 1) return kelStatusSize;
+    const NearestScope nearest;
+    normalizeEnergy(pSrcDst, step, height, silFloor, largestEnergy(pSrcDst, step, height), valShift, enScale);
+    return kelStatusOk;
+}
+KelStatus kelsNormEnergy_RT_32f(Kel32f* pSrcDst, int step, int height, Kel32f silFloor, Kel32f maxE, Kel32f enScale) {
+    if (anyNull(pSrcDst)) return kelStatusNullPtr;
+    if (step < 1 || height < 1) return kelStatusSize;
+    normalizeEnergy(pSrcDst, step, height, silFloor, maxE, 1.0f, enScale);
+    return kelStatusOk;
+}
+KelStatus kelsNormEnergy_RT_16s(Kel16s* pSrcDst, int step, int height, Kel16s silFloor, Kel16s maxE, Kel16s valShift,
+                                Kel32f enScale) {
+    if (anyNull(pSrcDst)) return kelStatusNullPtr;
+    if (step < 1 || height < 1) return kelStatusSize;
+    const NearestScope nearest;
+    normalizeEnergy(pSrcDst, step, height, silFloor, maxE, valShift, enScale);
+    return kelStatusOk;
+}
+
+// ---- sign changes --------------------------------------------------------------------------------------------------
+
+KelStatus kelsSignChangeRate_16s(const Kel16s* pSrc, int len, Kel32s* pRes) {
+    if (anyNull(pSrc, pRes)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pRes = static_cast<Kel32s>(countNegativeProducts(pSrc, len));
+    return kelStatusOk;
+}
+KelStatus kelsSignChangeRate_32f(const Kel32f* pSrc, int len, Kel32f* pRes) {
+    if (anyNull(pSrc, pRes)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pRes = static_cast<Kel32f>(countNegativeProducts(pSrc, len));
+    return kelStatusOk;
+}
+KelStatus kelsSignChangeRate_Count0_16s(const Kel16s* pSrc, int len, Kel32s* pRes) {
+    if (anyNull(pSrc, pRes)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pRes = static_cast<Kel32s>(countSignSteps(pSrc, len) / 2);
+    return kelStatusOk;
+}
+KelStatus kelsSignChangeRate_Count0_32f(const Kel32f* pSrc, int len, Kel32f* pRes) {
+    if (anyNull(pSrc, pRes)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pRes = static_cast<Kel32f>(countSignSteps(pSrc, len)) * 0.5f;
+    return kelStatusOk;
+}
+KelStatus kelsSignChangeRateXor_32f(const Kel32f* pSrc, int len, Kel32s* pRes) {
+    if (anyNull(pSrc, pRes)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pRes = static_cast<Kel32s>(countSignBitChanges(pSrc, len));
+    return kelStatusOk;
+}
+
+// ---- copy with padding ---------------------------------------------------------------------------------------------
+
+KelStatus kelsCopyWithPadding_16s(const Kel16s* pSrc, int lenSrc, Kel16s* pDst, int lenDst) {
+    return copyWithPadding(pSrc, lenSrc, pDst, lenDst);
+}
+KelStatus kelsCopyWithPadding_32f(const Kel32f* pSrc, int lenSrc, Kel32f* pDst, int lenDst) {
+    return copyWithPadding(pSrc, lenSrc, pDst, lenDst);
+}
