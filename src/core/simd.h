@@ -259,7 +259,7 @@ class FirstLanes {
 
     Vec<float> load(const float* p) const {
         if (n_ == 1) return Vec<float>(_mm_load_ss(p));
-        const __m128 two = _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)));
+        const __m128 two = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
         return Vec<float>(n_ == 2 ? two : _mm_movelh_ps(two, _mm_load_ss(p + 2)));
     }
     Vec<int32_t> load(const int16_t* p) const {
