@@ -1,8 +1,8 @@
 /* Scores of Gaussian mixtures, and the running maxima and sums that they are built up with.
  *
  * A component is a Gaussian with the logarithm of its weight in gConst; its score s = gConst - S / 2 is that of
- * kels/gauss.h and kels/block.h, with the accuracy and the rules for 16-bit models that stand there.  Scores are combined
- * by their maximum (the best component) or by log-add,
+ * kels/gauss.h and kels/block.h, with the accuracy and the rules for 16-bit models that stand there.  Scores are
+ * combined by their maximum (the best component) or by log-add,
  *
  *     logadd(a, b) = ln(e^a + e^b)                         (the likelihood of the whole mixture),
  *
@@ -12,8 +12,8 @@
  *   single      15.3195879547406                                -4500000        max(larger, -4500000)
  *   double      23.0258509299405                                -1e10           larger if >= -9e9, else -1e10
  *
- * The floor holds only where the smaller operand is ignored: two values close together below it are added up there.  Two
- * equal values give the value + 0.6931471827215062 in single precision and + 0.6931471805599475 in double.
+ * The floor holds only where the smaller operand is ignored: two values close together below it are added up there.
+ * Two equal values give the value + 0.6931471827215062 in single precision and + 0.6931471805599475 in double.
  *
  * Kinds of functions, with the shapes of their arrays:
  *
@@ -39,8 +39,8 @@
  *   all of them                          D2L: null pointers (-8), width or height below 1 (-6)
  * A negative offset of the Select forms is a faulty size.  No check looks at the row pointers.
  *
- * Sources: mixtures in the log domain as in Rabiner and Juang, "Fundamentals of Speech Recognition" (1993), section 6.6;
- * selection of Gaussians as in Bocchieri, "Vector quantization for the efficient computation of continuous density
+ * Sources: mixtures in the log domain as in Rabiner and Juang, "Fundamentals of Speech Recognition" (1993), section
+ * 6.6; selection of Gaussians as in Bocchieri, "Vector quantization for the efficient computation of continuous density
  * likelihoods", ICASSP 1993.
  */
 #ifndef KELS_MIXTURE_H
@@ -55,8 +55,8 @@ extern "C" {
 /* ---- maximum over frames ----------------------------------------------------------------------------------------- */
 
 /* pSrcDst[f] = max(pSrcDst[f], s_f), s_f the score of vector f.  Of equal values s_f is stored, which shows only in the
- * sign of a zero; a score, or a running result, that is not a number leaves the running result as it is.  Max1 is another
- * name of Max.
+ * sign of a zero; a score, or a running result, that is not a number leaves the running result as it is.  Max1 is
+ * another name of Max.
  */
 KELS_API KelStatus kelsLogGaussMax1_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar,
                                            int width, Kel32f* pSrcDst, int height, Kel32f gConst);
@@ -132,8 +132,8 @@ KELS_API KelStatus kelsLogGaussMax_IdVarLowScaled_16s32f_D2L(const Kel16s** ppSr
 
 /* ---- log-add over frames ----------------------------------------------------------------------------------------- */
 
-/* pSrcDst[f] = logadd(pSrcDst[f], s_f).  With pSrcDst[f] the logarithm of zero and s_f far above it, s_f to the bit.  Add1
- * is another name of Add.
+/* pSrcDst[f] = logadd(pSrcDst[f], s_f).  With pSrcDst[f] the logarithm of zero and s_f far above it, s_f to the bit.
+ * Add1 is another name of Add.
  */
 KELS_API KelStatus kelsLogGaussAdd1_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar,
                                            int width, Kel32f* pSrcDst, int height, Kel32f gConst);
@@ -188,8 +188,8 @@ KELS_API KelStatus kelsLogGaussAdd_16s32f_D2L(const Kel16s** ppSrc, const Kel16s
 
 /* ---- maximum over Gaussians -------------------------------------------------------------------------------------- */
 
-/* pSrcDst[g] = max(pSrcDst[g], s_g), s_g = pDets[g] - S_g / 2 the score of pSrc under Gaussian g, the rows g of the mean
- * and of the inverse-variance block.  Ties and what is not a number: as over frames.  pDets may be pSrcDst.
+/* pSrcDst[g] = max(pSrcDst[g], s_g), s_g = pDets[g] - S_g / 2 the score of pSrc under Gaussian g, the rows g of the
+ * mean and of the inverse-variance block.  Ties and what is not a number: as over frames.  pDets may be pSrcDst.
  */
 KELS_API KelStatus kelsLogGaussMaxMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step,
                                                   const Kel32f* pSrc, int width, const Kel32f* pDets, Kel32f* pSrcDst,
@@ -270,8 +270,8 @@ KELS_API KelStatus kelsLogGaussAddMultiMix_16s32f_D2L(const Kel16s** ppMean, con
 
 /* ---- mixtures ---------------------------------------------------------------------------------------------------- */
 
-/* *pResult = ln of the sum of e^s_m over the components m = 0 .. height - 1, s_m = pDets[m] - S_m / 2: s_0 as it is, even
- * below the logarithm of zero, and the others added to it by logadd one after another in their order.
+/* *pResult = ln of the sum of e^s_m over the components m = 0 .. height - 1, s_m = pDets[m] - S_m / 2: s_0 as it is,
+ * even below the logarithm of zero, and the others added to it by logadd one after another in their order.
  */
 KELS_API KelStatus kelsLogGaussMixture_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar, int height,
                                               int step, int width, const Kel32f* pDets, Kel32f* pResult);
@@ -317,8 +317,8 @@ KELS_API KelStatus kelsLogGaussMixture_IdVarLowScaled_16s32f_D2L(const Kel16s* p
 /* ---- selected components ----------------------------------------------------------------------------------------- */
 
 /* The same over those components m whose bit offset + m of the row pSign is set: bits are counted from the most
- * significant one of the first byte, as in the sign tables of kels/select.h.  Bytes that hold none of the bits offset ..
- * offset + height - 1 are not read.  With none set *pResult = -4500000.
+ * significant one of the first byte, as in the sign tables of kels/select.h.  Bytes that hold none of the bits offset
+ * .. offset + height - 1 are not read.  With none set *pResult = -4500000.
  */
 KELS_API KelStatus kelsLogGaussMixture_Select_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar,
                                                      int height, int step, int width, const Kel32f* pDets,

@@ -54,7 +54,8 @@ inline bool anyBelowOne(const Kel32s* counts, int n) {
     return std::any_of(counts, counts + n, [](Kel32s count) { return count < 1; });
 }
 
-// Lists that stand one behind the other: call(i, list, its length) for each of them; false as soon as a call gives false.
+// Lists that stand one behind the other: call(i, list, its length) for each of them; false as soon as a call gives
+// false.
 template <class Counts, class Call>
 bool forEachList(const Kel32s* numbers, const Counts& counts, std::size_t lists, const Call& call) {
     for (std::size_t i = 0; i < lists; ++i) {
@@ -94,8 +95,8 @@ void toggleInColumns(const Kel32s* numbers, const Counts& counts, std::size_t li
 
 // ---- sign tables ---------------------------------------------------------------------------------------------------
 
-// dst, from its first bit on, |= the `width` bits of src from bit `offset` on; only bytes that hold one of them are read.
-// The bits of dst's last byte that are too many take anything.
+// dst, from its first bit on, |= the `width` bits of src from bit `offset` on; only bytes that hold one of them are
+// read. The bits of dst's last byte that are too many take anything.
 inline void orBits(const Kel8u* src, std::size_t offset, Kel8u* dst, std::size_t width) {
     src += offset / 8;
     const unsigned shift = offset % 8;

@@ -20,8 +20,8 @@ namespace {
 
 // ---- calling any of the functions ----------------------------------------------------------------------------------
 
-// Arguments by role, a letter each:  x vectors, m means, v inverse variances (capitals: arrays of row pointers), p step,
-// w width, h height, d constants, g constant, r results, s sign row, o offset, f scale factor.
+// Arguments by role, a letter each:  x vectors, m means, v inverse variances (capitals: arrays of row pointers), p
+// step, w width, h height, d constants, g constant, r results, s sign row, o offset, f scale factor.
 struct Arguments {
     std::map<char, void*> pointers;
     std::map<char, long double> values;
