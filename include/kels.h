@@ -8,6 +8,7 @@
 
 #include "kels/types.h"
 
+#include "kels/block.h"
 #include "kels/core.h"
 #include "kels/dct.h"
 #include "kels/delta.h"
@@ -15,7 +16,10 @@
 #include "kels/fbank.h"
 #include "kels/fft.h"
 #include "kels/frame.h"
+#include "kels/gauss.h"
 #include "kels/log.h"
+#include "kels/mixture.h"
 #include "kels/model.h"
+#include "kels/select.h"
 
 #endif

@@ -114,6 +114,19 @@ constexpr T shiftLeftSaturate(int64_t v, int shift) {
     }
 }
 
+// v * 2^shift for shift >= 0, held to +-2^62: beyond every sum of 32-bit values that it may enter.
+constexpr int64_t shiftLeftHeld(int64_t v, int shift) {
+    constexpr int64_t beyond = int64_t{1} << 62;
+    const int64_t limit = beyond >> std::min(shift, 62);
+    if (v > limit || v < -limit) return v > 0 ? beyond : -beyond;
+    return static_cast<int64_t>(static_cast<uint64_t>(v) << std::min(shift, 62));
+}
+
+// v * 2^shift for shift >= 0 without its bits above the lowest 64.
+constexpr int64_t shiftLeftWrapped(int64_t v, int shift) {
+    return shift > 63 ? 0 : static_cast<int64_t>(static_cast<uint64_t>(v) << shift);
+}
+
 // v * 2^-scaleFactor saturated to T, with the rounding that `right` gives a right shift.
 template <class T, class Right>
 constexpr T scaleWith(Right right, int64_t v, int scaleFactor) {

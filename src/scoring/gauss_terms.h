@@ -1,0 +1,169 @@
+// How one dimension contributes to the sum of a Gaussian's exponent, and in what arithmetic.
+//
+// A term is an arithmetic with a weighting:
+//
+//   arithmetic          source             sum                   rounding
+//   Lanes<W>            Kel32f or Kel16s   Kel32f, in vectors    single precision, order free
+//   Exact<W>            Kel16s             int64_t, in vectors   none
+//   Scalar<A, W>        any                A, one at a time      that of A; long double is the extended precision
+//
+//   weighting           what (x - mean) = d adds
+//   InverseVariance     d * d * v
+//   UnitVariance        d * d
+//   UnitWrapped         d * d held in 32 bits without its carry (Exact only)
+//   DirectVariance      d * d / v (Scalar only)
+//
+// A weighting without a variance never touches Item::variance.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "core/simd.h"
+#include "kels/types.h"
+
+namespace kels {
+
+// One vector and one Gaussian: rows of `width` elements.
+template <class T>
+struct Item {
+    const T* vector;
+    const T* mean;
+    const T* variance = nullptr;
+};
+
+// ---- weightings ----------------------------------------------------------------------------------------------------
+
+struct InverseVariance {
+    static constexpr bool kVariance = true;
+    template <class V>
+    static V plus(const V& sum, const V& d, const V& v) {
+        if constexpr (std::is_floating_point_v<V>)
+            return sum + d * d * v;
+        else
+            return mulAdd(d * v, d, sum);
+    }
+    // 17 by 16 bits: |d * v| < 2^31.
+    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>& v) { sums.addWeightedSquares(d, v); }
+};
+
+struct UnitVariance {
+    static constexpr bool kVariance = false;
+    template <class V>
+    static V plus(const V& sum, const V& d, const V&) {
+        if constexpr (std::is_floating_point_v<V>)
+            return sum + d * d;
+        else
+            return mulAdd(d, d, sum);
+    }
+    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>&) { sums.addProducts(d, d); }
+};
+
+struct UnitWrapped {
+    static constexpr bool kVariance = false;
+    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>&) {
+        const auto bits = stdx::static_simd_cast<Vec<uint32_t>>(d);
+        sums.addProducts(stdx::static_simd_cast<Vec<int32_t>>(bits * bits), Vec<int32_t>(1));
+    }
+};
+
+struct DirectVariance {
+    static constexpr bool kVariance = true;
+    template <class A>
+    static A plus(A sum, A d, A v) {
+        return sum + d * d / v;
+    }
+};
+
+// ---- arithmetics ---------------------------------------------------------------------------------------------------
+// An arithmetic gives the type Partial of running sums, zero(); add(sum, lanes, item, i): the terms of kStep
+// elements from i on, or of the first few of them, added to a partial sum; the most elements kRun that one partial sum may take; and the
+// totals of four partial sums, or of partial sums that belong together, as values of type Sum.
+
+template <class Weighting>
+struct Lanes {
+    using Partial = Vec<Kel32f>;
+    using Sum = Kel32f;
+    static constexpr std::size_t kStep = lanes<Kel32f>;
+    static constexpr std::size_t kRun = 1 << 20;
+
+    static Partial zero() { return Partial(0.0f); }
+
+    template <class Load, class T>
+    static Partial add(const Partial& sum, const Load& lanes, const Item<T>& item, std::size_t i) {
+        const Partial d = single(lanes.load(item.vector + i) - lanes.load(item.mean + i));
+        if constexpr (Weighting::kVariance)
+            return Weighting::plus(sum, d, single(lanes.load(item.variance + i)));
+        else
+            return Weighting::plus(sum, d, d);
+    }
+    static std::array<Sum, 4> totals(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
+        std::array<Sum, 4> sums;
+        sumsOf4(a, b, c, d, sums.data());
+        return sums;
+    }
+    static Sum total(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
+        return stdx::reduce((a + b) + (c + d));
+    }
+
+  private:
+    static Partial single(const Partial& v) { return v; }
+    static Partial single(const Vec<int32_t>& v) { return toFloat(v); }
+};
+
+template <class Weighting>
+struct Exact {
+    using Partial = ExactSums;
+    using Sum = int64_t;
+    static constexpr std::size_t kStep = lanes<int32_t>;
+    static constexpr std::size_t kRun = ExactSums::kMost * kStep;
+
+    static Partial zero() { return {}; }
+
+    template <class Load>
+    static Partial add(Partial sum, const Load& lanes, const Item<Kel16s>& item, std::size_t i) {
+        const Vec<int32_t> d = lanes.load(item.vector + i) - lanes.load(item.mean + i);
+        if constexpr (Weighting::kVariance)
+            Weighting::add(sum, d, lanes.load(item.variance + i));
+        else
+            Weighting::add(sum, d, d);
+        return sum;
+    }
+    static std::array<Sum, 4> totals(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
+        std::array<Sum, 4> sums;
+        Partial::totals(a, b, c, d, sums.data());
+        return sums;
+    }
+    static Sum total(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {
+        const auto sums = totals(a, b, c, d);
+        return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+    }
+};
+
+template <class A, class Weighting>
+struct Scalar {
+    using Partial = A;
+    using Sum = A;
+    static constexpr std::size_t kStep = 1;
+    static constexpr std::size_t kRun = 1 << 30;
+
+    static Partial zero() { return 0; }
+
+    template <class Load, class T>
+    static Partial add(Partial sum, const Load&, const Item<T>& item, std::size_t i) {
+        const A d = static_cast<A>(item.vector[i]) - static_cast<A>(item.mean[i]);
+        if constexpr (Weighting::kVariance)
+            return Weighting::plus(sum, d, static_cast<A>(item.variance[i]));
+        else
+            return Weighting::plus(sum, d, d);
+    }
+    static std::array<Sum, 4> totals(Partial a, Partial b, Partial c, Partial d) { return {a, b, c, d}; }
+    static Sum total(Partial a, Partial b, Partial c, Partial d) { return (a + b) + (c + d); }
+};
+
+template <class Weighting>
+using Extended = Scalar<long double, Weighting>;
+
+}  // namespace kels

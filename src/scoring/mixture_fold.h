@@ -1,0 +1,19 @@
+// The fold that adds likelihoods: scores are logarithms, and each is added to the running sum that is already there.
+#pragma once
+
+#include <cstddef>
+
+#include "scoring/gauss_walk.h"
+#include "scoring/log_vectors.h"
+
+namespace kels {
+
+template <class T>
+struct LogAddTo {
+    T* results;
+    void operator()(std::size_t first, const T* scores, std::size_t n) const {
+        logAddVector(scores, results + first, n);
+    }
+};
+
+}  // namespace kels

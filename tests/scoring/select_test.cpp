@@ -1,0 +1,195 @@
+#include "kels/select.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "support/guarded.h"
+#include "support/random.h"
+
+namespace {
+
+enum class Kind { Rows, Columns, Signs };
+
+// All six functions by the names of the sizes: `lists` lists of numbers below `bound`, each number or list being a row.
+struct Call {
+    const Kel32s *numbers, *counts;
+    int n, bound, lists, step, offset, width;
+    Kel8u **rows, *dst;
+};
+struct Form {
+    const char* name;
+    Kind kind;
+    bool variable;
+    std::function<KelStatus(const Call&)> run;
+};
+const Form kForms[] = {
+    {"Row", Kind::Rows, false,
+     [](const Call& c) {
+         return kelsFillShortlist_Row_1u(c.numbers, c.bound, c.n, c.rows, c.lists, c.step, c.offset);
+     }},
+    {"RowVar", Kind::Rows, true,
+     [](const Call& c) {
+         return kelsFillShortlist_RowVar_1u(c.numbers, c.bound, c.counts, c.rows, c.lists, c.step, c.offset);
+     }},
+    {"Column", Kind::Columns, false,
+     [](const Call& c) {
+         return kelsFillShortlist_Column_1u(c.numbers, c.n, c.rows, c.bound, c.step, c.offset, c.lists);
+     }},
+    {"ColumnVar", Kind::Columns, true,
+     [](const Call& c) {
+         return kelsFillShortlist_ColumnVar_1u(c.numbers, c.counts, c.rows, c.bound, c.step, c.offset, c.lists);
+     }},
+    {"Signs", Kind::Signs, false,
+     [](const Call& c) {
+         return kelsBuildSignTable_8u1u(c.numbers, c.n, const_cast<const Kel8u**>(c.rows), c.bound, c.step, c.offset,
+                                        c.dst, c.lists, c.width);
+     }},
+    {"SignsVar", Kind::Signs, true,
+     [](const Call& c) {
+         return kelsBuildSignTable_Var_8u1u(c.numbers, c.counts, const_cast<const Kel8u**>(c.rows), c.bound, c.step,
+                                            c.offset, c.dst, c.lists, c.width);
+     }},
+};
+void PrintTo(const Form& form, std::ostream* out) {
+    *out << form.name;
+}
+
+// A problem with random lists and random bits in all rows, which end at the last byte that may be touched.
+struct Problem {
+    std::vector<int> counts;
+    std::vector<Kel32s> numbers;
+    int rowBits, rowBytes;
+    test::Guarded<Kel8u> table, dst;
+    std::vector<Kel8u*> rows;
+    Call call;
+
+    Problem(const Form& form, test::Random& random, int lists, int bound, int n, int width, int offset)
+        : rowBits(form.kind == Kind::Rows      ? bound
+                  : form.kind == Kind::Columns ? lists
+                                               : width),
+          rowBytes((offset + rowBits + 7) / 8),
+          table(static_cast<std::size_t>((form.kind == Kind::Rows ? lists : bound) * rowBytes)),
+          dst(static_cast<std::size_t>(lists * ((width + 7) / 8))) {
+        for (int i = 0; i < lists; ++i) counts.push_back(form.variable ? random.between(1, n) : n);
+        for (const int count : counts) {
+            for (int k = 0; k < count; ++k) numbers.push_back(random.between(0, bound - 1));
+        }
+        // A sign that any row sets by accident would hide one that is lost.
+        for (std::size_t i = 0; i < table.size(); ++i) {
+            table[i] = static_cast<Kel8u>(random.between(0, 255) & random.between(0, 255));
+        }
+        for (std::size_t i = 0; i < dst.size(); ++i) dst[i] = 0xa5;
+        for (std::size_t at = 0; at < table.size(); at += static_cast<std::size_t>(rowBytes)) {
+            rows.insert(rows.begin(), table.data() + at);
+        }
+        call = {numbers.data(), counts.data(), n, bound, lists, rowBytes, offset, width, rows.data(), dst.data()};
+    }
+};
+
+bool bit(const Kel8u* row, int p) {
+    return (row[p >> 3] & (1 << (7 - (p & 7)))) != 0;
+}
+
+class Selection : public ::testing::TestWithParam<Form> {};
+INSTANTIATE_TEST_SUITE_P(Forms, Selection, ::testing::ValuesIn(kForms),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_P(Selection, SetsExactlyTheBitsOfTheLists) {
+    test::Random random(7);
+    const Form& form = GetParam();
+    for (int round = 0; round < 600; ++round) {
+        const int lists = random.between(1, 20), bound = random.between(1, 40), n = random.between(1, 6);
+        const int offset = random.between(0, 19), width = round % 4 ? random.between(1, 41) : 8 * random.between(1, 9);
+        Problem p(form, random, lists, bound, n, width, offset);
+        std::vector<std::vector<int>> before;
+        for (const Kel8u* row : p.rows) {
+            auto& bits = before.emplace_back();
+            for (int i = 0; i < 8 * p.rowBytes; ++i) bits.push_back(bit(row, i));
+        }
+        ASSERT_EQ(form.run(p.call), 0);
+
+        auto expected = before;
+        std::size_t at = 0;
+        for (int i = 0; i < lists; ++i) {
+            std::vector<int> sign(static_cast<std::size_t>(8 * ((width + 7) / 8)));
+            for (int k = 0; k < p.counts[static_cast<std::size_t>(i)]; ++k) {
+                const int number = p.numbers[at++];
+                const auto row = static_cast<std::size_t>(form.kind == Kind::Rows ? i : number);
+                if (form.kind != Kind::Signs) {
+                    expected[row][static_cast<std::size_t>(offset + (form.kind == Kind::Rows ? number : i))] ^= 1;
+                    continue;
+                }
+                for (int j = 0; j < width; ++j) {
+                    sign[static_cast<std::size_t>(j)] |= before[row][static_cast<std::size_t>(offset + j)];
+                }
+            }
+            if (form.kind != Kind::Signs) continue;
+            for (std::size_t j = 0; j < sign.size(); ++j) {
+                ASSERT_EQ(bit(p.dst + i * ((width + 7) / 8), static_cast<int>(j)), sign[j]) << i << ' ' << j;
+            }
+        }
+        for (std::size_t row = 0; row < expected.size(); ++row) {
+            for (std::size_t i = 0; i < expected[row].size(); ++i) {
+                ASSERT_EQ(bit(p.rows[row], static_cast<int>(i)), expected[row][i]) << row << ' ' << i;
+            }
+        }
+    }
+}
+
+TEST(Selection, TheFirstBitIsTheMostSignificant) {
+    Kel8u row[2] = {0, 0}, *rows[] = {row}, sign = 0;
+    const Kel8u* const constRows[] = {row};
+    const Kel32s numbers[] = {0, 3, 8}, cluster = 0;
+    ASSERT_EQ(kelsFillShortlist_Row_1u(numbers, 9, 3, rows, 1, 2, 0), 0);
+    EXPECT_EQ(row[0], 0x90);
+    EXPECT_EQ(row[1], 0x80);
+    ASSERT_EQ(kelsBuildSignTable_8u1u(&cluster, 1, const_cast<const Kel8u**>(constRows), 1, 2, 3, &sign, 1, 6), 0);
+    EXPECT_EQ(sign, 0x84);
+}
+
+// Faults in the order in which they must be found; of two, the first wins and nothing is written.
+TEST_P(Selection, ReportsTheFirstFault) {
+    const Form& form = GetParam();
+    struct Fault {
+        KelStatus status;
+        std::function<void(Problem&)> make;
+    };
+    std::vector<Fault> faults = {{kelStatusNullPtr, [](Problem& p) { p.call.numbers = nullptr; }},
+                                 {kelStatusNullPtr, [](Problem& p) { p.call.rows = nullptr; }}};
+    const auto add = [&](KelStatus status, auto make) { faults.push_back({status, make}); };
+    if (form.variable) add(kelStatusNullPtr, [](Problem& p) { p.call.counts = nullptr; });
+    if (form.kind == Kind::Signs) add(kelStatusNullPtr, [](Problem& p) { p.call.dst = nullptr; });
+    if (form.variable)
+        add(kelStatusSize, [](Problem& p) { p.counts.back() = 0; });
+    else
+        add(kelStatusSize, [](Problem& p) { p.call.n = 0; });
+    if (form.kind == Kind::Signs) add(kelStatusSize, [](Problem& p) { p.call.width = 0; });
+    add(kelStatusSize, [](Problem& p) { p.call.lists = 0; });
+    add(kelStatusSize, [](Problem& p) { p.call.bound = 0; });
+    add(kelStatusSize, [](Problem& p) { p.call.step = 0; });
+    add(kelStatusSize, [](Problem& p) { p.call.offset = -1; });
+    add(kelStatusStep, [](Problem& p) { p.call.step -= 1; });
+    add(kelStatusStep, [](Problem& p) { p.call.offset = INT_MAX; });
+    add(kelStatusBadArg, [](Problem& p) { p.numbers.back() = p.call.bound; });
+    add(kelStatusBadArg, [](Problem& p) { p.numbers.front() = -1; });
+    // What one fault sets the next one must not mend: they are made from the last to the first.
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        for (std::size_t j = i; j < faults.size(); ++j) {
+            test::Random random(3);
+            Problem p(form, random, 17, 19, 3, 20, 5);
+            const auto table = p.table.vector(), dst = p.dst.vector();
+            faults[j].make(p);
+            faults[i].make(p);
+            EXPECT_EQ(form.run(p.call), faults[i].status) << i << ' ' << j;
+            EXPECT_EQ(p.table.vector(), table);
+            EXPECT_EQ(p.dst.vector(), dst);
+        }
+    }
+}
+
+}  // namespace
