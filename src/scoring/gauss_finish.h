@@ -27,6 +27,8 @@
 
 namespace kels {
 
+// The deduction guides of the aggregates are for compilers that do not make them up.
+
 // ---- constants -----------------------------------------------------------------------------------------------------
 
 template <class T>
@@ -35,6 +37,8 @@ struct SameConstant {
     T value;
     T operator[](std::size_t) const { return value; }
 };
+template <class T>
+SameConstant(T) -> SameConstant<T>;
 
 template <class T>
 struct ConstantOf {
@@ -42,6 +46,8 @@ struct ConstantOf {
     const T* values;
     T operator[](std::size_t item) const { return values[item]; }
 };
+template <class T>
+ConstantOf(const T*) -> ConstantOf<T>;
 
 // ---- finishes ------------------------------------------------------------------------------------------------------
 
@@ -124,6 +130,8 @@ struct StoreTo {
         std::copy(scores, scores + n, results + first);
     }
 };
+template <class T>
+StoreTo(T*) -> StoreTo<T>;
 
 // Equal scores are stored; a score, or a result, that is not a number leaves the result as it is.
 template <class T>
@@ -136,5 +144,7 @@ struct MaxWith {
         }
     }
 };
+template <class T>
+MaxWith(T*) -> MaxWith<T>;
 
 }  // namespace kels

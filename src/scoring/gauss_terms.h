@@ -33,6 +33,10 @@ struct Item {
     const T* mean;
     const T* variance = nullptr;
 };
+template <class T>
+Item(const T*, const T*) -> Item<T>;
+template <class T>
+Item(const T*, const T*, const T*) -> Item<T>;
 
 // ---- weightings ----------------------------------------------------------------------------------------------------
 

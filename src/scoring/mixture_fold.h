@@ -15,5 +15,7 @@ struct LogAddTo {
         logAddVector(scores, results + first, n);
     }
 };
+template <class T>
+LogAddTo(T*) -> LogAddTo<T>;
 
 }  // namespace kels
