@@ -6,6 +6,7 @@
 
 #include "core/scaling.h"
 #include "core/simd.h"
+#include "core/simd_int.h"
 
 namespace kels {
 

@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "core/simd.h"
+#include "core/simd_int.h"
 #include "kels/types.h"
 
 namespace kels {

@@ -1,6 +1,6 @@
 // Vectors of the width that the build's target gives, over the standard library's data-parallel types, and the few
 // operations that those lack.  Kernels are written once on Vec<T>; every use of an intrinsic stands here and in
-// simd_floats.h.
+// the headers simd_*.h beside it.
 #pragma once
 
 #include <immintrin.h>
@@ -203,84 +203,6 @@ inline Vec<float> toFloat(const Vec<int32_t>& v) {
     return stdx::static_simd_cast<Vec<float>>(v);
 }
 
-// The two ways in which a row is loaded: whole vectors...
-struct AllLanes {
-    Vec<float> load(const float* p) const { return kels::load(p); }
-    Vec<int32_t> load(const int16_t* p) const { return loadInt(p); }
-};
-
-// ... and its end: the first n < lanes<float> elements and zeros.  What n demands is made ready once for many loads.
-// `before` elements in front of p may be read too.
-class FirstLanes {
-  public:
-#if defined(__AVX512F__)
-    explicit FirstLanes(std::size_t n, std::size_t = 0) : mask_(static_cast<__mmask16>((1u << n) - 1)) {}
-
-    Vec<float> load(const float* p) const {
-        return Vec<float>(_mm512_maskz_loadu_ps(mask_, p));
-    }
-    Vec<int32_t> load(const int16_t* p) const {
-        return Vec<int32_t>(_mm512_cvtepi16_epi32(_mm256_maskz_loadu_epi16(mask_, p)));
-    }
-
-  private:
-    __mmask16 mask_;
-#elif defined(__AVX2__)
-    explicit FirstLanes(std::size_t n, std::size_t before = 0)
-        : n_(n), wholeLoad_(n + before >= 8), mask_(firstLanes(n, std::integral_constant<int, 4>())) {
-        // Byte i comes from byte i + 16 - 2n; from 16 on the index turns negative, which makes zeros.
-        const __m128i index = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
-        down_ = _mm_add_epi8(index, _mm_set1_epi8(static_cast<char>(16 - 2 * n)));
-        down_ = _mm_or_si128(down_, _mm_cmpgt_epi8(down_, _mm_set1_epi8(15)));
-    }
-
-    Vec<float> load(const float* p) const { return Vec<float>(_mm256_maskload_ps(p, mask_)); }
-    Vec<int32_t> load(const int16_t* p) const {
-        if (!wholeLoad_) return Vec<int32_t>(_mm256_cvtepi16_epi32(few(p)));
-        const __m128i last = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n_) - 1);
-        return Vec<int32_t>(_mm256_cvtepi16_epi32(_mm_shuffle_epi8(last, down_)));
-    }
-
-  private:
-    __m128i few(const int16_t* p) const {
-        if (n_ <= 4) return upTo4(p, n_);
-        // The last four, shifted down over what they share with the first four.
-        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-        const __m128i high = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n_ - 4));
-        return _mm_unpacklo_epi64(low, _mm_srl_epi64(high, _mm_cvtsi32_si128(static_cast<int>(128 - 16 * n_))));
-    }
-
-    std::size_t n_;
-    bool wholeLoad_;
-    __m256i mask_;
-    __m128i down_;
-#else
-    explicit FirstLanes(std::size_t n, std::size_t = 0) : n_(n) {}
-
-    Vec<float> load(const float* p) const {
-        if (n_ == 1) return Vec<float>(_mm_load_ss(p));
-        const __m128 two = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
-        return Vec<float>(n_ == 2 ? two : _mm_movelh_ps(two, _mm_load_ss(p + 2)));
-    }
-    Vec<int32_t> load(const int16_t* p) const {
-        const __m128i v = upTo4(p, n_);
-        return Vec<int32_t>(_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16));
-    }
-
-  private:
-    std::size_t n_;
-#endif
-#if !defined(__AVX512F__)
-    static __m128i upTo4(const int16_t* p, std::size_t n) {
-        if (n == 4) return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-        if (n == 1) return _mm_cvtsi32_si128(static_cast<uint16_t>(p[0]));
-        int32_t two;
-        __builtin_memcpy(&two, p, sizeof two);
-        return n == 2 ? _mm_cvtsi32_si128(two) : _mm_insert_epi16(_mm_cvtsi32_si128(two), p[2], 2);
-    }
-#endif
-};
-
 // lanes<double> consecutive 16-bit integers as doubles.
 inline Vec<double> loadWide(const int16_t* p) {
 #if defined(__AVX512F__)
@@ -345,32 +267,20 @@ Vec<T> mulAdd(const Vec<T>& a, const Vec<T>& b, const Vec<T>& c) {
     return a * b + c;
 }
 
+inline double mulAdd(double a, double b, double c) {
+#if defined(__FMA__)
+    return __builtin_fma(a, b, c);
+#else
+    return a * b + c;
+#endif
+}
+
 // The last n lanes of v, zero in those before them.
 template <class T>
 Vec<T> lastLanes(Vec<T> v, std::size_t n) {
     const Vec<T> index([](auto i) { return static_cast<T>(static_cast<std::size_t>(i)); });
     stdx::where(index < static_cast<T>(lanes<T> - n), v) = T();
     return v;
-}
-
-// The sum of the lanes of each of four vectors.
-inline void storeSums(float* dst, const Vec<float>& a, const Vec<float>& b, const Vec<float>& c, const Vec<float>& d) {
-#if defined(__AVX2__)
-#if defined(__AVX512F__)
-    const auto half = [](const Vec<float>& v) {
-        const __m256d high = _mm512_extractf64x4_pd(_mm512_castps_pd(native(v)), 1);
-        return _mm256_add_ps(_mm512_castps512_ps256(native(v)), _mm256_castpd_ps(high));
-    };
-#else
-    const auto half = [](const Vec<float>& v) { return native(v); };
-#endif
-    const __m256 pairs = _mm256_hadd_ps(_mm256_hadd_ps(half(a), half(b)), _mm256_hadd_ps(half(c), half(d)));
-    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(pairs), _mm256_extractf128_ps(pairs, 1)));
-#else
-    __m128 r[] = {native(a), native(b), native(c), native(d)};
-    _MM_TRANSPOSE4_PS(r[0], r[1], r[2], r[3]);
-    _mm_storeu_ps(dst, _mm_add_ps(_mm_add_ps(r[0], r[1]), _mm_add_ps(r[2], r[3])));
-#endif
 }
 
 // Lane by lane x > y ? x : y; where a lane is not a number, y.
@@ -443,104 +353,6 @@ Vec<T> magnitude(const Vec<T>& v) {
     return stdx::abs(v);
 }
 
-// The sums over the lanes of each of four vectors, at dst[0..3]: the vectors are folded together, so that four sums cost
-// little more than one.
-inline void sumsOf4(const Vec<float>& a, const Vec<float>& b, const Vec<float>& c, const Vec<float>& d, float* dst) {
-#if defined(__AVX512F__)
-    const __m512 ab = _mm512_add_ps(_mm512_unpacklo_ps(native(a), native(b)), _mm512_unpackhi_ps(native(a), native(b)));
-    const __m512 cd = _mm512_add_ps(_mm512_unpacklo_ps(native(c), native(d)), _mm512_unpackhi_ps(native(c), native(d)));
-    const __m512 quarters = _mm512_add_ps(_mm512_shuffle_ps(ab, cd, 0x44), _mm512_shuffle_ps(ab, cd, 0xee));
-    const __m256 halves = _mm256_add_ps(_mm512_castps512_ps256(quarters), _mm512_extractf32x8_ps(quarters, 1));
-    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(halves), _mm256_extractf128_ps(halves, 1)));
-#elif defined(__AVX2__)
-    const __m256 ab = _mm256_add_ps(_mm256_unpacklo_ps(native(a), native(b)), _mm256_unpackhi_ps(native(a), native(b)));
-    const __m256 cd = _mm256_add_ps(_mm256_unpacklo_ps(native(c), native(d)), _mm256_unpackhi_ps(native(c), native(d)));
-    const __m256 halves = _mm256_add_ps(_mm256_shuffle_ps(ab, cd, 0x44), _mm256_shuffle_ps(ab, cd, 0xee));
-    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(halves), _mm256_extractf128_ps(halves, 1)));
-#else
-    const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(native(a), native(b)), _mm_unpackhi_ps(native(a), native(b)));
-    const __m128 cd = _mm_add_ps(_mm_unpacklo_ps(native(c), native(d)), _mm_unpackhi_ps(native(c), native(d)));
-    _mm_storeu_ps(dst, _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab)));
-#endif
-}
-
-// Exact sums of products of 32-bit integers, lanes<int32_t> products at a time.
-#if defined(__AVX2__)
-// In lanes of 64 bits.
-class ExactSums {
-  public:
-    static constexpr std::size_t kMost = 1 << 20;  // additions that are surely exact
-
-    void addProducts(const Vec<int32_t>& x, const Vec<int32_t>& y) {
-        add(even(native(x), native(y)), even(odd(native(x)), odd(native(y))));
-    }
-    // d * d * v, where |d * v| < 2^31.
-    void addWeightedSquares(const Vec<int32_t>& d, const Vec<int32_t>& v) { addProducts(d * v, d); }
-
-    // As sumsOf4 for vectors.
-    static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
-        const __m256i v = a.half(), w = b.half(), x = c.half(), y = d.half();
-        const __m256i ab = _mm256_add_epi64(_mm256_unpacklo_epi64(v, w), _mm256_unpackhi_epi64(v, w));
-        const __m256i cd = _mm256_add_epi64(_mm256_unpacklo_epi64(x, y), _mm256_unpackhi_epi64(x, y));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), _mm256_add_epi64(_mm256_permute2x128_si256(ab, cd, 0x20),
-                                                                              _mm256_permute2x128_si256(ab, cd, 0x31)));
-    }
-
-  private:
-#if defined(__AVX512F__)
-    __m256i half() const {
-        return _mm256_add_epi64(_mm512_castsi512_si256(sums_), _mm512_extracti64x4_epi64(sums_, 1));
-    }
-#else
-    __m256i half() const {
-        return sums_;
-    }
-#endif
-    void add(NativeInt x, NativeInt y) { sums_ = plus(plus(sums_, x), y); }
-    // The products of the even places as 64-bit numbers; the odd places moved to the even ones.
-#if defined(__AVX512F__)
-    static NativeInt plus(NativeInt x, NativeInt y) { return _mm512_add_epi64(x, y); }
-    static NativeInt even(NativeInt x, NativeInt y) { return _mm512_mul_epi32(x, y); }
-    static NativeInt odd(NativeInt x) { return _mm512_srli_epi64(x, 32); }
-#else
-    static NativeInt plus(NativeInt x, NativeInt y) { return _mm256_add_epi64(x, y); }
-    static NativeInt even(NativeInt x, NativeInt y) { return _mm256_mul_epi32(x, y); }
-    static NativeInt odd(NativeInt x) { return _mm256_srli_epi64(x, 32); }
-#endif
-    NativeInt sums_ = {};
-};
-#else
-// Without signed multiplication in vectors: in the 53 bits of doubles.  Exact for products below 2^47.
-class ExactSums {
-  public:
-    static constexpr std::size_t kMost = 16;
-
-    void addProducts(const Vec<int32_t>& x, const Vec<int32_t>& y) {
-        add(_mm_mul_pd(low(x), low(y)), _mm_mul_pd(high(x), high(y)));
-    }
-    void addWeightedSquares(const Vec<int32_t>& d, const Vec<int32_t>& v) {
-        add(_mm_mul_pd(_mm_mul_pd(low(d), low(v)), low(d)), _mm_mul_pd(_mm_mul_pd(high(d), high(v)), high(d)));
-    }
-
-    static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
-        const auto sum = [](const ExactSums& s) {
-            return static_cast<int64_t>(_mm_cvtsd_f64(_mm_add_sd(s.sums_, _mm_unpackhi_pd(s.sums_, s.sums_))));
-        };
-        dst[0] = sum(a);
-        dst[1] = sum(b);
-        dst[2] = sum(c);
-        dst[3] = sum(d);
-    }
-
-  private:
-    void add(__m128d x, __m128d y) { sums_ = _mm_add_pd(sums_, _mm_add_pd(x, y)); }
-    static __m128d low(const Vec<int32_t>& v) { return _mm_cvtepi32_pd(native(v)); }
-    static __m128d high(const Vec<int32_t>& v) { return _mm_cvtepi32_pd(_mm_srli_si128(native(v), 8)); }
-
-    __m128d sums_ = {};
-};
-#endif
-
 // Comparisons as integers of the lanes' size: -1 where they hold, 0 elsewhere.
 inline Vec<int32_t> whereLess(const Vec<float>& x, const Vec<float>& y) {
 #if defined(__AVX512DQ__)
@@ -611,146 +423,6 @@ inline void transpose4(const float* const rows[4], float* dst, std::size_t strid
     _mm_storeu_ps(dst + stride, b);
     _mm_storeu_ps(dst + 2 * stride, c);
     _mm_storeu_ps(dst + 3 * stride, d);
-}
-
-// ---- float to integer ----------------------------------------------------------------------------------------------
-// Lanes outside the integer's range and NaN give -2147483648, as the instructions do.
-
-struct TowardZero {};
-struct ToNearest {};  // in the rounding mode that is set: used inside a NearestScope
-
-inline Vec<int32_t> toInt(const Vec<float>& v, TowardZero) {
-#if defined(__AVX512F__)
-    return Vec<int32_t>(_mm512_cvttps_epi32(native(v)));
-#elif defined(__AVX2__)
-    return Vec<int32_t>(_mm256_cvttps_epi32(native(v)));
-#else
-    return Vec<int32_t>(_mm_cvttps_epi32(native(v)));
-#endif
-}
-inline Vec<int32_t> toInt(const Vec<float>& v, ToNearest) {
-#if defined(__AVX512F__)
-    return Vec<int32_t>(_mm512_cvtps_epi32(native(v)));
-#elif defined(__AVX2__)
-    return Vec<int32_t>(_mm256_cvtps_epi32(native(v)));
-#else
-    return Vec<int32_t>(_mm_cvtps_epi32(native(v)));
-#endif
-}
-
-// The same, but lanes of 2^31 and more give 2147483647.
-template <class Rounding>
-Vec<int32_t> toIntSaturated(const Vec<float>& v, Rounding rounding) {
-    // All ones turn -2147483648, which such lanes come out as, into 2147483647.
-    const NativeFloat limit = native(Vec<float>(2147483648.0f));
-    const NativeInt converted = native(toInt(v, rounding));
-#if defined(__AVX512F__)
-    const __mmask16 above = _mm512_cmp_ps_mask(native(v), limit, _CMP_GE_OQ);
-    return Vec<int32_t>(_mm512_mask_xor_epi32(converted, above, converted, _mm512_set1_epi32(-1)));
-#elif defined(__AVX2__)
-    const __m256 above = _mm256_cmp_ps(native(v), limit, _CMP_GE_OQ);
-    return Vec<int32_t>(_mm256_xor_si256(converted, _mm256_castps_si256(above)));
-#else
-    const __m128 above = _mm_cmpge_ps(native(v), limit);
-    return Vec<int32_t>(_mm_xor_si128(converted, _mm_castps_si128(above)));
-#endif
-}
-
-// lanes<double> doubles to as many integers at p.
-inline void storeInt(int32_t* p, const Vec<double>& v, TowardZero) {
-#if defined(__AVX512F__)
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvttpd_epi32(native(v)));
-#elif defined(__AVX2__)
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvttpd_epi32(native(v)));
-#else
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_cvttpd_epi32(native(v)));
-#endif
-}
-inline void storeInt(int32_t* p, const Vec<double>& v, ToNearest) {
-#if defined(__AVX512F__)
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtpd_epi32(native(v)));
-#elif defined(__AVX2__)
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvtpd_epi32(native(v)));
-#else
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_cvtpd_epi32(native(v)));
-#endif
-}
-
-// lanes<int32_t> integers, saturated, to as many 16-bit integers at p.
-inline void storeInt16(int16_t* p, const Vec<int32_t>& v) {
-#if defined(__AVX512F__)
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_cvtsepi32_epi16(native(v)));
-#elif defined(__AVX2__)
-    const __m256i packed = _mm256_packs_epi32(native(v), native(v));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(_mm256_permute4x64_epi64(packed, 0x08)));
-#else
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(native(v), native(v)));
-#endif
-}
-
-// The same for two vectors; packed together they take half the permutations and stores.
-inline void storeInt16(int16_t* p, const Vec<int32_t>& a, const Vec<int32_t>& b) {
-#if defined(__AVX2__) && !defined(__AVX512F__)
-    const __m256i packed = _mm256_packs_epi32(native(a), native(b));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_permute4x64_epi64(packed, 0xd8));
-#else
-    storeInt16(p, a);
-    storeInt16(p + lanes<int32_t>, b);
-#endif
-}
-
-// The same for the first n < lanes<double> or lanes<int32_t> lanes only.
-template <class Rounding>
-void storeIntPart(int32_t* p, const Vec<double>& v, Rounding rounding, std::size_t n) {
-    int32_t buffer[lanes<double>];
-    storeInt(buffer, v, rounding);
-    for (std::size_t i = 0; i < n; ++i) p[i] = buffer[i];
-}
-inline void storeInt16Part(int16_t* p, const Vec<int32_t>& v, std::size_t n) {
-#if defined(__AVX512F__)
-    _mm512_mask_cvtsepi32_storeu_epi16(p, static_cast<__mmask16>((1u << n) - 1), native(v));
-#else
-    int16_t buffer[lanes<int32_t>];
-    storeInt16(buffer, v);
-    for (std::size_t i = 0; i < n; ++i) p[i] = buffer[i];
-#endif
-}
-
-// lanes<double> whole numbers within the 32-bit range, or anything below it, saturated to as many 16-bit integers at p.
-inline void storeInt16(int16_t* p, const Vec<double>& v) {
-#if defined(__AVX512F__)
-    const __m256i whole = _mm512_cvttpd_epi32(native(v));
-    const __m256i packed = _mm256_permute4x64_epi64(_mm256_packs_epi32(whole, whole), 0x08);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(packed));
-#elif defined(__AVX2__)
-    const __m128i whole = _mm256_cvttpd_epi32(native(v));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packs_epi32(whole, whole));
-#else
-    const __m128i whole = _mm_cvttpd_epi32(native(v));
-    const int pair = _mm_cvtsi128_si32(_mm_packs_epi32(whole, whole));
-    std::memcpy(p, &pair, sizeof(pair));
-#endif
-}
-
-// The largest whole number not above each lane, for lanes within the 32-bit range; below it, something below it.
-inline Vec<double> floorOf(const Vec<double>& v) {
-#if defined(__AVX512F__)
-    return Vec<double>(_mm512_roundscale_pd(native(v), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
-#elif defined(__AVX2__)
-    return Vec<double>(_mm256_round_pd(native(v), _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC));
-#else
-    const __m128d whole = _mm_cvtepi32_pd(_mm_cvttpd_epi32(native(v)));
-    const __m128d above = _mm_and_pd(_mm_cmpgt_pd(whole, native(v)), _mm_set1_pd(1.0));
-    return Vec<double>(_mm_sub_pd(whole, above));
-#endif
-}
-
-// One value, rounded in the mode that is set.
-inline int32_t toIntScalar(float v) {
-    return _mm_cvtss_si32(_mm_set_ss(v));
-}
-inline int32_t toIntScalar(double v) {
-    return _mm_cvtsd_si32(_mm_set_sd(v));
 }
 
 // ---- maps ----------------------------------------------------------------------------------------------------------

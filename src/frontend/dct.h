@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/simd.h"
+#include "core/simd_rows.h"
 #include "kels/dct.h"
 #include "kels/types.h"
 
@@ -78,7 +79,7 @@ inline void addFrame(const State& state, const Kel32f* src, std::size_t n, std::
         Vec<Kel32f> sum[4];
         Kel32f total[4];
         dotRows(src, n, row, sum);
-        storeSums(total, sum[0], sum[1], sum[2], sum[3]);
+        sumsOf4(sum[0], sum[1], sum[2], sum[3], total);
         for (int r = 0; r < 4; ++r) put(k - 1 + r, k + r, total[r]);
     }
     for (; k <= state.lenCeps; ++k) putOne(k - 1, k);

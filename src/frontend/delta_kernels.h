@@ -13,6 +13,7 @@
 
 #include "core/scaling.h"
 #include "core/simd.h"
+#include "core/simd_int.h"
 #include "kels/delta.h"
 
 namespace kels {

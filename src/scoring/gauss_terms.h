@@ -22,6 +22,7 @@
 #include <type_traits>
 
 #include "core/simd.h"
+#include "core/simd_rows.h"
 #include "kels/types.h"
 
 namespace kels {

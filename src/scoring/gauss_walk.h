@@ -35,6 +35,7 @@
 #include "core/check.h"
 #include "core/rows.h"
 #include "core/simd.h"
+#include "core/simd_rows.h"
 #include "scoring/gauss_finish.h"
 #include "scoring/gauss_terms.h"
 

@@ -87,12 +87,15 @@ inline Kel64f flooredLog(Kel64f m) {
     return m < kBelowIsLogZero64 ? kLogZero64 : m;
 }
 
-// m + ln(1 + e^d) by the piece with the terms p at t from its expansion point, in the arithmetic of W.
-template <class W, std::size_t n>
-W addPiece(W m, W t, const Kel64f (&p)[n]) {
-    W q = static_cast<W>(p[0]);
-    for (std::size_t i = 1; i < n; ++i) q = q * t + static_cast<W>(p[i]);
-    return m + q;
+// The polynomial of the single-precision rule at t, term(0) its highest one, in double precision: a tree and not a
+// chain of multiply-adds, because a sum of many logarithms waits for each of them in turn.
+template <class W, class Term>
+[[gnu::always_inline]] inline W polynomial32(const W& t, Term term) {
+    const W t2 = t * t, t4 = t2 * t2, t8 = t4 * t4;
+    const W low = mulAdd(mulAdd(term(7), t, term(8)), t2, mulAdd(term(9), t, term(10)));
+    const W middle = mulAdd(mulAdd(term(3), t, term(4)), t2, mulAdd(term(5), t, term(6)));
+    const W high = mulAdd(term(0), t2, mulAdd(term(1), t, term(2)));
+    return mulAdd(high, t8, mulAdd(middle, t4, low));
 }
 
 // Evaluated in double precision and rounded once.
@@ -102,9 +105,12 @@ inline Kel32f logAdd(Kel32f a, Kel32f b) {
     const Kel64f d = Kel64f{b > a ? a : b} - m;
     // The operands are equal and their difference is not a number when both are the same infinity.
     if (d < kLogAddCutOff32 || (a == b && d != d)) return flooredLog(larger);
-    if (d > kPoint2_F) return static_cast<Kel32f>(addPiece(m, d, P1_F));
-    if (d > kPoint3_F) return static_cast<Kel32f>(addPiece(m, d - kPoint2_F, P2_F));
-    return static_cast<Kel32f>(addPiece(m, d - kPoint3_F, P3_F));
+    const auto sum = [m](Kel64f t, const Kel64f(&p)[kTerms32]) {
+        return static_cast<Kel32f>(m + polynomial32(t, [&p](std::size_t i) { return p[i]; }));
+    };
+    if (d > kPoint2_F) return sum(d, P1_F);
+    if (d > kPoint3_F) return sum(d - kPoint2_F, P2_F);
+    return sum(d - kPoint3_F, P3_F);
 }
 
 // A pair in double precision on the way to its result.
@@ -166,34 +172,34 @@ inline constexpr auto kRowsFast = pieceRows<Kel32f>(P1_F, P2_F, P3_F, kPoint2_F,
 inline constexpr auto kRows32 = pieceRows<Kel64f>(P1_F, P2_F, P3_F, kPoint2_F, kPoint3_F);
 inline constexpr auto kRows64 = pieceRows<Kel64f>(P1, P2, P3, kPoint2, kPoint3);
 
-// The single-precision rule on vectors in the arithmetic of T; step(q, t, c) is q * t + c.  The rows are a template
-// argument because GCC 12 propagates them wrongly, with AVX-512, when they come as a function argument.
-template <auto& rows, class T, class Step>
-[[gnu::always_inline]] inline Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, Step step) {
+// The single-precision rule on vectors of T; polynomial(t, term) evaluates a piece.  The rows are a template argument
+// because GCC 12 propagates them wrongly, with AVX-512, when they come as a function argument.
+template <auto& rows, class T, class Polynomial>
+[[gnu::always_inline]] inline Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, Polynomial polynomial) {
     const Vec<T> m = greaterOf(b, a);
     const Vec<T> d = lesserOf(a, b) - m;
     const PieceChoice<T> choose(d, rows.point[1], rows.point[2]);
     const Vec<T> t = d - choose(rows.point);
-    Vec<T> q = choose(rows.term[0]);
-    for (std::size_t i = 1; i < kTerms32; ++i) q = step(q, t, choose(rows.term[i]));
-    Vec<T> sum = m + q;
+    Vec<T> sum = m + polynomial(t, [&](std::size_t i) { return choose(rows.term[i]); });
     stdx::where(d < static_cast<T>(kLogAddCutOff32) || (a == b && d != d), sum) = greaterOf(Vec<T>(kLogZero32), m);
     return sum;
 }
 
-// All in single precision.
+// All in single precision, by Horner's rule: it has the fewest operations.
 inline Vec<Kel32f> logAddFast(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
-    using V = Vec<Kel32f>;
-    return logAddLanes<kRowsFast>(a, b, [](const V& q, const V& t, const V& c) { return mulAdd(q, t, c); });
+    return logAddLanes<kRowsFast>(a, b, [](const Vec<Kel32f>& t, auto term) {
+        Vec<Kel32f> q = term(0);
+        for (std::size_t i = 1; i < kTerms32; ++i) q = mulAdd(q, t, term(i));
+        return q;
+    });
 }
 
 // To the bit what logAdd(Kel32f, Kel32f) gives.
 inline Vec<Kel32f> logAddAccurate(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
-    using W = Vec<Kel64f>;
-    const auto step = [](const W& q, const W& t, const W& c) { return W(q * t + c); };
+    const auto polynomial = [](const Vec<Kel64f>& t, auto term) { return polynomial32(t, term); };
     const auto [aLow, aHigh] = widen(a);
     const auto [bLow, bHigh] = widen(b);
-    return narrow(logAddLanes<kRows32>(aLow, bLow, step), logAddLanes<kRows32>(aHigh, bHigh, step));
+    return narrow(logAddLanes<kRows32>(aLow, bLow, polynomial), logAddLanes<kRows32>(aHigh, bHigh, polynomial));
 }
 
 // A sum and what it lost by rounding: together the exact sum (Knuth's two-sum).
