@@ -275,6 +275,17 @@ inline double mulAdd(double a, double b, double c) {
 #endif
 }
 
+// A sum and what it lost by rounding: together the exact sum (Knuth's two-sum).
+template <class V>
+struct ExactSum {
+    V sum, lost;
+
+    ExactSum(const V& x, const V& y) : sum(x + y) {
+        const V added = sum - x;
+        lost = (x - (sum - added)) + (y - added);
+    }
+};
+
 // The last n lanes of v, zero in those before them.
 template <class T>
 Vec<T> lastLanes(Vec<T> v, std::size_t n) {

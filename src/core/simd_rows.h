@@ -12,9 +12,13 @@ namespace kels {
 struct AllLanes {
     Vec<float> load(const float* p) const { return kels::load(p); }
     Vec<int32_t> load(const int16_t* p) const { return loadInt(p); }
+    template <class T>
+    Vec<double> loadWide(const T* p) const {
+        return kels::loadWide(p);
+    }
 };
 
-// ... and its end: the first n < lanes<float> elements and zeros.  What n demands is made ready once for many loads.
+// ... and its end: the first n < lanes<float> elements, or n < lanes<double> as doubles, and zeros.  What n demands is made ready once for many loads.
 // `before` elements in front of p may be read too.
 class FirstLanes {
   public:
@@ -26,6 +30,12 @@ class FirstLanes {
     }
     Vec<int32_t> load(const int16_t* p) const {
         return Vec<int32_t>(_mm512_cvtepi16_epi32(_mm256_maskz_loadu_epi16(mask_, p)));
+    }
+    Vec<double> loadWide(const double* p) const {
+        return Vec<double>(_mm512_maskz_loadu_pd(static_cast<__mmask8>(mask_), p));
+    }
+    Vec<double> loadWide(const float* p) const {
+        return Vec<double>(_mm512_cvtps_pd(_mm256_maskz_loadu_ps(static_cast<__mmask8>(mask_), p)));
     }
 
   private:
@@ -39,11 +49,19 @@ class FirstLanes {
         down_ = _mm_or_si128(down_, _mm_cmpgt_epi8(down_, _mm_set1_epi8(15)));
     }
 
-    Vec<float> load(const float* p) const { return Vec<float>(_mm256_maskload_ps(p, mask_)); }
+    Vec<float> load(const float* p) const {
+        return Vec<float>(_mm256_maskload_ps(p, mask_));
+    }
     Vec<int32_t> load(const int16_t* p) const {
         if (!wholeLoad_) return Vec<int32_t>(_mm256_cvtepi16_epi32(few(p)));
         const __m128i last = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n_) - 1);
         return Vec<int32_t>(_mm256_cvtepi16_epi32(_mm_shuffle_epi8(last, down_)));
+    }
+    Vec<double> loadWide(const double* p) const {
+        return Vec<double>(_mm256_maskload_pd(p, _mm256_cvtepi32_epi64(_mm256_castsi256_si128(mask_))));
+    }
+    Vec<double> loadWide(const float* p) const {
+        return Vec<double>(_mm256_cvtps_pd(_mm_maskload_ps(p, _mm256_castsi256_si128(mask_))));
     }
 
   private:
@@ -109,6 +127,87 @@ inline void sumsOf4(const Vec<float>& a, const Vec<float>& b, const Vec<float>& 
 #endif
 }
 
+// Sums of doubles that keep what rounding loses: high + low.
+struct DoubledValue {
+    double high, low;
+
+    explicit operator double() const { return high + low; }
+    friend DoubledValue operator+(const DoubledValue& x, const DoubledValue& y) {
+        const ExactSum<double> sum(x.high, y.high);
+        return {sum.sum, sum.lost + (x.low + y.low)};
+    }
+};
+
+#if defined(__AVX2__)
+struct DoubledSum {
+    Vec<double> high, low;
+
+    // The totals over the lanes of each of four sums, at dst[0..3].
+    static void totals(const DoubledSum& a, const DoubledSum& b, const DoubledSum& c, const DoubledSum& d,
+                       DoubledValue* dst) {
+        const DoubledSum ab = folded<EvenAndOdd>(a, b), cd = folded<EvenAndOdd>(c, d);
+        const DoubledSum halves = folded<Quarters>(ab, cd);
+#if defined(__AVX512F__)
+        const DoubledSum abcd = folded<Quarters>(halves, halves);
+        const __m256d high = _mm512_castpd512_pd256(native(abcd.high)), low = _mm512_castpd512_pd256(native(abcd.low));
+#else
+        const __m256d high = native(halves.high), low = native(halves.low);
+#endif
+        const __m256d ac = _mm256_unpacklo_pd(high, low), bd = _mm256_unpackhi_pd(high, low);
+        _mm256_storeu_pd(&dst[0].high, _mm256_permute2f128_pd(ac, bd, 0x20));
+        _mm256_storeu_pd(&dst[2].high, _mm256_permute2f128_pd(ac, bd, 0x31));
+    }
+
+  private:
+    // The lanes of x and y that are to be added to those that the second one gives.
+    struct EvenAndOdd {
+#if defined(__AVX512F__)
+        static __m512d one(__m512d x, __m512d y) {
+            return _mm512_unpacklo_pd(x, y);
+        }
+        static __m512d other(__m512d x, __m512d y) {
+            return _mm512_unpackhi_pd(x, y);
+        }
+#else
+        static __m256d one(__m256d x, __m256d y) {
+            return _mm256_unpacklo_pd(x, y);
+        }
+        static __m256d other(__m256d x, __m256d y) {
+            return _mm256_unpackhi_pd(x, y);
+        }
+#endif
+    };
+    struct Quarters {
+#if defined(__AVX512F__)
+        static __m512d one(__m512d x, __m512d y) {
+            return _mm512_shuffle_f64x2(x, y, 0x88);
+        }
+        static __m512d other(__m512d x, __m512d y) {
+            return _mm512_shuffle_f64x2(x, y, 0xdd);
+        }
+#else
+        static __m256d one(__m256d x, __m256d y) {
+            return _mm256_permute2f128_pd(x, y, 0x20);
+        }
+        static __m256d other(__m256d x, __m256d y) {
+            return _mm256_permute2f128_pd(x, y, 0x31);
+        }
+#endif
+    };
+    template <class Choice>
+    static DoubledSum folded(const DoubledSum& x, const DoubledSum& y) {
+        const auto one = [](const Vec<double>& v, const Vec<double>& w) {
+            return Vec<double>(Choice::one(native(v), native(w)));
+        };
+        const auto other = [](const Vec<double>& v, const Vec<double>& w) {
+            return Vec<double>(Choice::other(native(v), native(w)));
+        };
+        const ExactSum<Vec<double>> sum(one(x.high, y.high), other(x.high, y.high));
+        return {sum.sum, sum.lost + (one(x.low, y.low) + other(x.low, y.low))};
+    }
+};
+#endif
+
 // Exact sums of products of 32-bit integers, lanes<int32_t> products at a time.
 #if defined(__AVX2__)
 // In lanes of 64 bits.
@@ -141,16 +240,30 @@ class ExactSums {
         return sums_;
     }
 #endif
-    void add(NativeInt x, NativeInt y) { sums_ = plus(plus(sums_, x), y); }
+    void add(NativeInt x, NativeInt y) {
+        sums_ = plus(plus(sums_, x), y);
+    }
     // The products of the even places as 64-bit numbers; the odd places moved to the even ones.
 #if defined(__AVX512F__)
-    static NativeInt plus(NativeInt x, NativeInt y) { return _mm512_add_epi64(x, y); }
-    static NativeInt even(NativeInt x, NativeInt y) { return _mm512_mul_epi32(x, y); }
-    static NativeInt odd(NativeInt x) { return _mm512_srli_epi64(x, 32); }
+    static NativeInt plus(NativeInt x, NativeInt y) {
+        return _mm512_add_epi64(x, y);
+    }
+    static NativeInt even(NativeInt x, NativeInt y) {
+        return _mm512_mul_epi32(x, y);
+    }
+    static NativeInt odd(NativeInt x) {
+        return _mm512_srli_epi64(x, 32);
+    }
 #else
-    static NativeInt plus(NativeInt x, NativeInt y) { return _mm256_add_epi64(x, y); }
-    static NativeInt even(NativeInt x, NativeInt y) { return _mm256_mul_epi32(x, y); }
-    static NativeInt odd(NativeInt x) { return _mm256_srli_epi64(x, 32); }
+    static NativeInt plus(NativeInt x, NativeInt y) {
+        return _mm256_add_epi64(x, y);
+    }
+    static NativeInt even(NativeInt x, NativeInt y) {
+        return _mm256_mul_epi32(x, y);
+    }
+    static NativeInt odd(NativeInt x) {
+        return _mm256_srli_epi64(x, 32);
+    }
 #endif
     NativeInt sums_ = {};
 };

@@ -37,7 +37,8 @@ KelStatus kelsLogGaussSingle_DirectVar_64f(const Kel64f* pSrc, const Kel64f* pMe
     if (anyNull(pSrc, pMean, pVar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (anyFaulty(pVar, len)) return kelStatusDivByZero;
-    *pResult = scoreOf<Extended<DirectVariance>>(Item{pSrc, pMean, pVar}, size(len), Half(SameConstant{gConst}));
+    *pResult =
+        scoreOf<Scalar<long double, DirectVariance>>(Item{pSrc, pMean, pVar}, size(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -58,7 +59,8 @@ KelStatus kelsLogGaussSingle_DirectVar_32f64f(const Kel32f* pSrc, const Kel32f* 
     if (anyNull(pSrc, pMean, pVar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (anyFaulty(pVar, len)) return kelStatusDivByZero;
-    *pResult = scoreOf<Extended<DirectVariance>>(Item{pSrc, pMean, pVar}, size(len), Half(SameConstant{gConst}));
+    *pResult =
+        scoreOf<Scalar<long double, DirectVariance>>(Item{pSrc, pMean, pVar}, size(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 

@@ -23,6 +23,7 @@
 #include <cstdint>
 
 #include "core/scaling.h"
+#include "core/simd_rows.h"
 #include "kels/types.h"
 
 namespace kels {
@@ -69,6 +70,9 @@ struct Half {
     template <class Sum>
     Score operator()(std::size_t item, Sum sum) const {
         return static_cast<Score>(static_cast<Sum>(constants[item]) - static_cast<Sum>(0.5) * sum);
+    }
+    Score operator()(std::size_t item, const DoubledValue& sum) const {
+        return static_cast<Score>(DoubledValue{constants[item], 0} + DoubledValue{-0.5 * sum.high, -0.5 * sum.low});
     }
 };
 

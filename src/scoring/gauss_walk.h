@@ -154,6 +154,17 @@ template <class Term, class Items>
 
 // ---- scores --------------------------------------------------------------------------------------------------------
 
+// The score of an item from its sum, or from its Fallback's sum where Term cannot give it.
+template <class Term, class T, class Finish>
+typename Finish::Score scoreFrom(const typename Term::Sum& sum, const Item<T>& item, std::size_t g, std::size_t width,
+                                 const Finish& finish) {
+    const auto score = finish(g, sum);
+    if constexpr (requires { typename Term::Fallback; }) {
+        if (!Term::trusted(sum, score)) return finish(g, sumOf1<typename Term::Fallback>(item, width));
+    }
+    return score;
+}
+
 template <class Term, class Items, class Finish, class Fold>
 void score(const Items& items, std::size_t count, std::size_t width, const Finish& finish, const Fold& fold) {
     constexpr std::size_t kBlock = 64;
@@ -162,7 +173,9 @@ void score(const Items& items, std::size_t count, std::size_t width, const Finis
     for (std::size_t first = 0; first < count; first += kBlock) {
         const std::size_t n = std::min(kBlock, count - first);
         sumsOf<Term>(items, first, n, width, sums);
-        for (std::size_t i = 0; i < n; ++i) scores[i] = finish(first + i, sums[i]);
+        for (std::size_t i = 0; i < n; ++i) {
+            scores[i] = scoreFrom<Term>(sums[i], items[first + i], first + i, width, finish);
+        }
         fold(first, scores, n);
     }
 }
@@ -170,7 +183,7 @@ void score(const Items& items, std::size_t count, std::size_t width, const Finis
 // One vector and one Gaussian.
 template <class Term, class T, class Finish>
 typename Finish::Score scoreOf(const Item<T>& item, std::size_t width, const Finish& finish) {
-    return finish(0, sumOf1<Term>(item, width));
+    return scoreFrom<Term>(sumOf1<Term>(item, width), item, 0, width, finish);
 }
 
 }  // namespace kels

@@ -202,16 +202,6 @@ inline Vec<Kel32f> logAddAccurate(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
     return narrow(logAddLanes<kRows32>(aLow, bLow, polynomial), logAddLanes<kRows32>(aHigh, bHigh, polynomial));
 }
 
-// A sum and what it lost by rounding: together the exact sum (Knuth's two-sum).
-struct ExactSum {
-    Vec<Kel64f> sum, lost;
-
-    ExactSum(const Vec<Kel64f>& x, const Vec<Kel64f>& y) : sum(x + y) {
-        const Vec<Kel64f> added = sum - x;
-        lost = (x - (sum - added)) + (y - added);
-    }
-};
-
 // The double-precision rule on blocks of pairs: as many chains of dependent operations at once as registers allow.
 #if defined(__FMA__)
 // Horner's rule is compensated: what its products and sums lose goes through the same rule into `lost`, and the result
@@ -229,12 +219,12 @@ class CompensatedPairs {
     void step(std::size_t i) {
         const V product = q_ * t_;
         const V lostOfProduct = mulAdd(q_, d_.lost, mulAdd(q_, t_, -product));
-        const ExactSum next(product, choose_(kRows64.term[i]));
+        const ExactSum<V> next(product, choose_(kRows64.term[i]));
         lost_ = mulAdd(lost_, t_, next.lost + lostOfProduct);
         q_ = next.sum;
     }
     V result() const {
-        const ExactSum exact(m_, q_);
+        const ExactSum<V> exact(m_, q_);
         V sum = exact.sum + (exact.lost + lost_);
         V held = m_;
         stdx::where(m_ < kBelowIsLogZero64, held) = kLogZero64;
@@ -244,7 +234,7 @@ class CompensatedPairs {
 
   private:
     V m_;
-    ExactSum d_;
+    ExactSum<V> d_;
     PieceChoice<Kel64f> choose_;
     V::mask_type ignored_;
     V t_, q_, lost_{0.0};

@@ -329,6 +329,37 @@ TEST(Gauss, ScoresFollowTheFormulaAtEveryWidth) {
     });
 }
 
+// Differences, weights and their products beyond what a double holds, in sums and scores that it does hold.
+TEST(Gauss, DoubleScoresHoldWhereProductsLeaveTheRange) {
+    using Limits = std::numeric_limits<Kel64f>;
+    const struct {
+        Kel64f difference, weight, constant;
+    } cases[] = {{1e200, 1e-300, -3},
+                 {1e-200, 1e300, -1e-101},
+                 {0x1p-537, 0x1p1000, 0},
+                 {1e150, 1e8, 0},
+                 {0x1.3p511, 1, 0},
+                 {0x1.9p511, 2, 1e308},
+                 {1e-170, 1, 0},
+                 {Limits::infinity(), 1, 0},
+                 {Limits::max(), 2, 0},
+                 {3, Limits::infinity(), 0},
+                 {1, Limits::quiet_NaN(), 0},
+                 {1, 1, -Limits::infinity()}};
+    for (const auto& c : cases) {
+        for (const int place : {0, 3, 8}) {
+            Kel64f x[9] = {}, mean[9] = {}, ivar[9] = {}, score = 77;
+            x[place] = c.difference;
+            ivar[place] = c.weight;
+            ASSERT_EQ(kelsLogGaussSingle_64f(x, mean, ivar, 9, &score, c.constant), kelStatusOk);
+            long double sum = 0;
+            for (int i = 0; i < 9; ++i) sum += static_cast<long double>(x[i]) * x[i] * ivar[i];
+            const auto expected = static_cast<Kel64f>(c.constant - 0.5L * sum);
+            EXPECT_TRUE(test::sameBits(score, expected)) << score << " instead of " << expected;
+        }
+    }
+}
+
 TEST(Gauss, IntegerScoresShiftByAnyScaleInAnyRoundingMode) {
     for (const auto& member : kInteger) {
         SCOPED_TRACE(member.name);
