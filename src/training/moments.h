@@ -5,6 +5,7 @@
 
 #include "core/scaling.h"
 #include "core/simd.h"
+#include "core/simd_int.h"
 #include "kels/types.h"
 
 namespace kels {

@@ -7,6 +7,8 @@
 #include "core/fill_copy.h"
 #include "core/scaling.h"
 #include "core/simd.h"
+#include "core/simd_int.h"
+#include "core/simd_rows.h"
 #include "kels/types.h"
 
 namespace kels {
