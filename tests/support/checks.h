@@ -1,8 +1,10 @@
-// Argument checks, tried on every argument of a kind.
+// Argument checks, tried on functions of any signature.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -12,56 +14,62 @@
 
 namespace test {
 
-// visit(args with one pointer null, its place) for each pointer in turn.
-template <class... A, class Visit>
-void forEachNull(const std::tuple<A...>& args, Visit visit) {
-    const auto tryOne = [&](auto index) {
-        constexpr std::size_t i = index;
-        if constexpr (std::is_pointer_v<std::tuple_element_t<i, std::tuple<A...>>>) {
-            auto faulty = args;
-            std::get<i>(faulty) = nullptr;
-            visit(faulty, i);
-        }
-    };
-    [&]<std::size_t... i>(std::index_sequence<i...>) {
-        (tryOne(std::integral_constant<std::size_t, i>()), ...);
-    }(std::index_sequence_for<A...>());
-}
+// Places of arguments; -1: the function has none.
+struct Places {
+    int step, height, width;
+};
 
-// Expects `status` from f(args...) with each pointer in turn null.
-template <class... A>
-void expectForEachNull(KelStatus (*f)(A...), std::type_identity_t<std::tuple<A...>> args, KelStatus status) {
-    forEachNull(args, [&](const auto& faulty, std::size_t i) {
-        EXPECT_EQ(std::apply(f, faulty), status) << "argument " << i << " null";
-    });
-}
-
-// The checks of a function on a block: `args` are good ones, the ints at the places kStep (-1: none), kHeight and kWidth
-// among them.  Every fault and every combination of faults gives the status that comes first in `order`.
-template <int kStep, int kHeight, int kWidth, class... A>
-void expectBlockChecks(KelStatus (*f)(A...), std::type_identity_t<std::tuple<A...>> args,
-                       const std::vector<KelStatus>& order, int leastHeight = 1) {
-    for (int faults = 0; faults < 8; ++faults) {
-        const bool step = kStep >= 0 && (faults & 1), height = faults & 2, width = faults & 4;
-        auto faulty = args;
-        if (width) std::get<kWidth>(faulty) = 0;
-        if (height) std::get<kHeight>(faulty) = leastHeight - 1;
-        if constexpr (kStep >= 0) {
-            if (step) std::get<kStep>(faulty) = std::get<kWidth>(faulty) - 1;
-        }
-        const auto first = [&](bool null) {
-            for (const KelStatus status : order) {
-                if (status == -8 ? null : status == -37 ? step : height || width) return status;
+// Calls f with every combination of these faults: one of its pointers null, the int at places.step below the width, the
+// one at places.height below leastHeight, the one at places.width 0.  All other ints are good and all floats -1.  Expects
+// the status that comes first in `order` (-8 null, -37 step, -6 a size), and that nothing is written.
+template <Places places, class... A>
+void expectChecks(const std::vector<KelStatus>& order, int leastHeight, KelStatus (*f)(A...)) {
+    constexpr auto n = static_cast<int>(sizeof...(A));
+    std::array<unsigned char, 64> memory;
+    for (int faults = 1; faults < 16; ++faults) {
+        const bool step = places.step >= 0 && faults & 1, height = places.height >= 0 && faults & 2, width = faults & 4;
+        for (int null = faults & 8 ? 0 : n; null < (faults & 8 ? n : n + 1); ++null) {
+            bool anyNull = false;
+            const auto value = [&]<class T>(int place, std::type_identity<T>) -> T {
+                if constexpr (std::is_pointer_v<T>) {
+                    anyNull |= place == null;
+                    return place == null ? nullptr : reinterpret_cast<T>(memory.data());
+                } else if constexpr (std::is_floating_point_v<T>) {
+                    return -1;
+                } else {
+                    if (place == places.step) return (width ? 0 : 1) - (step ? 1 : 0);
+                    if (place == places.height) return leastHeight - (height ? 1 : 0);
+                    return place == places.width && width ? 0 : 1;
+                }
+            };
+            memory.fill(0x55);
+            const auto args = [&]<int... i>(std::integer_sequence<int, i...>) {
+                return std::tuple<A...>{value(i, std::type_identity<A>())...};
             }
-            return KelStatus{0};
-        };
-        if (first(false) != 0) {
-            EXPECT_EQ(std::apply(f, faulty), first(false)) << "faults " << faults;
+            (std::make_integer_sequence<int, n>());
+            const auto expected = std::find_if(order.begin(), order.end(), [&](KelStatus status) {
+                return status == -8 ? anyNull : status == -37 ? step : height || width;
+            });
+            if (expected == order.end()) continue;
+            EXPECT_EQ(std::apply(f, args), *expected) << "faults " << faults << ", null " << null;
+            EXPECT_EQ(std::count(memory.begin(), memory.end(), 0x55), 64);
         }
-        forEachNull(faulty, [&](const auto& nulled, std::size_t i) {
-            EXPECT_EQ(std::apply(f, nulled), first(true)) << "faults " << faults << ", argument " << i << " null";
-        });
     }
+}
+template <Places places, class... F>
+void expectChecks(const std::vector<KelStatus>& order, int leastHeight, F*... functions) {
+    (expectChecks<places>(order, leastHeight, functions), ...);
+}
+
+// The same for functions on vectors, whose length is the first int.
+template <class... A>
+void expectVectorChecks(const std::vector<KelStatus>& order, KelStatus (*f)(A...)) {
+    constexpr bool ints[] = {std::is_same_v<A, int>...};
+    expectChecks<Places{-1, -1, static_cast<int>(std::find(ints, std::end(ints), true) - ints)}>(order, 1, f);
+}
+template <class... F>
+void expectVectorChecks(const std::vector<KelStatus>& order, F*... functions) {
+    (expectVectorChecks(order, functions), ...);
 }
 
 }  // namespace test
