@@ -1,12 +1,11 @@
 #include "kels/dct.h"
 
 #include <algorithm>
-#include <array>
-#include <functional>
 #include <string>
 
 #include "kels/core.h"
 #include "support/allocation.h"
+#include "support/checks.h"
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"
@@ -15,22 +14,10 @@ namespace {
 
 using Real = long double;
 
-struct Float {
-    using State = KelDCTLifterState_32f;
-    static constexpr auto sine = kelsDCTLifterInitAlloc_32f;
-    static constexpr auto sineC0 = kelsDCTLifterInitAlloc_C0_32f;
-    static constexpr auto mul = kelsDCTLifterInitAlloc_Mul_32f;
-    static constexpr auto mulC0 = kelsDCTLifterInitAlloc_MulC0_32f;
-    static constexpr auto release = kelsDCTLifterFree_32f;
-};
-struct Short {
-    using State = KelDCTLifterState_16s;
-    static constexpr auto sine = kelsDCTLifterInitAlloc_16s;
-    static constexpr auto sineC0 = kelsDCTLifterInitAlloc_C0_16s;
-    static constexpr auto mul = kelsDCTLifterInitAlloc_Mul_16s;
-    static constexpr auto mulC0 = kelsDCTLifterInitAlloc_MulC0_16s;
-    static constexpr auto release = kelsDCTLifterFree_16s;
-};
+// A function by the type S of the state.
+#define FORM(name)                                       \
+    (std::get<std::is_same_v<S, KelDCTLifterState_16s>>( \
+        std::tuple(&kelsDCTLifter##name##_32f, &kelsDCTLifter##name##_16s)))
 
 // What is asked of a state; weights[k] belongs to ck.
 struct Plan {
@@ -46,15 +33,22 @@ struct Plan {
     int outputs(bool c0) const { return lenCeps + (c0 ? 1 : 0); }
 };
 
-template <class F>
-typename F::State* build(const Plan& s, bool supplied, bool c0) {
-    typename F::State* state = nullptr;
+template <class S>
+S* build(const Plan& s, bool supplied, bool c0) {
+    S* state = nullptr;
     const test::Guarded<Kel32f> given(s.given);
-    const KelStatus status = supplied ? (c0 ? F::mulC0 : F::mul)(&state, s.lenDCT, given.data(), s.lenCeps)
-                             : c0     ? F::sineC0(&state, s.lenDCT, s.lenCeps, s.nLifter, s.val, s.val0)
-                                      : F::sine(&state, s.lenDCT, s.lenCeps, s.nLifter, s.val);
+    const KelStatus status =
+        supplied ? (c0 ? FORM(InitAlloc_MulC0) : FORM(InitAlloc_Mul))(&state, s.lenDCT, given.data(), s.lenCeps)
+        : c0     ? FORM(InitAlloc_C0)(&state, s.lenDCT, s.lenCeps, s.nLifter, s.val, s.val0)
+                 : FORM(InitAlloc)(&state, s.lenDCT, s.lenCeps, s.nLifter, s.val);
     EXPECT_EQ(status, kelStatusOk);
     return state;
+}
+
+template <class S>
+void release(S* state) {
+    EXPECT_EQ(FORM(Free)(state), kelStatusOk);
+    kelsFree(state);
 }
 
 // The exact result k (c1 .. cM, then c0) and a bound on what single-precision sums and tables may lose.
@@ -100,7 +94,7 @@ void forEachState(Use use) {
 
 TEST(DCTLifter, FloatFrames) {
     forEachState([](test::Random& random, const Plan& s, bool supplied, bool c0) {
-        auto* const state = build<Float>(s, supplied, c0);
+        auto* const state = build<KelDCTLifterState_32f>(s, supplied, c0);
         for (const auto edge : {test::Edge::Begin, test::Edge::End}) {
             const test::Guarded<Kel32f> src(random.vector<Kel32f>(static_cast<std::size_t>(s.lenDCT)), edge);
             test::Guarded<Kel32f> dst(static_cast<std::size_t>(s.outputs(c0)), edge);
@@ -110,8 +104,7 @@ TEST(DCTLifter, FloatFrames) {
                 EXPECT_LE(std::fabs(dst[static_cast<std::size_t>(i)] - exact), bound) << i;
             }
         }
-        EXPECT_EQ(kelsDCTLifterFree_32f(state), kelStatusOk);
-        kelsFree(state);
+        release(state);
     });
 }
 
@@ -133,11 +126,10 @@ void checkIntegerFrame(const Plan& s, bool supplied, bool c0, const KelDCTLifter
 
 TEST(DCTLifter, IntegerFrames) {
     forEachState([](test::Random& random, const Plan& s, bool supplied, bool c0) {
-        auto* const state = build<Short>(s, supplied, c0);
+        auto* const state = build<KelDCTLifterState_16s>(s, supplied, c0);
         checkIntegerFrame<Kel16s>(s, supplied, c0, state, kelsDCTLifter_16s_Sfs, random);
         checkIntegerFrame<Kel32s>(s, supplied, c0, state, kelsDCTLifter_32s16s_Sfs, random);
-        EXPECT_EQ(kelsDCTLifterFree_16s(state), kelStatusOk);
-        kelsFree(state);
+        release(state);
     });
 }
 
@@ -193,59 +185,52 @@ TEST(DCTLifter, IntegerResultsRoundToEvenAndSaturate) {
             EXPECT_EQ(dst[1], r.expected) << r.src << " by " << r.scaleFactor;
             EXPECT_EQ(dstWide[1], r.expected) << r.src << " by " << r.scaleFactor;
         });
-        kelsDCTLifterFree_16s(state);
-        kelsFree(state);
+        release(state);
     }
 }
 
-template <class F>
+template <class S>
 class DCTLifterForm : public ::testing::Test {};
-using Forms = ::testing::Types<Float, Short>;
-TYPED_TEST_SUITE(DCTLifterForm, Forms);
+using States = ::testing::Types<std::type_identity<KelDCTLifterState_32f>, std::type_identity<KelDCTLifterState_16s>>;
+TYPED_TEST_SUITE(DCTLifterForm, States);
 
 TYPED_TEST(DCTLifterForm, StatusesInOrder) {
-    using F = TypeParam;
+    using S = typename TypeParam::type;
+    test::expectVectorChecks({-8, -6}, FORM(InitAlloc), FORM(InitAlloc_C0), FORM(InitAlloc_Mul), FORM(InitAlloc_MulC0));
+    EXPECT_EQ(FORM(Free)(nullptr), -8);
     const Kel32f w[4] = {};
-    auto* const before = reinterpret_cast<typename F::State*>(const_cast<Kel32f*>(w));
+    auto* const before = reinterpret_cast<S*>(const_cast<Kel32f*>(w));
     auto* state = before;
-    EXPECT_EQ(F::sine(nullptr, 0, 0, 0, 1), -8);
-    EXPECT_EQ(F::sineC0(nullptr, 0, 0, 0, 1, 1), -8);
-    EXPECT_EQ(F::mul(nullptr, 0, w, 0), -8);
-    EXPECT_EQ(F::mulC0(nullptr, 0, w, 0), -8);
-    EXPECT_EQ(F::mul(&state, 0, nullptr, 0), -8);
-    EXPECT_EQ(F::mulC0(&state, 0, nullptr, 0), -8);
-    EXPECT_EQ(F::release(nullptr), -8);
-    EXPECT_EQ(F::sine(&state, 4, 4, 0, 1), -6);
-    EXPECT_EQ(F::sineC0(&state, 4, 4, -1, 1, 1), -6);
+    EXPECT_EQ(FORM(InitAlloc)(&state, 4, 4, 0, 1), -6);
+    EXPECT_EQ(FORM(InitAlloc_C0)(&state, 4, 4, -1, 1, 1), -6);
     for (const auto& [lenDCT, lenCeps] : {std::pair{0, 0}, {0, 1}, {1, 0}, {3, 4}, {-1, -2}, {INT_MAX - 1, INT_MAX}}) {
-        EXPECT_EQ(F::sine(&state, lenDCT, lenCeps, 1, 1), -6);
-        EXPECT_EQ(F::sineC0(&state, lenDCT, lenCeps, 1, 1, 1), -6);
-        EXPECT_EQ(F::mul(&state, lenDCT, w, lenCeps), -6);
-        EXPECT_EQ(F::mulC0(&state, lenDCT, w, lenCeps), -6);
+        EXPECT_EQ(FORM(InitAlloc)(&state, lenDCT, lenCeps, 1, 1), -6);
+        EXPECT_EQ(FORM(InitAlloc_C0)(&state, lenDCT, lenCeps, 1, 1, 1), -6);
+        EXPECT_EQ(FORM(InitAlloc_Mul)(&state, lenDCT, w, lenCeps), -6);
+        EXPECT_EQ(FORM(InitAlloc_MulC0)(&state, lenDCT, w, lenCeps), -6);
     }
     EXPECT_EQ(state, before);
     for (const int huge : {INT_MAX, 1 << 20}) {  // tables beyond every memory
-        EXPECT_EQ(F::sine(&state, INT_MAX, huge, 1, 1), -9);
-        EXPECT_EQ(F::release(state), kelStatusOk);
-        kelsFree(state);
+        EXPECT_EQ(FORM(InitAlloc)(&state, INT_MAX, huge, 1, 1), -9);
+        release(state);
     }
 }
 
 TYPED_TEST(DCTLifterForm, EveryFailedAllocationLeavesWhatFreeTakes) {
-    using F = TypeParam;
+    using S = typename TypeParam::type;
     const Kel32f w[13] = {};
-    const std::function<KelStatus(typename F::State**)> makes[] = {
-        [](auto** pp) { return F::sine(pp, 26, 13, 22, 1); }, [](auto** pp) { return F::sineC0(pp, 26, 13, 22, 1, 2); },
-        [&](auto** pp) { return F::mul(pp, 26, w, 13); }, [&](auto** pp) { return F::mulC0(pp, 26, w, 13); }};
-    for (const auto& make : makes) {
+    for (int form = 0; form < 4; ++form) {
         test::failEachAllocation([&](int n, const test::AllocationWatch& watch) {
-            auto* state = reinterpret_cast<typename F::State*>(const_cast<Kel32f*>(w));
-            const KelStatus status = make(&state);
+            auto* state = reinterpret_cast<S*>(const_cast<Kel32f*>(w));
+            const KelStatus status = form == 0   ? FORM(InitAlloc)(&state, 26, 13, 22, 1)
+                                     : form == 1 ? FORM(InitAlloc_C0)(&state, 26, 13, 22, 1, 2)
+                                     : form == 2 ? FORM(InitAlloc_Mul)(&state, 26, w, 13)
+                                                 : FORM(InitAlloc_MulC0)(&state, 26, w, 13);
             EXPECT_EQ(status, watch.calls() > n ? kelStatusNoMemory : kelStatusOk);
             EXPECT_EQ(state == nullptr, n == 0);
             if (state == nullptr) return;
             for (int twice = 0; twice < 2; ++twice) {
-                EXPECT_EQ(F::release(state), kelStatusOk);
+                EXPECT_EQ(FORM(Free)(state), kelStatusOk);
                 EXPECT_EQ(watch.unreleased(), 1);
             }
             kelsFree(state);
@@ -254,38 +239,21 @@ TYPED_TEST(DCTLifterForm, EveryFailedAllocationLeavesWhatFreeTakes) {
 }
 
 TEST(DCTLifter, OtherStatusesInOrder) {
+    test::expectVectorChecks({-8, -6}, kelsDCTLifterGetSize_MulC0_16s, kelsDCTLifterInit_MulC0_16s);
+    test::expectNullChecks(kelsDCTLifter_32f, kelsDCTLifter_16s_Sfs, kelsDCTLifter_32s16s_Sfs);
     int size = 77;
-    EXPECT_EQ(kelsDCTLifterGetSize_MulC0_16s(0, 0, nullptr), -8);
-    for (const auto& [lenDCT, lenCeps] : {std::pair{0, 0}, {1, 0}, {3, 4}, {8193, 1}, {INT_MAX, INT_MAX}}) {
-        EXPECT_EQ(kelsDCTLifterGetSize_MulC0_16s(lenDCT, lenCeps, &size), -6);
-    }
-    EXPECT_EQ(size, 77);
-    EXPECT_EQ(kelsDCTLifterGetSize_MulC0_16s(8192, 8192, &size), kelStatusOk);
-    EXPECT_EQ(size, 268828840);
-
     Kel8u buffer[8] = {};
     const Kel32s w[1] = {};
-    EXPECT_EQ(kelsDCTLifterInit_MulC0_16s(nullptr, 0, w, 0), -8);
-    EXPECT_EQ(kelsDCTLifterInit_MulC0_16s(buffer, 0, nullptr, 0), -8);
-    EXPECT_EQ(kelsDCTLifterInit_MulC0_16s(buffer, 0, w, 0), -6);
-    EXPECT_EQ(kelsDCTLifterInit_MulC0_16s(buffer, 1, w, 0), -6);
-    EXPECT_EQ(kelsDCTLifterInit_MulC0_16s(buffer, 1, w, 2), -6);
+    for (const auto& [lenDCT, lenCeps] : {std::pair{0, 0}, {1, 0}, {3, 4}, {8193, 1}, {INT_MAX, INT_MAX}}) {
+        EXPECT_EQ(kelsDCTLifterGetSize_MulC0_16s(lenDCT, lenCeps, &size), -6);
+        if (lenCeps < 1 || lenCeps > lenDCT) {
+            EXPECT_EQ(kelsDCTLifterInit_MulC0_16s(buffer, lenDCT, w, lenCeps), -6);
+        }
+    }
+    EXPECT_EQ(size, 77);
     EXPECT_EQ(std::count(buffer, buffer + 8, 0), 8);
-
-    const auto* const state32 = reinterpret_cast<KelDCTLifterState_32f*>(buffer);
-    const auto* const state16 = reinterpret_cast<KelDCTLifterState_16s*>(buffer);
-    Kel32f f = 1;
-    Kel16s s = 1;
-    Kel32s l = 1;
-    EXPECT_EQ(kelsDCTLifter_32f(nullptr, &f, state32), -8);
-    EXPECT_EQ(kelsDCTLifter_32f(&f, nullptr, state32), -8);
-    EXPECT_EQ(kelsDCTLifter_32f(&f, &f, nullptr), -8);
-    EXPECT_EQ(kelsDCTLifter_16s_Sfs(nullptr, &s, state16, 0), -8);
-    EXPECT_EQ(kelsDCTLifter_16s_Sfs(&s, nullptr, state16, 0), -8);
-    EXPECT_EQ(kelsDCTLifter_16s_Sfs(&s, &s, nullptr, 0), -8);
-    EXPECT_EQ(kelsDCTLifter_32s16s_Sfs(nullptr, &s, state16, 0), -8);
-    EXPECT_EQ(kelsDCTLifter_32s16s_Sfs(&l, nullptr, state16, 0), -8);
-    EXPECT_EQ(kelsDCTLifter_32s16s_Sfs(&l, &s, nullptr, 0), -8);
+    EXPECT_EQ(kelsDCTLifterGetSize_MulC0_16s(8192, 8192, &size), kelStatusOk);
+    EXPECT_EQ(size, 268828840);
 }
 
 }  // namespace

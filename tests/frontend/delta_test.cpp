@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "support/checks.h"
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"
@@ -35,31 +36,25 @@ struct Form {
         return form;                          \
     }()
 
+// Both windows, by the parts of the name around the window's number.
+#define FORMS(T, orders, mul, before, after, arguments) \
+    FORM(T, 1, orders, mul, before##1##after arguments), FORM(T, 2, orders, mul, before##2##after arguments)
+
 const Form<Kel32f> kFloatForms[] = {
-    FORM(Kel32f, 1, 1, false, kelsDelta_Win1_32f_D2(x, width, y, step, height, v[0], mode)),
-    FORM(Kel32f, 2, 1, false, kelsDelta_Win2_32f_D2(x, width, y, step, height, v[0], mode)),
-    FORM(Kel32f, 1, 2, false, kelsDeltaDelta_Win1_32f_D2(x, width, y, step, height, v[0], v[1], mode)),
-    FORM(Kel32f, 2, 2, false, kelsDeltaDelta_Win2_32f_D2(x, width, y, step, height, v[0], v[1], mode)),
-    FORM(Kel32f, 1, 1, false, kelsDeltaW1_32f_D2(x, width, y, step, height, v[0], mode)),
-    FORM(Kel32f, 2, 1, false, kelsDeltaW2_32f_D2(x, width, y, step, height, v[0], mode)),
-    FORM(Kel32f, 1, 2, false, kelsDeltaDeltaW1_32f_D2(x, width, y, step, height, v[0], v[1], mode)),
-    FORM(Kel32f, 2, 2, false, kelsDeltaDeltaW2_32f_D2(x, width, y, step, height, v[0], v[1], mode)),
-    FORM(Kel32f, 1, 1, true, kelsDeltaMul_Win1_32f_D2(x, v, width, y, step, height, mode)),
-    FORM(Kel32f, 2, 1, true, kelsDeltaMul_Win2_32f_D2(x, v, width, y, step, height, mode)),
-    FORM(Kel32f, 1, 2, true, kelsDeltaDeltaMul_Win1_32f_D2(x, v, width, y, step, height, mode)),
-    FORM(Kel32f, 2, 2, true, kelsDeltaDeltaMul_Win2_32f_D2(x, v, width, y, step, height, mode)),
+    FORMS(Kel32f, 1, false, kelsDelta_Win, _32f_D2, (x, width, y, step, height, v[0], mode)),
+    FORMS(Kel32f, 2, false, kelsDeltaDelta_Win, _32f_D2, (x, width, y, step, height, v[0], v[1], mode)),
+    FORMS(Kel32f, 1, false, kelsDeltaW, _32f_D2, (x, width, y, step, height, v[0], mode)),
+    FORMS(Kel32f, 2, false, kelsDeltaDeltaW, _32f_D2, (x, width, y, step, height, v[0], v[1], mode)),
+    FORMS(Kel32f, 1, true, kelsDeltaMul_Win, _32f_D2, (x, v, width, y, step, height, mode)),
+    FORMS(Kel32f, 2, true, kelsDeltaDeltaMul_Win, _32f_D2, (x, v, width, y, step, height, mode)),
     AURORA(Kel32f, false, kelsDeltaDelta_Aurora_32f_D2(x, y, step, height, mode)),
     AURORA(Kel32f, true, kelsDeltaDeltaMul_Aurora_32f_D2(x, v, y, step, height, mode)),
 };
 const Form<Kel16s> kFixedForms[] = {
-    FORM(Kel16s, 1, 1, false, kelsDelta_Win1_16s_D2Sfs(x, width, y, step, height, v[0], mode, sf)),
-    FORM(Kel16s, 2, 1, false, kelsDelta_Win2_16s_D2Sfs(x, width, y, step, height, v[0], mode, sf)),
-    FORM(Kel16s, 1, 2, false, kelsDeltaDelta_Win1_16s_D2Sfs(x, width, y, step, height, v[0], v[1], mode, sf)),
-    FORM(Kel16s, 2, 2, false, kelsDeltaDelta_Win2_16s_D2Sfs(x, width, y, step, height, v[0], v[1], mode, sf)),
-    FORM(Kel16s, 1, 1, true, kelsDeltaMul_Win1_16s_D2Sfs(x, v, width, y, step, height, mode, sf)),
-    FORM(Kel16s, 2, 1, true, kelsDeltaMul_Win2_16s_D2Sfs(x, v, width, y, step, height, mode, sf)),
-    FORM(Kel16s, 1, 2, true, kelsDeltaDeltaMul_Win1_16s_D2Sfs(x, v, width, y, step, height, mode, sf)),
-    FORM(Kel16s, 2, 2, true, kelsDeltaDeltaMul_Win2_16s_D2Sfs(x, v, width, y, step, height, mode, sf)),
+    FORMS(Kel16s, 1, false, kelsDelta_Win, _16s_D2Sfs, (x, width, y, step, height, v[0], mode, sf)),
+    FORMS(Kel16s, 2, false, kelsDeltaDelta_Win, _16s_D2Sfs, (x, width, y, step, height, v[0], v[1], mode, sf)),
+    FORMS(Kel16s, 1, true, kelsDeltaMul_Win, _16s_D2Sfs, (x, v, width, y, step, height, mode, sf)),
+    FORMS(Kel16s, 2, true, kelsDeltaDeltaMul_Win, _16s_D2Sfs, (x, v, width, y, step, height, mode, sf)),
     AURORA(Kel16s, false, kelsDeltaDelta_Aurora_16s_D2Sfs(x, y, step, height, mode, sf)),
     AURORA(Kel16s, true, kelsDeltaDeltaMul_Aurora_16s_D2Sfs(x, v, y, step, height, mode, sf)),
 };
@@ -380,11 +375,8 @@ TEST(DeltaStatus, WholeArraysAndCopies) {
     EXPECT_EQ(eval(y, 2, 5, INT_MAX, INT_MAX, 1), kelStatusStep);
     EXPECT_EQ(eval(y, 2, 6, 2, 2, 1), kelStatusOk);
 
-    EXPECT_EQ(kelsCopyColumn_32f_D2(v, 0, nullptr, 0, 0), kelStatusNullPtr);
-    EXPECT_EQ(kelsCopyColumn_16s_D2(nullptr, 0, z, 0, 0), kelStatusNullPtr);
-    EXPECT_EQ(kelsCopyCol_32f_D2(v, 2, y, 1, 0), kelStatusSize);
-    EXPECT_EQ(kelsCopyColumn_16s_D2(z, 0, z, -1, 1), kelStatusSize);
-    EXPECT_EQ(kelsCopyColumn_16s_D2(z, 2, z, 1, 1), kelStatusStep);
+    test::expectChecks<test::Places{3, 4, 1}>({-8, -6, -37}, 1, kelsCopyColumn_32f_D2, kelsCopyCol_32f_D2,
+                                              kelsCopyColumn_16s_D2);
 }
 
 TYPED_TEST(Delta, CopyColumnTouchesItsColumnsOnly) {

@@ -72,4 +72,10 @@ void expectVectorChecks(const std::vector<KelStatus>& order, F*... functions) {
     (expectVectorChecks(order, functions), ...);
 }
 
+// The same for functions that look at their pointers only, or first.
+template <class... F>
+void expectNullChecks(F*... functions) {
+    (expectChecks<Places{-1, -1, -1}>({-8}, 1, functions), ...);
+}
+
 }  // namespace test
