@@ -10,6 +10,7 @@
 
 #include "kels/block.h"
 #include "kels/core.h"
+#include "kels/cpu.h"
 #include "kels/dct.h"
 #include "kels/delta.h"
 #include "kels/dtw.h"
@@ -20,6 +21,7 @@
 #include "kels/log.h"
 #include "kels/mixture.h"
 #include "kels/model.h"
+#include "kels/rank.h"
 #include "kels/select.h"
 
 #endif
