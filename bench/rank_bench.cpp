@@ -77,6 +77,17 @@ void elements(benchmark::State& state, double bound, Call call) {
         benchmark::ClobberMemory();
     }
 }
+template <class Call>
+void integers(benchmark::State& state, Call call) {
+    const int len = static_cast<int>(state.range(0));
+    std::vector<int> src(len), dst(len);
+    std::mt19937 engine(3);
+    for (int& v : src) v = static_cast<int>(engine() >> 1) | 1;
+    for (auto _ : state) {
+        call(src.data(), dst.data(), len);
+        benchmark::ClobberMemory();
+    }
+}
 template <class T, class Function>
 auto each(Function function) {
     return [=](const T* src, T* dst, int len) {
@@ -116,6 +127,10 @@ const bool registered = [] {
     add("ExpNegSqr32_libmf", vectors, elements<float, decltype(each<float>(gauss32f))>, 4, each<float>(gauss32f));
     add("ExpNegSqr64_kels", vectors, elements<double, decltype(&kelsExpNegSqr_64f)>, 4, &kelsExpNegSqr_64f);
     add("ExpNegSqr64_libm", vectors, elements<double, decltype(each<double>(gauss64))>, 4, each<double>(gauss64));
+    const auto ln = [](const int* src, int* dst, int len) { kelsLn_32s_Sfs(src, dst, len, -20); };
+    const auto lnLibm = each<int>([](int x) { return static_cast<int>(std::lrint(std::log(x) * 0x1p20)); });
+    add("Ln32s_kels", vectors, integers<decltype(ln)>, ln);
+    add("Ln32s_libm", vectors, integers<decltype(lnLibm)>, lnLibm);
     return true;
 }();
 
