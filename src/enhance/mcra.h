@@ -95,21 +95,24 @@ void firstUpdate(const T* power, State& state, T* noise, std::size_t bins) {
 template <bool kRenew>
 void update(const Kel32f* power, const KelMCRAState_32f& state, Kel32f* noise, std::size_t bins) {
     using V = Vec<Kel32f>;
-    const V shareS(1 - state.alphaS), shareP(1 - state.alphaP), shareD(1 - state.alphaD);
-    const auto step = [&](std::size_t i, auto get, auto put) {
+    const V shareS(1 - state.alphaS), shareP(1 - state.alphaP), shareD(1 - state.alphaD), delta(state.delta);
+    // Copied, for the compiler must take it that vectors may be stored over the state.
+    Kel32f *const smoothed = state.smoothed, *const minimum = state.minimum, *const tempMinimum = state.tempMinimum;
+    Kel32f* const presences = state.presence;
+    const auto step = [=](std::size_t i, auto get, auto put) {
         const V p = get(power + i), n = get(noise + i);
-        V s = get(state.smoothed + i), least = get(state.minimum + i), next = get(state.tempMinimum + i);
-        V presence = get(state.presence + i);
+        V s = get(smoothed + i), least = get(minimum + i), next = get(tempMinimum + i);
+        V presence = get(presences + i);
         s = mulAdd(shareS, p - s, s);
         least = lesserOf(s, kRenew ? next : least);
         next = kRenew ? s : lesserOf(s, next);
         V speech(0.0f);
-        stdx::where(s > state.delta * least, speech) = 1.0f;
+        stdx::where(s > delta * least, speech) = 1.0f;
         presence = mulAdd(shareP, speech - presence, presence);
-        put(state.smoothed + i, s);
-        put(state.minimum + i, least);
-        put(state.tempMinimum + i, next);
-        put(state.presence + i, presence);
+        put(smoothed + i, s);
+        put(minimum + i, least);
+        put(tempMinimum + i, next);
+        put(presences + i, presence);
         put(noise + i, mulAdd(shareD * (1.0f - presence), p - n, n));
     };
     constexpr std::size_t w = lanes<Kel32f>;
