@@ -53,6 +53,7 @@ class NthLargest {
 
   private:
     static constexpr std::size_t kFew = 32;
+    static constexpr std::size_t kBlock = 16;
     static constexpr int kMostBits = 11;
 
     NthLargest(Key* keys, std::size_t len, std::size_t n) : keys_(keys), len_(len), n_(n) {}
@@ -62,6 +63,14 @@ class NthLargest {
         Key differing = 0;
         for (std::size_t i = 1; i < len_; ++i) differing |= keys_[i] ^ keys_[0];
         return differing;
+    }
+
+    // Most blocks hold none of the bin, which vectors see at once.
+    template <class Wanted>
+    static bool anyInBlock(const Key* keys, Wanted wanted) {
+        Key any = 0;
+        for (std::size_t k = 0; k < kBlock; ++k) any |= wanted(keys[k]) ? 1 : 0;
+        return any != 0;
     }
 
     void keepBin(Key differing) {
@@ -77,18 +86,21 @@ class NthLargest {
         for (; n_ >= count[bin]; --bin) n_ -= count[bin];
 
         std::size_t kept = 0;
-        for (std::size_t i = 0; kept < count[bin]; ++i) {
-            const Key key = keys_[i];
-            keys_[kept] = key;
-            kept += binOf(key) == bin ? 1 : 0;
+        for (std::size_t i = 0; kept < count[bin]; i += kBlock) {
+            const std::size_t end = std::min(i + kBlock, len_);
+            if (end - i == kBlock && !anyInBlock(keys_ + i, [=](Key key) { return binOf(key) == bin; })) continue;
+            for (std::size_t k = i; k < end; ++k) {
+                const Key key = keys_[k];
+                keys_[kept] = key;
+                kept += binOf(key) == bin ? 1 : 0;
+            }
         }
         len_ = kept;
     }
 
     // The key with no more than n_ above it, and more than n_ not below it.  Counting takes no branches.
     Key amongFew() const {
-        std::size_t i = 0;
-        for (;; ++i) {
+        for (std::size_t i = 0;; ++i) {
             Key above = 0, notBelow = 0;
             for (std::size_t k = 0; k < len_; ++k) {
                 above += keys_[k] > keys_[i] ? 1 : 0;
