@@ -69,6 +69,27 @@ TEST_P(KernelFunctions, AreAccurateOverAllBinadesInAllForms) {
         });
 }
 
+TEST_P(KernelFunctions, AreAccurateForFullMantissas) {
+    const Function& f = GetParam();
+    test::Random random(9);
+    std::vector<Kel64f> x;
+    for (int e = -1074; e < 1024; ++e) {
+        for (int i = 0; i < 20; ++i) x.push_back(std::ldexp(random.uniform(-2, 2), e));
+    }
+    for (int i = 0; i < 20000; ++i) x.push_back(random.uniform(-28, 28));
+    for (int k = 1; k < 5000; ++k) {
+        const auto zero = static_cast<Kel64f>(k * std::acos(-1.0L));
+        x.insert(x.end(), {-zero, std::nextafter(zero, 0.0), std::nextafter(zero, 1e9)});
+    }
+    std::vector<Kel64f> y(x.size());
+    ASSERT_EQ(f.of64(x.data(), y.data(), static_cast<int>(x.size())), 0);
+    double worst = 0;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        worst = std::max(worst, test::ulpError(y[i], f.exact(x[i], test::opaque(x[i] * x[i]))));
+    }
+    EXPECT_LE(worst, f.ulp64);
+}
+
 TEST_P(KernelFunctions, TakeEveryLengthInPlaceToo) {
     const Function& f = GetParam();
     test::Random random(8);
