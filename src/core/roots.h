@@ -11,6 +11,7 @@
 #include "core/convert.h"
 #include "core/scaling.h"
 #include "core/simd.h"
+#include "core/vector_math.h"
 
 namespace kels {
 
@@ -119,26 +120,35 @@ inline Kel32s roundedLogarithm(Kel32s x) {
     return k;
 }
 
-// The natural logarithm times 2^-scaleFactor.  dst may be src.
-inline KelStatus integerLogarithm(const Kel32s* src, Kel32s* dst, std::size_t len, int scaleFactor) {
-    constexpr Kel32s kNone = std::numeric_limits<Kel32s>::min();
-    FirstWarning warning;
-    const auto each = [&](auto logarithm) {
-        for (std::size_t i = 0; i < len; ++i) {
-            const Kel32s x = src[i];
-            if (x <= 0) warning.note(x == 0 ? kelStatusLogZero : kelStatusLogNegative);
-            dst[i] = x > 0 ? logarithm(x) : kNone;
-        }
-    };
-    if (scaleFactor >= 0) {
-        const int shift = std::min(scaleFactor, 31);
-        each([=](Kel32s x) { return roundedLogarithm(x) >> shift; });
-    } else {
-        const Kel64f multiplier = scaleMultiplier(scaleFactor);
-        const NearestScope scope;
-        each([=](Kel32s x) { return roundSaturate<Kel32s>(std::log(Kel64f(x)) * multiplier); });
+// ln(src) * 2^-scaleFactor, to the nearest, for scaleFactor < 0.
+inline void scaledLogarithm(const Kel32s* src, Kel32s* dst, std::size_t len, int scaleFactor) {
+    constexpr std::size_t kChunk = 128;
+    constexpr Kel64f kNaN = std::numeric_limits<Kel64f>::quiet_NaN();  // becomes the smallest integer
+    alignas(64) Kel64f logs[kChunk];
+    const NearestScope scope;
+    for (std::size_t i = 0; i < len; i += kChunk) {
+        const std::size_t n = std::min(kChunk, len - i);
+        for (std::size_t k = 0; k < n; ++k) logs[k] = src[i + k] > 0 ? src[i + k] : kNaN;
+        map(
+            logs, n, [](const Vec<Kel64f>& x) { return logarithm(x); }, 1.0, logs);
+        convertToInt(logs, dst + i, n, scaleFactor, ToNearest());
     }
-    return warning.status();
+}
+
+// The natural logarithm times 2^-scaleFactor; the smallest integer for what has none.  dst may be src.
+inline KelStatus integerLogarithm(const Kel32s* src, Kel32s* dst, std::size_t len, int scaleFactor) {
+    const Kel32s* const firstFault = std::find_if(src, src + len, [](Kel32s x) { return x <= 0; });
+    const bool none = firstFault == src + len;
+    const KelStatus status = none ? kelStatusOk : *firstFault == 0 ? kelStatusLogZero : kelStatusLogNegative;
+    if (scaleFactor < 0) {
+        scaledLogarithm(src, dst, len, scaleFactor);
+        return status;
+    }
+    const int shift = std::min(scaleFactor, 31);
+    for (std::size_t i = 0; i < len; ++i) {
+        dst[i] = src[i] > 0 ? roundedLogarithm(src[i]) >> shift : std::numeric_limits<Kel32s>::min();
+    }
+    return status;
 }
 
 }  // namespace kels

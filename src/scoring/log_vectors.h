@@ -2,11 +2,11 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 
 #include "core/convert.h"
 #include "core/scaling.h"
+#include "core/vector_math.h"
 #include "scoring/log_add.h"
 
 namespace kels {
@@ -84,43 +84,66 @@ bool anyNotSmaller(const T* b, const T* a, std::size_t len) {
     return false;
 }
 
-// What differs between the precisions of a logarithm kept as T.
+// What differs between the precisions of a logarithm kept as T.  Below `lowest` there is only the logarithm of zero.
 template <class T>
 struct LogSubtraction;
 template <>
 struct LogSubtraction<Kel32f> {
-    static constexpr Kel64f cutOff = kLogAddCutOff32, tiny = 1.0057e-37, logZero = kLogZero32;
+    static constexpr Kel64f cutOff = kLogAddCutOff32, tiny = 1.0057e-37, logZero = kLogZero32, lowest = kLogZero32;
 };
 template <>
 struct LogSubtraction<Kel64f> {
-    static constexpr Kel64f cutOff = kLogAddCutOff64, tiny = 2.45e-308, logZero = kLogZero64;
+    static constexpr Kel64f cutOff = kLogAddCutOff64, tiny = 2.45e-308, logZero = kLogZero64,
+                            lowest = kBelowIsLogZero64;
 };
 
-// ln(e^a - e^b), b < a, by the rule for logarithms kept as T, in double precision.
+// ln(e^a - e^b), b < a, by the rule for logarithms kept as T, in double precision; inside a NearestScope.
 template <class T>
-Kel64f logSubtract(Kel64f a, Kel64f b) {
+Vec<Kel64f> logSubtract(const Vec<Kel64f>& a, const Vec<Kel64f>& b) {
+    using V = Vec<Kel64f>;
     using Rule = LogSubtraction<T>;
-    const Kel64f d = b - a;
-    if (d < Rule::cutOff) {
-        if constexpr (std::is_same_v<T, Kel64f>) return flooredLog(a);
-        return a < Rule::logZero ? Rule::logZero : a;
-    }
-    const Kel64f rest = 1.0 - std::exp(d);
-    return rest <= Rule::tiny ? Rule::logZero : a + std::log(rest);
+    const V d = b - a;
+    const V rest = 1.0 - exponentialNotAbove1(d);
+    V result = a + logarithm(greaterOf(V(Rule::tiny), rest));
+    stdx::where(rest <= Rule::tiny, result) = Rule::logZero;
+    V larger = a;
+    stdx::where(a < Rule::lowest, larger) = Rule::logZero;
+    stdx::where(d < Rule::cutOff, result) = larger;
+    return result;
 }
 
-template <class T>
-void logSubtractVector(const T* src, T* srcDst, std::size_t len) {
-    for (std::size_t i = 0; i < len; ++i) srcDst[i] = static_cast<T>(logSubtract<T>(src[i], srcDst[i]));
+inline void logSubtractVector(const Kel64f* src, Kel64f* srcDst, std::size_t len) {
+    using V = Vec<Kel64f>;
+    const NearestScope scope;
+    map(
+        srcDst, len, [](const V& a, const V& b) { return logSubtract<Kel64f>(a, b); }, 0.0, src, srcDst);
+}
+inline void logSubtractVector(const Kel32f* src, Kel32f* srcDst, std::size_t len) {
+    using V = Vec<Kel32f>;
+    const NearestScope scope;
+    const auto op = [](const V& a, const V& b) {
+        const auto [aLow, aHigh] = widen(a);
+        const auto [bLow, bHigh] = widen(b);
+        return narrow(logSubtract<Kel32f>(aLow, bLow), logSubtract<Kel32f>(aHigh, bHigh));
+    };
+    map(srcDst, len, op, 0.0f, src, srcDst);
 }
 
 template <class T>
 void logSubtractScaled(const T* src, T* srcDst, std::size_t len, int scaleFactor) {
+    using V = Vec<Kel64f>;
+    constexpr std::size_t kChunk = 128;
+    alignas(64) Kel64f a[kChunk], b[kChunk];
     const Kel64f multiplier = scaleMultiplier(scaleFactor);
     const Kel64f back = 1.0 / multiplier;
     const NearestScope scope;
-    for (std::size_t i = 0; i < len; ++i) {
-        srcDst[i] = truncateSaturate<T>(logSubtract<Kel32f>(src[i] * multiplier, srcDst[i] * multiplier) * back);
+    for (std::size_t i = 0; i < len; i += kChunk) {
+        const std::size_t n = std::min(kChunk, len - i);
+        convertScaledUp(src + i, a, n, multiplier);
+        convertScaledUp(srcDst + i, b, n, multiplier);
+        map(
+            b, n, [](const V& x, const V& y) { return logSubtract<Kel32f>(x, y); }, 0.0, a, b);
+        for (std::size_t k = 0; k < n; ++k) srcDst[i + k] = truncateSaturate<T>(b[k] * back);
     }
 }
 

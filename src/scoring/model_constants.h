@@ -1,12 +1,15 @@
 // The constants of diagonal Gaussians and of their mixtures.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
 
+#include "core/convert.h"
 #include "core/scaling.h"
 #include "core/simd.h"
+#include "core/vector_math.h"
 
 namespace kels {
 
@@ -28,9 +31,15 @@ KelStatus logDeterminant(const T* v, std::size_t len, T* pDet) {
         }
     }
     Kel64f det = static_cast<Kel64f>(len) * kLn2Pi;
-    for (std::size_t i = 0; i < len; ++i) {
-        const Kel64f logarithm = std::log(Kel64f{v[i]});
-        det += kind == Variance::Direct ? logarithm : -logarithm;
+    constexpr std::size_t kChunk = 128;
+    alignas(64) Kel64f logs[kChunk];
+    const NearestScope scope;
+    for (std::size_t i = 0; i < len; i += kChunk) {
+        const std::size_t n = std::min(kChunk, len - i);
+        convertWidening(v + i, logs, n);
+        map(
+            logs, n, [](const Vec<Kel64f>& x) { return logarithm(x); }, 1.0, logs);
+        for (std::size_t k = 0; k < n; ++k) det += kind == Variance::Direct ? logs[k] : -logs[k];
     }
     *pDet = static_cast<T>(det);
     return kelStatusOk;

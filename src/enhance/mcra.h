@@ -1,0 +1,166 @@
+// Minima-controlled recursive averaging of the noise in a power spectrum.
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+
+#include "core/check.h"
+#include "core/fill_copy.h"
+#include "core/scaling.h"
+#include "core/simd.h"
+#include "kels/enhance.h"
+
+struct KelMCRAState_32s {
+    Kel32s sampleRate, fftLen, orderBits, reserved, hop, minWindow, frameCount, firstFrame;
+    Kel32s alphaD, alphaP, alphaS, delta;
+    Kel32s *presence, *smoothed, *minimum, *tempMinimum;
+};
+static_assert(sizeof(KelMCRAState_32s) == sizeof(KelMCRAState_32f));
+#if defined(__i386__)
+static_assert(sizeof(KelMCRAState_32f) == 64);
+#endif
+
+namespace kels {
+
+// ---- the state -----------------------------------------------------------------------------------------------------
+
+inline constexpr int kAlphaBits = 30, kDeltaBits = 28;
+
+inline void storeCoefficient(Kel64f value, int, Kel32f& field) {
+    field = static_cast<Kel32f>(value);
+}
+inline void storeCoefficient(Kel64f value, int fractionBits, Kel32s& field) {
+    const NearestScope scope;
+    field = roundSaturate<Kel32s>(value * exactPowerOfTwo(fractionBits));
+}
+
+constexpr bool validLength(int fftLen) {
+    return fftLen >= 8 && fftLen <= 8192;
+}
+constexpr bool validRate(int sampleRate) {
+    return sampleRate >= 8000 && sampleRate <= 48000;
+}
+
+// The record, four arrays of 4-byte elements, and a word that has always been asked for.
+constexpr int mcraSize(int fftLen) {
+    return static_cast<int>(sizeof(KelMCRAState_32f)) + 16 * (fftLen / 2 + 1) + 4;
+}
+
+// minWindow apart, which the two ways to begin compute differently.
+template <class State>
+void beginMcra(State& state, int sampleRate, int fftLen, int hop) {
+    const int half = fftLen / 2;
+    const Kel64f r = 125.0 * hop / sampleRate;
+    state.sampleRate = sampleRate;
+    state.fftLen = fftLen;
+    state.orderBits = static_cast<Kel32s>(std::bit_width(static_cast<unsigned>(half)));
+    state.reserved = 0;
+    state.hop = hop;
+    state.frameCount = 0;
+    state.firstFrame = 1;
+    storeCoefficient(std::pow(0.7, r), kAlphaBits, state.alphaD);
+    storeCoefficient(std::pow(0.2, r), kAlphaBits, state.alphaP);
+    storeCoefficient(std::pow(0.8, r), kAlphaBits, state.alphaS);
+    storeCoefficient(5.0, kDeltaBits, state.delta);
+    state.presence = reinterpret_cast<decltype(state.presence)>(&state + 1);
+    state.smoothed = state.presence + half + 1;
+    state.minimum = state.smoothed + half + 1;
+    state.tempMinimum = state.minimum + half + 1;
+}
+
+template <class State>
+void initMcra(State& state, int sampleRate, int fftLen) {
+    beginMcra(state, sampleRate, fftLen, fftLen / 2);
+    state.minWindow = static_cast<int>(125 * (sampleRate * 0.008 / (1 << (state.orderBits - 1))));
+}
+
+template <class State>
+void initMcra(State& state, int sampleRate, int fftLen, int hop) {
+    beginMcra(state, sampleRate, fftLen, hop);
+    state.minWindow = static_cast<int>(sampleRate * 0.008 / hop * 125);
+}
+
+// ---- a frame -------------------------------------------------------------------------------------------------------
+
+template <class State, class T>
+void firstUpdate(const T* power, State& state, T* noise, std::size_t bins) {
+    for (T* const dst : {noise, state.smoothed, state.minimum, state.tempMinimum}) copy(power, dst, bins);
+    zero(state.presence, bins);
+}
+
+// Each recursion moves a value toward another by a share of their difference, so that equal values stay equal.
+// kRenew: the search for the minimum begins anew.
+template <bool kRenew>
+void update(const Kel32f* power, const KelMCRAState_32f& state, Kel32f* noise, std::size_t bins) {
+    using V = Vec<Kel32f>;
+    const V shareS(1 - state.alphaS), shareP(1 - state.alphaP), shareD(1 - state.alphaD), delta(state.delta);
+    // Copied, for the compiler must take it that vectors may be stored over the state.
+    Kel32f *const smoothed = state.smoothed, *const minimum = state.minimum, *const tempMinimum = state.tempMinimum;
+    Kel32f* const presences = state.presence;
+    const auto step = [=](std::size_t i, auto get, auto put) {
+        const V p = get(power + i), n = get(noise + i);
+        V s = get(smoothed + i), least = get(minimum + i), next = get(tempMinimum + i);
+        V presence = get(presences + i);
+        s = mulAdd(shareS, p - s, s);
+        least = lesserOf(s, kRenew ? next : least);
+        next = kRenew ? s : lesserOf(s, next);
+        V speech(0.0f);
+        stdx::where(s > delta * least, speech) = 1.0f;
+        presence = mulAdd(shareP, speech - presence, presence);
+        put(smoothed + i, s);
+        put(minimum + i, least);
+        put(tempMinimum + i, next);
+        put(presences + i, presence);
+        put(noise + i, mulAdd(shareD * (1.0f - presence), p - n, n));
+    };
+    constexpr std::size_t w = lanes<Kel32f>;
+    std::size_t i = 0;
+    for (; i + w <= bins; i += w) {
+        step(
+            i, [](const Kel32f* p) { return load(p); }, [](Kel32f* p, const V& v) { store(p, v); });
+    }
+    const std::size_t rest = bins - i;
+    if (rest == 0) return;
+    step(
+        i, [=](const Kel32f* p) { return loadPart(p, rest); }, [=](Kel32f* p, const V& v) { storePart(p, v, rest); });
+}
+
+// from + share * (to - from), share in Q30.
+inline Kel32s moved(Kel32s from, Kel32s to, Kel32s share) {
+    return static_cast<Kel32s>(from + shiftHalfEvenInRange((int64_t{to} - from) * share, kAlphaBits));
+}
+
+template <bool kRenew>
+void update(const Kel32s* power, const KelMCRAState_32s& state, Kel32s* noise, std::size_t bins) {
+    constexpr Kel32s kOne = 1 << kAlphaBits;
+    for (std::size_t i = 0; i < bins; ++i) {
+        const Kel32s s = moved(state.smoothed[i], power[i], kOne - state.alphaS);
+        const Kel32s least = std::min(s, kRenew ? state.tempMinimum[i] : state.minimum[i]);
+        const bool speech = int64_t{s} << kDeltaBits > int64_t{state.delta} * least;
+        const Kel32s presence = moved(state.presence[i], speech ? kOne : 0, kOne - state.alphaP);
+        state.smoothed[i] = s;
+        state.minimum[i] = least;
+        state.tempMinimum[i] = kRenew ? s : std::min(s, state.tempMinimum[i]);
+        state.presence[i] = presence;
+        noise[i] = moved(noise[i], power[i], moved(0, kOne - state.alphaD, kOne - presence));
+    }
+}
+
+template <class State, class T>
+void updateNoise(const T* power, State& state, T* noise) {
+    const std::size_t bins = size(state.fftLen / 2 + 1);
+    if (state.firstFrame != 0) {
+        firstUpdate(power, state, noise, bins);
+    } else if (state.frameCount == state.minWindow) {
+        update<true>(power, state, noise, bins);
+        state.frameCount = 0;
+    } else {
+        update<false>(power, state, noise, bins);
+    }
+    ++state.frameCount;
+    state.firstFrame = 0;
+}
+
+}  // namespace kels
