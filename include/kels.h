@@ -20,6 +20,7 @@
 #include "kels/log.h"
 #include "kels/mixture.h"
 #include "kels/model.h"
+#include "kels/resample.h"
 #include "kels/select.h"
 
 #endif
