@@ -286,6 +286,15 @@ struct ExactSum {
     }
 };
 
+// v, kept in a register: the compiler would rather load a value again for each of its uses, which costs where loads are
+// the limit.
+template <class T>
+Vec<T> held(const Vec<T>& v) {
+    auto r = native(v);
+    asm("" : "+x"(r));
+    return Vec<T>(r);
+}
+
 // The last n lanes of v, zero in those before them.
 template <class T>
 Vec<T> lastLanes(Vec<T> v, std::size_t n) {

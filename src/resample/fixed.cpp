@@ -54,19 +54,21 @@ bool layOut(int inRate, int outRate, int len, FixedState& state, int& bytes) {
     state.down = inRate / common;
     state.len = len;
     state.inverse = inverseModulo(state.down, state.phases);
-    // Few phases are repeated until they fill whole groups; of many a part of the last group is left unused.
-    const int repeats = state.phases < 16 * kGroup ? kGroup / std::gcd(state.phases, kGroup) : 1;
-    const int64_t groups = (static_cast<int64_t>(state.phases) * repeats + kGroup - 1) / kGroup;
-    const int64_t advance = static_cast<int64_t>(state.down) * repeats;
+    // The largest group that leaves the fewest places of the last one unused.
+    int64_t groups = 0;
+    for (int members = kMostMembers; members > 0; --members) {
+        const int64_t needed = (static_cast<int64_t>(state.phases) + members - 1) / members;
+        if (groups != 0 && needed * members >= groups * state.members) continue;
+        groups = needed;
+        state.members = members;
+    }
+    const int64_t lastShift = ((state.members - 1) * static_cast<int64_t>(state.down) + state.phases - 1) / state.phases;
     constexpr auto w = static_cast<int64_t>(lanes<Kel32f>);
-    const int64_t farthestShift = ((kGroup - 1) * static_cast<int64_t>(state.down) + state.phases - 1) / state.phases;
-    const int64_t vectors = (len + farthestShift + w - 1) / w;
+    const int64_t vectors = (len + lastShift + w - 1) / w;
     constexpr int64_t most = std::numeric_limits<int>::max();
     const int64_t filtersAt = sizeof(FixedState) + groups * static_cast<int64_t>(sizeof(Kel32s)) + kFilterAlignment;
-    const int64_t groupBytes = vectors * w * kGroup * static_cast<int64_t>(sizeof(Kel32f));
-    if (advance + farthestShift > most || filtersAt > most || groupBytes > most || groupBytes * groups > most - filtersAt) return false;
-    state.period = state.phases * repeats;
-    state.advance = static_cast<int>(advance);
+    const int64_t groupBytes = vectors * w * state.members * static_cast<int64_t>(sizeof(Kel32f));
+    if (filtersAt > most || groupBytes > most || groupBytes * groups > most - filtersAt) return false;
     state.groups = static_cast<int>(groups);
     state.vectors = static_cast<int>(vectors);
     state.startsAt = sizeof(FixedState);
@@ -75,11 +77,11 @@ bool layOut(int inRate, int outRate, int len, FixedState& state, int& bytes) {
     return true;
 }
 
-// Calls with every output of the groups and its phase.
+// Calls with every output of a period and its phase.
 template <class Each>
 void forEachOutput(const FixedState& state, Each each) {
     int64_t phase = 0;
-    for (int q = 0; q < state.groups * kGroup; ++q) {
+    for (int q = 0; q < state.phases; ++q) {
         each(q, static_cast<int>(phase));
         phase = (phase + state.down) % state.phases;
     }
@@ -94,7 +96,7 @@ KelStatus design(FixedState* at, const FixedState& shape, Kel32f rollf, Kel32f a
     state.filtersAt = static_cast<Kel32s>(
         roundUp<uintptr_t>(start + static_cast<uintptr_t>(shape.filtersAt) - kFilterAlignment, kFilterAlignment) - start);
     for (int g = 0; g < state.groups; ++g)
-        const_cast<Kel32s*>(state.starts())[g] = static_cast<Kel32s>(state.startOf(static_cast<int64_t>(g) * kGroup));
+        const_cast<Kel32s*>(state.starts())[g] = static_cast<Kel32s>(state.startOf(static_cast<int64_t>(g) * state.members));
     std::fill_n(const_cast<Kel32f*>(state.filters(0)), static_cast<std::size_t>(state.groups) * state.groupFloats(), 0.0f);
 
     const Kel64f stretch = std::min(1.0, static_cast<Kel64f>(state.phases) / state.down);
@@ -176,8 +178,23 @@ KelStatus run(const State* pState, const T* pSrc, int len, T* pDst, Kel32f norm,
 
     const int64_t phase = place - divideFloor(place, state.phases) * state.phases;
     const int64_t q = phase * state.inverse % state.phases;
-    resampleFixed(state, static_cast<int>(q), divideFloor(place - q * state.down, state.phases), static_cast<int>(count),
-                  pSrc, len, pDst, norm);
+    const int64_t base = divideFloor(place - q * state.down, state.phases);
+    const auto outputs = [&](auto members) {
+        resampleFixed<members>(state, static_cast<int>(q), base, static_cast<int>(count), pSrc, len, pDst, norm);
+    };
+    switch (state.members) {
+        case 1:
+            outputs(std::integral_constant<int, 1>());
+            break;
+        case 2:
+            outputs(std::integral_constant<int, 2>());
+            break;
+        case 3:
+            outputs(std::integral_constant<int, 3>());
+            break;
+        default:
+            outputs(std::integral_constant<int, kMostMembers>());
+    }
     const int64_t next = place + count * state.down;
     const int64_t sample = divideFloor(next, state.phases);
     *pTime = static_cast<Kel64f>(sample) + static_cast<Kel64f>(next - sample * state.phases) / state.phases;

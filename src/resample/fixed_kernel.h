@@ -1,28 +1,32 @@
 // Resampling by an integer rate pair with one filter per phase.
 //
-// Outputs repeat their phases after `phases` outputs and `down` inputs.  Four outputs that follow each other form a group:
-// their filters start from the sample at which the first of them starts, each shifted by its own distance, so that every
-// vector of samples that is loaded serves all four.  A group's filters are stored as they are used: vector 0 of the four,
-// vector 1 of the four, and so on.  Two outputs a period apart share the filters in the same way.
+// Outputs repeat their phases after `phases` outputs and `down` inputs.  Up to four outputs that follow each other form a
+// group: their filters start from the sample at which the first of them starts, each shifted by its own distance, so that
+// every vector of samples that is loaded serves all of them.  A group's filters are stored as they are used: vector 0 of
+// each member, vector 1 of each member, and so on.  Outputs one or more periods apart share the filters in the same way.
+//
+// Which taps meet in a lane of a vector, and so how an output is rounded, depends on its phase alone.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
+#include "core/check.h"
 #include "core/memory.h"
 #include "core/simd.h"
 #include "resample/samples.h"
 
 namespace kels {
 
-inline constexpr int kGroup = 4;
+inline constexpr int kMostMembers = 4;
 
 // The head of a fixed state; the groups' starts and filters follow at the offsets it names, so that the block may move.
 struct FixedState {
     Kel32s phases, down, len;  // output rate and input rate without common factors; taps of a phase
     Kel32s inverse;            // of down modulo phases: the outputs from phase 0 to phase 1
-    Kel32s period, advance;    // outputs and inputs after which the groups repeat
-    Kel32s groups, vectors;    // vectors of one output of a group
+    Kel32s members, groups;    // of a group; of a period
+    Kel32s vectors;            // of one output of a group
     Kel32s startsAt, filtersAt;
 
     // The first sample of output q of a period, relative to the sample at which the period starts.
@@ -34,126 +38,125 @@ struct FixedState {
         const auto* const all = reinterpret_cast<const Kel32f*>(reinterpret_cast<const Kel8u*>(this) + filtersAt);
         return all + static_cast<std::size_t>(group) * groupFloats();
     }
-    std::size_t groupFloats() const { return static_cast<std::size_t>(vectors) * kGroup * lanes<Kel32f>; }
+    std::size_t groupFloats() const { return size(vectors) * size(members) * lanes<Kel32f>; }
+    // Outputs of a group; the last one may be short of members.
+    int outputs(int group) const { return std::min(members, phases - group * members); }
 
     // Where tap k of output q stands.
     Kel32f& tap(int q, int k) const {
         constexpr int w = static_cast<int>(lanes<Kel32f>);
-        const int group = q / kGroup, member = q % kGroup;
+        const int group = q / members;
         const int place = k + static_cast<int>(startOf(q) - starts()[group]);
         auto* const floats = const_cast<Kel32f*>(filters(group));
-        return floats[(static_cast<std::size_t>(place / w) * kGroup + static_cast<std::size_t>(member)) * w +
-                      static_cast<std::size_t>(place % w)];
+        return floats[(size(place / w) * size(members) + size(q % members)) * lanes<Kel32f> + size(place % w)];
     }
 };
 
-// The four sums of a group's outputs at each of two signal positions.
+// One vector of the filter of each member of a group.
+template <int Members>
+struct GroupFilters {
+    explicit GroupFilters(const Kel32f* h) : a(held(load(h))) {
+        constexpr std::size_t w = lanes<Kel32f>;
+        if constexpr (Members > 1) b = held(load(h + w));
+        if constexpr (Members > 2) c = held(load(h + 2 * w));
+        if constexpr (Members > 3) d = held(load(h + 3 * w));
+    }
+    Vec<Kel32f> a, b{}, c{}, d{};
+};
+
+// The sums of the members of a group, at one place of the signal.
+template <int Members>
 struct GroupSums {
     Vec<Kel32f> a{0}, b{0}, c{0}, d{0};
 
-    [[gnu::always_inline]] void add(const Vec<Kel32f>& x, const Vec<Kel32f>& ha, const Vec<Kel32f>& hb,
-                                    const Vec<Kel32f>& hc, const Vec<Kel32f>& hd) {
-        a = mulAdd(x, ha, a);
-        b = mulAdd(x, hb, b);
-        c = mulAdd(x, hc, c);
-        d = mulAdd(x, hd, d);
+    [[gnu::always_inline]] void add(const Vec<Kel32f>& x, const GroupFilters<Members>& h) {
+        const auto once = held(x);
+        a = mulAdd(once, h.a, a);
+        if constexpr (Members > 1) b = mulAdd(once, h.b, b);
+        if constexpr (Members > 2) c = mulAdd(once, h.c, c);
+        if constexpr (Members > 3) d = mulAdd(once, h.d, d);
     }
     void total(Kel32f* dst) const { sumsOf4(a, b, c, d, dst); }
 };
 
 // A group's outputs where only the samples x[begin] to x[end - 1] exist; outputs that need others are not wanted.
-template <class S>
-void groupOutputsAtEdge(const Kel32f* filters, std::size_t vectors, const S* x, std::ptrdiff_t begin,
-                        std::ptrdiff_t end, Kel32f* sums) {
+template <int Members, class S>
+void groupAtEdge(const Kel32f* filters, std::ptrdiff_t span, const S* x, std::ptrdiff_t begin, std::ptrdiff_t end,
+                 Kel32f* sums) {
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
-    GroupSums group;
-    for (std::ptrdiff_t i = 0; i < static_cast<std::ptrdiff_t>(vectors) * w && i < end; i += w) {
+    GroupSums<Members> group;
+    for (std::ptrdiff_t i = 0; i < std::min(span, end); i += w) {
         Kel32f samples[lanes<Kel32f>];
         for (std::ptrdiff_t j = 0; j < w; ++j)
             samples[j] = i + j >= begin && i + j < end ? static_cast<Kel32f>(x[i + j]) : 0.0f;
-        const Kel32f* const h = filters + i * kGroup;
-        group.add(load(samples), load(h), load(h + w), load(h + 2 * w), load(h + 3 * w));
+        group.add(load(samples), GroupFilters<Members>(filters + i * Members));
     }
     group.total(sums);
 }
 
-// A group's outputs; all samples exist.
-template <class S>
-void groupOutputs(const Kel32f* filters, std::size_t vectors, const S* x, Kel32f* sums) {
-    constexpr std::size_t w = lanes<Kel32f>;
-    GroupSums group;
-    for (std::size_t v = 0; v < vectors; ++v) {
-        const Kel32f* const h = filters + v * kGroup * w;
-        group.add(loadSamples(x + v * w), load(h), load(h + w), load(h + 2 * w), load(h + 3 * w));
-    }
-    group.total(sums);
-}
-
-// A group's outputs here and a period later; all samples exist.
-template <class S>
-void groupOutputsTwice(const Kel32f* filters, std::size_t vectors, const S* x, const S* later, Kel32f* sums) {
-    constexpr std::size_t w = lanes<Kel32f>;
-    GroupSums now, then;
-    for (std::size_t v = 0; v < vectors; ++v) {
-        const Kel32f* const h = filters + v * kGroup * w;
-        const auto ha = load(h), hb = load(h + w), hc = load(h + 2 * w), hd = load(h + 3 * w);
-        now.add(loadSamples(x + v * w), ha, hb, hc, hd);
-        then.add(loadSamples(later + v * w), ha, hb, hc, hd);
-    }
-    now.total(sums);
-    then.total(sums + kGroup);
+// A group's outputs at x, and `distance` samples further on, and so forth; sums has four places for each of these times.
+template <int Members, std::size_t... Time, class S>
+[[gnu::always_inline]] inline void groupAt(std::index_sequence<Time...>, const Kel32f* filters, std::ptrdiff_t span,
+                                           const S* x, std::ptrdiff_t distance, Kel32f* sums) {
+    constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
+    const auto run = [=](auto... group) __attribute__((always_inline)) {
+        for (std::ptrdiff_t i = 0; i < span; i += w) {
+            const GroupFilters<Members> h(filters + i * Members);
+            (group.add(loadSamples(x + static_cast<std::ptrdiff_t>(Time) * distance + i), h), ...);
+        }
+        (group.total(sums + Time * kMostMembers), ...);
+    };
+    run((static_cast<void>(Time), GroupSums<Members>())...);
 }
 
 // `count` outputs from output q of the period that starts at src + base.
-template <class S>
+template <int Members, class S>
 void resampleFixed(const FixedState& state, int q, int64_t base, int count, const S* src, int len, S* dst,
                    Kel32f gain) {
-    const auto vectors = static_cast<std::size_t>(state.vectors);
-    const auto span = static_cast<std::ptrdiff_t>(vectors * lanes<Kel32f>);
-    const auto put = [&](S* to, const Kel32f* sums, int n) {
-        for (int i = 0; i < n; ++i) storeSample(to + i, sums[i], gain);
+    constexpr int times = std::max(1, (sizeof(void*) == 8 ? 9 : 4) / Members);  // what registers hold
+    const auto span = static_cast<std::ptrdiff_t>(size(state.vectors) * lanes<Kel32f>);
+    const auto oldest = static_cast<std::ptrdiff_t>(base + state.startOf(q));  // the first sample that surely exists
+    auto period = static_cast<std::ptrdiff_t>(base);
+    int group = q / Members;
+    int skip = q % Members;  // outputs of the first group that are not wanted
+    int together = 0;        // groups to go in a walk through all of them that serves `times` periods
+    Kel32f sums[times * kMostMembers];
+    const auto put = [&](int time, int first, int n) {
+        for (int i = 0; i < n; ++i)
+            storeSample(dst + size(time) * size(state.phases) + i, sums[time * kMostMembers + first + i], gain);
     };
-    // The first sample that the caller vouches for.
-    const auto oldest = static_cast<std::ptrdiff_t>(base + state.startOf(q));
-    int group = q / kGroup;
-    int skip = q % kGroup;  // members of the first group that are not wanted
-    const auto next = [&](int produced) {
-        dst += produced;
-        count -= produced;
+    while (count > 0) {
+        const std::ptrdiff_t start = period + state.starts()[group];
+        const Kel32f* const filters = state.filters(group);
+        const S* const x = src + start;
+        if (together == 0 && skip == 0 && count / times >= state.phases &&
+            start + times * static_cast<std::ptrdiff_t>(state.down) + span <= len)
+            together = state.groups;
+        int n = state.outputs(group) - skip;
+        if (together > 0) {
+            groupAt<Members>(std::make_index_sequence<times>(), filters, span, x, state.down, sums);
+            for (int time = 0; time < times; ++time) put(time, 0, n);
+        } else {
+            n = std::min(n, count);
+            if (start >= oldest && start + span <= len) {
+                groupAt<Members>(std::make_index_sequence<1>(), filters, span, x, 0, sums);
+            } else {
+                groupAtEdge<Members>(filters, span, x, oldest - start, len - start, sums);
+            }
+            put(0, skip, n);
+        }
+        dst += n;
+        count -= n;
         skip = 0;
         if (++group == state.groups) {
             group = 0;
-            base += state.advance;
+            period += state.down;
         }
-    };
-    while (count > 0) {
-        Kel32f sums[2 * kGroup];
-        const auto start = static_cast<std::ptrdiff_t>(base) + state.starts()[group];
-        const int members = std::min(kGroup, state.period - group * kGroup);
-        if (skip == 0 && count >= state.period * 2 && start + 2 * state.advance + span <= len) {
-            // Two periods, from this group round to the one before it.
-            for (int i = 0; i < state.groups; ++i) {
-                const S* const x = src + static_cast<std::ptrdiff_t>(base) + state.starts()[group];
-                const int n = std::min(kGroup, state.period - group * kGroup);
-                groupOutputsTwice(state.filters(group), vectors, x, x + state.advance, sums);
-                put(dst, sums, n);
-                put(dst + state.period, sums + kGroup, n);
-                next(n);
-            }
-            dst += state.period;
-            count -= state.period;
-            base += state.advance;
-            continue;
+        if (together > 0 && --together == 0) {
+            dst += (times - 1) * static_cast<std::ptrdiff_t>(state.phases);
+            count -= (times - 1) * state.phases;
+            period += (times - 1) * static_cast<std::ptrdiff_t>(state.down);
         }
-        const S* const x = src + start;
-        if (start >= oldest && start + span <= len) {
-            groupOutputs(state.filters(group), vectors, x, sums);
-        } else {
-            groupOutputsAtEdge(state.filters(group), vectors, x, oldest - start, len - start, sums);
-        }
-        const int n = std::min(members - skip, count);
-        put(dst, sums + skip, n);
-        next(n);
     }
 }
 

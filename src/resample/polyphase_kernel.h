@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <utility>
 
 #include "core/memory.h"
 #include "core/simd.h"
@@ -25,6 +26,11 @@ namespace kels {
 // Where the rows stand and how to find the two that a place lies between.
 class FilterRows {
   public:
+    static constexpr int kSpread = 4;  // rows that are used at once, each one place further than the one before
+    static constexpr int kWidth = static_cast<int>(lanes<Kel32f>);
+    static constexpr int kMargin = 2 * kWidth;
+    static_assert(kMargin >= kWidth - 1 + kSpread - 1);
+
     // The rows of a table whose last point is L = last.  A sample up to `tolerance` beyond it counts, so that a sample at
     // L takes part whichever way its time is rounded.
     FilterRows(Kel32f* rows, int last, int nStep, Kel64f tolerance = 0)
@@ -32,7 +38,7 @@ class FilterRows {
           tolerance_(tolerance) {}
 
     static int64_t stride(int last, int nStep) {
-        return roundUp<int64_t>(2 * (static_cast<int64_t>(last) / nStep) + 2, kWidth) + 2 * kWidth;
+        return roundUp<int64_t>(2 * (static_cast<int64_t>(last) / nStep) + 2, kWidth) + 2 * kMargin;
     }
     // Rows 0 to nStep and the two that replace others at the edges.
     static int64_t floats(int last, int nStep) { return stride(last, nStep) * (static_cast<int64_t>(nStep) + 3); }
@@ -44,7 +50,7 @@ class FilterRows {
     std::size_t taps() const { return 2 * static_cast<std::size_t>(half_) + 2; }
 
     struct Place {
-        const Kel32f *low, *high;  // the two rows, at m = -half; zeros for a vector's width around the taps
+        const Kel32f *low, *high;  // the two rows, at m = -half; kMargin zeros on both sides
         Kel32f weight;             // of the second
     };
     Place at(Kel64f fraction) const {
@@ -58,10 +64,8 @@ class FilterRows {
     }
 
   private:
-    static constexpr int kWidth = static_cast<int>(lanes<Kel32f>);
-
-    std::size_t stride() const { return roundUp<std::size_t>(taps(), kWidth) + 2 * kWidth; }
-    Kel32f* row(int p) const { return rows_ + static_cast<std::size_t>(p) * stride() + kWidth; }
+    std::size_t stride() const { return roundUp<std::size_t>(taps(), kWidth) + 2 * kMargin; }
+    Kel32f* row(int p) const { return rows_ + static_cast<std::size_t>(p) * stride() + kMargin; }
 
     Kel32f* rows_;
     int nStep_;
@@ -107,6 +111,23 @@ struct ResampleTimes {
     }
 };
 
+// One output: its samples, its two rows, and the two sums.
+template <class S>
+struct Interpolation {
+    const S* x;
+    FilterRows::Place place;
+    Vec<Kel32f> low{0}, high{0};
+
+    [[gnu::always_inline]] void add(std::size_t i, const Vec<Kel32f>& samples) {
+        const auto once = held(samples);
+        low = mulAdd(once, load(place.low + i), low);
+        high = mulAdd(once, load(place.high + i), high);
+    }
+    Vec<Kel32f> sum() const {
+        return mulAdd(high, Vec<Kel32f>(place.weight), Vec<Kel32f>(low * Vec<Kel32f>(1 - place.weight)));
+    }
+};
+
 // sums[n], n < count, without gain; the samples end at src + len.
 template <class S>
 void interpolate(const FilterRows& rows, const ResampleTimes& times, int64_t first, std::size_t count, const S* src,
@@ -114,77 +135,77 @@ void interpolate(const FilterRows& rows, const ResampleTimes& times, int64_t fir
     constexpr std::size_t w = lanes<Kel32f>;
     const Kel64f base = std::floor(times.at(first));
     const Kel64f fraction = times.at(first) - base;
-    const auto origin = static_cast<std::ptrdiff_t>(base) - rows.half();
-    const std::size_t vectors = (rows.taps() + w - 1) / w;
+    const S* const origin = src + static_cast<std::ptrdiff_t>(base) - rows.half();
+    const std::size_t padded = roundUp(rows.taps(), w);
 
-    const auto one = [&](std::size_t n) __attribute__((always_inline)) {
+    const auto at = [&](std::size_t n) __attribute__((always_inline)) {
         const Kel64f offset = fraction + static_cast<Kel64f>(n) * times.step;
         const int whole = static_cast<int>(offset);
-        const auto place = rows.at(offset - whole);
-        const std::ptrdiff_t begin = origin + whole;
-        const S* const x = src + begin;
-        Vec<Kel32f> low0(0), high0(0), low1(0), high1(0);
-        std::size_t v = 0;
-        const auto add = [&](const Vec<Kel32f>& samples, Vec<Kel32f>& low, Vec<Kel32f>& high) {
-            low = mulAdd(samples, load(place.low + v * w), low);
-            high = mulAdd(samples, load(place.high + v * w), high);
-            ++v;
-        };
-        // The rows end in zeros, so that samples behind the reach do no harm; but there may be none.
-        const auto room = static_cast<std::size_t>(len - begin);
-        const std::size_t inside = std::min(vectors, room / w);
-        while (v + 2 <= inside) {
-            add(loadSamples(x + v * w), low0, high0);
-            add(loadSamples(x + v * w), low1, high1);
-        }
-        if (v < inside) add(loadSamples(x + v * w), low0, high0);
-        if (v < vectors && room % w != 0) {
-            const auto samples = loadSamples(x + v * w, room % w);
-            if (v % 2 == 0) {
-                add(samples, low0, high0);
-            } else {
-                add(samples, low1, high1);
-            }
-        }
-        return mulAdd(high0 + high1, Vec<Kel32f>(place.weight),
-                      Vec<Kel32f>((low0 + low1) * Vec<Kel32f>(1 - place.weight)));
+        return Interpolation<S>{origin + whole, rows.at(offset - whole)};
+    };
+    // The rows end in zeros, so that samples behind the reach do no harm; but behind src + len there are none.
+    const auto inside = [&](const Interpolation<S>& output) {
+        return static_cast<std::size_t>(src + len - output.x) >= padded;
     };
     std::size_t n = 0;
     for (; n + 4 <= count; n += 4) {
-        const auto a = one(n), b = one(n + 1), c = one(n + 2), d = one(n + 3);
-        sumsOf4(a, b, c, d, sums + n);
+        // Four at once hide the latency of the additions.
+        auto a = at(n), b = at(n + 1), c = at(n + 2), d = at(n + 3);
+        if (!inside(d)) break;
+        for (std::size_t i = 0; i < padded; i += w) {
+            a.add(i, loadSamples(a.x + i));
+            b.add(i, loadSamples(b.x + i));
+            c.add(i, loadSamples(c.x + i));
+            d.add(i, loadSamples(d.x + i));
+        }
+        sumsOf4(a.sum(), b.sum(), c.sum(), d.sum(), sums + n);
     }
     for (; n < count; ++n) {
-        const auto a = one(n);
+        auto a = at(n);
+        const std::size_t room = std::min(padded, static_cast<std::size_t>(src + len - a.x));
+        std::size_t i = 0;
+        for (; i + w <= room; i += w) a.add(i, loadSamples(a.x + i));
+        if (i < room) a.add(i, loadSamples(a.x + i, room - i));
+        const auto sum = a.sum();
         Kel32f four[4];
-        sumsOf4(a, a, a, a, four);
+        sumsOf4(sum, sum, sum, sum, four);
         sums[n] = four[0];
     }
 }
 
-// One input on the grid of the outputs.
+// One input on the grid of the outputs: its two rows from the first output on, times its value.
 struct SpreadInput {
     const Kel32f *low, *high;
     Kel32f lowWeight, highWeight;
 };
 
-// sums[n] += what `Count` inputs with the same first output give.
+// sums[n] += what the inputs give, begin <= n < end rounded up to whole vectors.
 template <std::size_t... I>
-[[gnu::always_inline]] inline void spread(std::index_sequence<I...>, const SpreadInput* inputs, Kel32f* sums,
-                                          std::ptrdiff_t begin, std::ptrdiff_t end, std::ptrdiff_t first) {
+[[gnu::always_inline]] inline void spread(std::index_sequence<I...>, bool together, const SpreadInput* inputs,
+                                          Kel32f* sums, std::ptrdiff_t begin, std::ptrdiff_t end) {
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
-    const auto run = [=](auto... each) __attribute__((always_inline)) {
-        for (std::ptrdiff_t n = begin; n < end; n += w) {
-            Vec<Kel32f> sum(0);
-            ((sum = mulAdd(each.lowWeight, load(each.low + n - first), sum),
-              sum = mulAdd(each.highWeight, load(each.high + n - first), sum)),
-             ...);
-            store(sums + n, Vec<Kel32f>(load(sums + n) + sum));
-        }
-    };
     struct Wide {
         const Kel32f *low, *high;
         Vec<Kel32f> lowWeight, highWeight;
+
+        [[gnu::always_inline]] Vec<Kel32f> add(std::ptrdiff_t n, const Vec<Kel32f>& sum) const {
+            return mulAdd(highWeight, load(high + n), mulAdd(lowWeight, load(low + n), sum));
+        }
+    };
+    const auto run = [=](const auto&... input) __attribute__((always_inline)) {
+        if (together) {
+            for (std::ptrdiff_t n = begin; n < end; n += w) {
+                Vec<Kel32f> part(0);
+                ((part = input.add(n, part)), ...);
+                store(sums + n, Vec<Kel32f>(load(sums + n) + part));
+            }
+        } else {
+            for (std::ptrdiff_t n = begin; n < end; n += w) {
+                Vec<Kel32f> sum = load(sums + n);
+                ((sum += input.add(n, Vec<Kel32f>(0))), ...);
+                store(sums + n, sum);
+            }
+        }
     };
     run(Wide{inputs[I].low, inputs[I].high, Vec<Kel32f>(inputs[I].lowWeight), Vec<Kel32f>(inputs[I].highWeight)}...);
 }
@@ -194,7 +215,7 @@ template <class S>
 void decimate(const FilterRows& rows, const ResampleTimes& times, int64_t firstOutput, std::size_t count, const S* src,
               int len, Kel32f* sums) {
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
-    constexpr std::ptrdiff_t most = 4;  // inputs at once
+    constexpr std::ptrdiff_t most = FilterRows::kSpread;  // inputs at once
     const Kel64f base = std::floor(times.at(firstOutput));
     const Kel64f start = times.at(firstOutput) - base;
     const S* const x = src + static_cast<std::ptrdiff_t>(base);
@@ -207,37 +228,41 @@ void decimate(const FilterRows& rows, const ResampleTimes& times, int64_t firstO
                                         len - static_cast<std::ptrdiff_t>(base));
     const auto onGrid = [&](std::ptrdiff_t input) { return (static_cast<Kel64f>(input) - start) * times.factor; };
 
-    // Inputs between the same two outputs are summed before they join the output: that rounds less often.  They go by
-    // fours from the first one that lies there, also where that one is behind the start.
+    // Where there are several inputs between two outputs, those are summed before they join the output: that rounds less
+    // often.  They go by fours from the first one that lies there, also where that one is behind the start.
+    const bool together = times.factor <= 0.5;
     auto k = static_cast<std::ptrdiff_t>(std::floor(onGrid(j)));
     const auto firstAfter = static_cast<std::ptrdiff_t>(std::ceil(start + static_cast<Kel64f>(k) * times.step));
-    std::ptrdiff_t room = most - (j - firstAfter) % most;
-    SpreadInput inputs[most];
+    std::ptrdiff_t room = together ? most - (j - firstAfter) % most : most;
     while (j < end) {
+        SpreadInput inputs[most]{};
         std::ptrdiff_t n = 0;
-        Kel64f u = onGrid(j);
-        while (u >= static_cast<Kel64f>(k + 1)) ++k;
-        for (; n < room && j < end && u < static_cast<Kel64f>(k + 1); ++n, u = onGrid(++j)) {
+        std::ptrdiff_t first = 0;  // output that the first value of the rows belongs to
+        for (; n < room && j < end; ++n, ++j) {
+            const Kel64f u = onGrid(j);
+            if (together && n > 0 && u >= static_cast<Kel64f>(k + 1)) break;
+            while (u >= static_cast<Kel64f>(k + 1)) ++k;
+            if (n == 0) first = k - rows.half();
             const auto place = rows.at(u - static_cast<Kel64f>(k));
             const auto sample = static_cast<Kel32f>(x[j]);
-            inputs[n] = {place.low, place.high, sample * (1 - place.weight), sample * place.weight};
+            const std::ptrdiff_t zero = k - rows.half();
+            inputs[n] = {place.low - zero, place.high - zero, sample * (1 - place.weight), sample * place.weight};
         }
         room = most;
-        const std::ptrdiff_t first = k - rows.half();
         const std::ptrdiff_t from = first <= 0 ? 0 : first / w * w;
-        const std::ptrdiff_t to = std::min(first + static_cast<std::ptrdiff_t>(rows.taps()), outputs);
+        const std::ptrdiff_t to = std::min(k - rows.half() + static_cast<std::ptrdiff_t>(rows.taps()), outputs);
         switch (n) {
             case 1:
-                spread(std::make_index_sequence<1>(), inputs, sums, from, to, first);
+                spread(std::make_index_sequence<1>(), together, inputs, sums, from, to);
                 break;
             case 2:
-                spread(std::make_index_sequence<2>(), inputs, sums, from, to, first);
+                spread(std::make_index_sequence<2>(), together, inputs, sums, from, to);
                 break;
             case 3:
-                spread(std::make_index_sequence<3>(), inputs, sums, from, to, first);
+                spread(std::make_index_sequence<3>(), together, inputs, sums, from, to);
                 break;
             default:
-                spread(std::make_index_sequence<most>(), inputs, sums, from, to, first);
+                spread(std::make_index_sequence<most>(), together, inputs, sums, from, to);
         }
     }
 }
