@@ -1,5 +1,4 @@
-// Resampling in blocks of 4096 samples, at settings of equal measured quality (docs/accuracy.md).  A length is the outputs of
-// one block: time divided by it is the cost of an output.
+// Resampling in blocks of 4096 samples, beside each peer at the settings that measure like it (docs/accuracy.md).
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -8,6 +7,7 @@
 #include <vector>
 
 #include "kels/resample.h"
+#include "resample_settings.h"
 #if defined(HAVE_SOXR)
 #include <soxr.h>
 #endif
@@ -29,15 +29,7 @@ struct Rates {
     std::string name() const { return std::to_string(std::lround(in)) + "to" + std::to_string(std::lround(out)); }
 };
 
-struct Setting {
-    const char* name;
-    float window;
-    int nStep;
-    float rollf, alpha;
-};
-constexpr Setting kLikeSoxr{"Soxr", 190, 1024, 0.956f, 13};
-constexpr Setting kLikeSpeex{"Speex", 256, 1024, 0.975f, 11};
-constexpr Setting kLikeSrc{"Src", 286, 4096, 0.968f, 15};
+using Setting = ResampleSetting;
 
 template <class T>
 std::vector<T> noise(std::size_t n) {
@@ -52,9 +44,6 @@ template <class T>
 std::vector<T> room(Rates rates) {
     return std::vector<T>(static_cast<std::size_t>(kBlock * rates.factor()) + 100);
 }
-
-template <class T>
-using Output = std::vector<T>;
 
 KelStatus call(const KelResamplePolyphase_32f* s, const Kel32f* x, Kel32f* y, double factor, double* time, int* n) {
     return kelsResamplePolyphase_32f(s, x, kBlock, y, factor, 1, time, n);
@@ -173,7 +162,7 @@ void src(benchmark::State& bench, Rates rates) {
         for (const Setting setting : {kLikeSoxr, kLikeSpeex, kLikeSrc}) {
             for (const bool fixed : {true, false}) {
                 if (fixed && !rates.whole()) continue;
-                const std::string operation = std::string(fixed ? "ResampleFixed" : "Resample") + "Like" + setting.name;
+                const std::string operation = std::string(fixed ? "ResampleFixed" : "Resample") + setting.name;
                 if (fixed) add(operation, "kels", rates, fixed32, setting);
                 else add(operation, "kels", rates, general32, setting);
                 if (fixed) add(operation, "kels16", rates, fixed16, setting);

@@ -1,6 +1,6 @@
 // Measures what resamplers do to pure tones: how much of the output is neither the tone nor as loud as it, how wide the
 // pass band is, and what is left of tones beyond it.  The figures of docs/accuracy.md are this program's output.
-// usage: resample-quality [WINDOW NSTEP ROLLF ALPHA [LEN]]     only the settings given, instead of the header's table
+// usage: resample-quality [WINDOW NSTEP ROLLF ALPHA]   one filter instead of those of the header's table and the peers
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kels/resample.h"
+#include "resample_settings.h"
 #if defined(HAVE_SOXR)
 #include <soxr.h>
 #endif
@@ -32,17 +33,7 @@ struct Rates {
 };
 using Converter = std::function<Signal(const Signal&, Rates)>;
 
-struct Setting {
-    const char* name;
-    float window;
-    int nStep;
-    float rollf, alpha;
-};
-constexpr Setting kSettings[] = {
-    {"fast", 46, 128, 0.86f, 6},
-    {"speech", 94, 512, 0.90f, 9},
-    {"as soxr HQ", 190, 2048, 0.956f, 13},
-};
+using Setting = ResampleSetting;
 
 Signal withHistory(const Signal& x, std::size_t history) {
     Signal padded(history, 0.0f);
@@ -209,7 +200,7 @@ void report(const char* who, const Converter& convert, Rates rates) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::vector<Setting> settings(std::begin(kSettings), std::end(kSettings));
+    std::vector<Setting> settings{kFast, kSpeech, kLikeSoxr, kLikeSpeex, kLikeSrc};
     if (argc >= 5) {
         settings = {{"given", static_cast<float>(std::atof(argv[1])), std::atoi(argv[2]),
                      static_cast<float>(std::atof(argv[3])), static_cast<float>(std::atof(argv[4]))}};

@@ -38,10 +38,12 @@ class FilterRows {
           tolerance_(tolerance) {}
 
     static int64_t stride(int last, int nStep) {
-        return roundUp<int64_t>(2 * (static_cast<int64_t>(last) / nStep) + 2, kWidth) + 2 * kMargin;
+        return roundUp<int64_t>(2 * (static_cast<int64_t>(last) / nStep) + 2, kWidth) + kMargin;
     }
     // Rows 0 to nStep and the two that replace others at the edges.
-    static int64_t floats(int last, int nStep) { return stride(last, nStep) * (static_cast<int64_t>(nStep) + 3); }
+    static int64_t floats(int last, int nStep) {
+        return stride(last, nStep) * (static_cast<int64_t>(nStep) + 3) + kMargin;
+    }
 
     template <class T>
     void fill(const T* h, int last);
@@ -50,7 +52,7 @@ class FilterRows {
     std::size_t taps() const { return 2 * static_cast<std::size_t>(half_) + 2; }
 
     struct Place {
-        const Kel32f *low, *high;  // the two rows, at m = -half; kMargin zeros on both sides
+        const Kel32f *low, *high;  // the two rows, at m = -half; kMargin zeros in front and behind
         Kel32f weight;             // of the second
     };
     Place at(Kel64f fraction) const {
@@ -64,7 +66,7 @@ class FilterRows {
     }
 
   private:
-    std::size_t stride() const { return roundUp<std::size_t>(taps(), kWidth) + 2 * kMargin; }
+    std::size_t stride() const { return roundUp<std::size_t>(taps(), kWidth) + kMargin; }
     Kel32f* row(int p) const { return rows_ + static_cast<std::size_t>(p) * stride() + kMargin; }
 
     Kel32f* rows_;
@@ -76,7 +78,7 @@ class FilterRows {
 
 template <class T>
 void FilterRows::fill(const T* h, int last) {
-    std::fill_n(rows_, stride() * (static_cast<std::size_t>(nStep_) + 3), 0.0f);
+    std::fill_n(rows_, stride() * (static_cast<std::size_t>(nStep_) + 3) + kMargin, 0.0f);
     const auto fillRow = [&](Kel32f* taps, int64_t p) {
         for (std::ptrdiff_t m = -half_; m <= half_ + 1; ++m) {
             const int64_t k = std::abs(p - static_cast<int64_t>(m) * nStep_);
