@@ -66,8 +66,9 @@ bool layOut(int inRate, int outRate, int len, FixedState& state, int& bytes) {
     constexpr auto w = static_cast<int64_t>(lanes<Kel32f>);
     const int64_t vectors = (len + lastShift + w - 1) / w;
     constexpr int64_t most = std::numeric_limits<int>::max();
-    const int64_t filtersAt = sizeof(FixedState) + groups * static_cast<int64_t>(sizeof(Kel32s)) + kFilterAlignment;
-    const int64_t groupBytes = vectors * w * state.members * static_cast<int64_t>(sizeof(Kel32f));
+    constexpr auto wordBytes = static_cast<int64_t>(sizeof(Kel32f));
+    const int64_t filtersAt = static_cast<int64_t>(sizeof(FixedState)) + groups * wordBytes + kFilterAlignment;
+    const int64_t groupBytes = vectors * w * state.members * wordBytes;
     if (filtersAt > most || groupBytes > most || groupBytes * groups > most - filtersAt) return false;
     state.groups = static_cast<int>(groups);
     state.vectors = static_cast<int>(vectors);

@@ -168,7 +168,7 @@ void resampleFixed(const FixedState& state, int q, int64_t base, int count, cons
     int group = q / Members;
     int skip = q % Members;  // outputs of the first group that are not wanted
     int together = 0;        // groups to go in a walk through all of them that serves `times` periods
-    Kel32f sums[std::max(times * kMostMembers, 8)];
+    Kel32f sums[std::max(times * kMostMembers, 8)] = {};
     const auto put = [&](int time, int first, int n) {
         for (int i = 0; i < n; ++i)
             storeSample(dst + size(time) * size(state.phases) + i, sums[time * kMostMembers + first + i], gain);

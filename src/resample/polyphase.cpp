@@ -38,8 +38,9 @@ KelStatus build(State** ppState, int last, int nStep, Kel32f rollf, Kel32f alpha
     using T = TapOf<State>;
     Kel64f* const design = allocate<Kel64f>(static_cast<int64_t>(last) + 1);
     if (design == nullptr) return kelStatusAllocError;
-    const int64_t tableEnd = static_cast<int64_t>(sizeof(State)) + (static_cast<int64_t>(last) + 2) * sizeof(T);
-    const int64_t bytes = tableEnd + kRowAlignment + FilterRows::floats(last, nStep) * sizeof(Kel32f);
+    const auto bytesOf = [](int64_t count, std::size_t elementSize) { return count * static_cast<int64_t>(elementSize); };
+    const int64_t tableEnd = bytesOf(1, sizeof(State)) + bytesOf(static_cast<int64_t>(last) + 2, sizeof(T));
+    const int64_t bytes = tableEnd + kRowAlignment + bytesOf(FilterRows::floats(last, nStep), sizeof(Kel32f));
     auto* const state = reinterpret_cast<State*>(allocate<Kel8u>(bytes));
     if (state == nullptr) {
         kelsFree(design);

@@ -273,7 +273,7 @@ void decimate(const FilterRows& rows, const ResampleTimes& times, int64_t firstO
 template <class S>
 void resample(const FilterRows& rows, const ResampleTimes& times, int count, const S* src, int len, S* dst,
               Kel32f gain) {
-    constexpr int chunk = 512;
+    constexpr int chunk = 2048;  // many more than a filter has taps: inputs at a border are looked at twice
     alignas(64) Kel32f sums[chunk + lanes<Kel32f>];
     for (int done = 0; done < count; done += chunk) {
         const auto n = static_cast<std::size_t>(std::min(chunk, count - done));
