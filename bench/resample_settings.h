@@ -11,4 +11,4 @@ inline constexpr ResampleSetting kFast{"fast", 46, 128, 0.86f, 6};
 inline constexpr ResampleSetting kSpeech{"speech", 94, 512, 0.90f, 9};
 inline constexpr ResampleSetting kLikeSoxr{"LikeSoxr", 190, 1024, 0.956f, 13};
 inline constexpr ResampleSetting kLikeSpeex{"LikeSpeex", 254, 1024, 0.974f, 11.3f};
-inline constexpr ResampleSetting kLikeSrc{"LikeSrc", 298, 4096, 0.969f, 15.5f};
+inline constexpr ResampleSetting kLikeSrc{"LikeSrc", 298, 2048, 0.969f, 15.5f};

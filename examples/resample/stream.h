@@ -16,7 +16,7 @@ struct Quality {
 };
 // From the table in kels/resample.h.
 inline constexpr Quality kQualities[] = {
-    {"fast", 46, 128, 0.86F, 6}, {"good", 190, 1024, 0.956F, 13}, {"best", 298, 4096, 0.969F, 15.5F}};
+    {"fast", 46, 128, 0.86F, 6}, {"good", 190, 1024, 0.956F, 13}, {"best", 298, 2048, 0.969F, 15.5F}};
 
 // The filter for a pair of rates: the fixed form, or the general form where the fixed one would have too many phases.
 class Resampler {

@@ -16,6 +16,20 @@
  *   pTime   in: time of the first output; out: time of the first output that was not produced
  *   pOutLen out: number of outputs, 0 if the block is too short
  *
+ * Settings, for factors near and above 1 (docs/accuracy.md has them by rate, beside the libraries they are named after).
+ * Pass band: up to -0.1 dB, of half the slower rate.  Rejection: of tones beyond half the slower rate.  SNR: of pure tones
+ * in the pass band, the least.
+ *
+ *                               window  nStep  rollf  alpha   pass band  rejection  SNR
+ *   fast                            46    128  0.86    6         79 %      68 dB     62 dB
+ *   speech recognition              94    512  0.90    9         86 %      94 dB    102 dB
+ *   like soxr HQ                   190   1024  0.956  13         93 %     127 dB    129 dB
+ *   like speexdsp, quality 10      254   1024  0.974  11.3       96 %     113 dB    127 dB
+ *   like libsamplerate, best       298   2048  0.969  15.5       95 %     138 dB    138 dB
+ *
+ * For factors below 1 the SNR is 129 to 134 dB in the general form, limited by single-precision sums, and 132 to 140 dB
+ * in the fixed form.
+ *
  * The table.  With L = window * nStep / 2, truncated, and w = pi / nStep:  h[0] = rollf and h[k] = sin(k rollf w) / (k w)
  * times I0(alpha sqrt(1 - (k / L)^2)) / I0(alpha), k = 1 .. L; all divided by h[0] + 2 (h[nStep] + h[2 nStep] + ...).
  * pTable holds its tableLen = L + 1 values, then the last one again; 16-bit tables are Q15.  The state is one block and
@@ -40,16 +54,17 @@
  * are binary fractions, otherwise the same to 1e-6 of full scale.  Times are not summed up but computed from the call's
  * first one, so that their error in a call is one rounding.
  *
- * Fixed form: one filter of `len` samples for each of the outRate / gcd(inRate, outRate) phases, each evaluated at its own
+ * Fixed form: a filter `len` samples wide for each of the outRate / gcd(inRate, outRate) phases, each evaluated at its own
  * phase without interpolation, with gain 1 at zero frequency on average, and faster.  Phase p belongs to times of fraction
- * p / phases; other times count as the nearest one, so that a running time does not drift however long the signal is.
- * Tap k of a filter weighs src[floor(t - len / 2) + 1 + k].  The filter spans len INPUT samples at any rate; for
- * outRate < inRate it is stretched, and the filter of the general form with the same window has len = window * inRate /
- * outRate.  reach = len / 2; times, outputs, history and blocks are as above, without the tolerance.
+ * p / phases; other times count as the nearest one, so that a running time does not drift however long the signal is.  The
+ * filter spans len INPUT samples at any rate; for outRate < inRate it is stretched, and what the general form does with
+ * some window takes len = window * inRate / outRate.  reach = len / 2; times, outputs, history and blocks are as above,
+ * without the tolerance.  Blocks give the same bits at any rates.
  *
- * Set and Get exchange filters with an array in which tap k of phase p stands at p * len + k.  Filters beyond the number of
- * phases and taps beyond the state's are passed over, and where the array has fewer the others stay as they are.  16-bit
- * filters are Q15.
+ * A filter has len + 1 taps: tap k weighs src[ceil(t - len / 2) + k].  The last one is 0 but for phases at which the filter
+ * ends on a sample on both sides.  Set and Get exchange filters with an array in which tap k of phase p stands at p * len
+ * + k, with a len and a number of phases (height) of its own: what only one side has is passed over, and stays as it is.
+ * But a Set with the len of the state replaces whole filters: it makes the last taps 0.  16-bit filters are Q15.
  *
  * 16-bit outputs are rounded to nearest, ties to even, and saturated; sums are formed in single precision.
  *

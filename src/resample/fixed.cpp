@@ -17,7 +17,7 @@ struct KelResamplePolyphaseFixed_16s : kels::FixedState {};
 namespace kels {
 
 int64_t FixedState::startOf(int64_t q) const {
-    return divideFloor(2 * q * down - static_cast<int64_t>(phases) * len, 2 * static_cast<int64_t>(phases)) + 1;
+    return -divideFloor(static_cast<int64_t>(phases) * len - 2 * q * down, 2 * static_cast<int64_t>(phases));
 }
 
 namespace {
@@ -64,7 +64,7 @@ bool layOut(int inRate, int outRate, int len, FixedState& state, int& bytes) {
     }
     const int64_t lastShift = ((state.members - 1) * static_cast<int64_t>(state.down) + state.phases - 1) / state.phases;
     constexpr auto w = static_cast<int64_t>(lanes<Kel32f>);
-    const int64_t vectors = (len + lastShift + w - 1) / w;
+    const int64_t vectors = (len + 1 + lastShift + w - 1) / w;
     constexpr int64_t most = std::numeric_limits<int>::max();
     constexpr auto wordBytes = static_cast<int64_t>(sizeof(Kel32f));
     const int64_t filtersAt = static_cast<int64_t>(sizeof(FixedState)) + groups * wordBytes + kFilterAlignment;
@@ -105,13 +105,14 @@ KelStatus design(FixedState* at, const FixedState& shape, Kel32f rollf, Kel32f a
     const auto weight = [&](int q, int k) {
         // The time of output q less that of the sample, times 2 phases: exact.
         const int64_t distance = 2 * (static_cast<int64_t>(q) * state.down - (state.startOf(q) + k) * state.phases);
+        if (std::abs(distance) > static_cast<int64_t>(state.len) * state.phases) return 0.0;
         return sinc(static_cast<Kel64f>(distance) / (2.0 * state.phases) * stretch);
     };
     Kel64f sum = 0;
     for (int q = 0; q < state.phases; ++q)
-        for (int k = 0; k < state.len; ++k) sum += weight(q, k);
+        for (int k = 0; k <= state.len; ++k) sum += weight(q, k);
     forEachOutput(state, [&](int q, int) {
-        for (int k = 0; k < state.len; ++k)
+        for (int k = 0; k <= state.len; ++k)
             state.tap(q, k) = factorOf(storedTap<T>(weight(q, k) * state.phases / sum));
     });
     return kelStatusOk;
@@ -207,11 +208,12 @@ template <class T>
 KelStatus setFilter(FixedState* pState, const T* pSrc, int len, int height) {
     if (anyNull(pState, pSrc)) return kelStatusNullPtr;
     if (len < 1 || height < 1) return kelStatusSize;
-    const int taps = std::min(len, pState->len);
+    const int taps = len > pState->len ? pState->len + 1 : len;
     forEachOutput(*pState, [&](int q, int phase) {
         if (phase >= height) return;
         const T* const filter = pSrc + static_cast<std::size_t>(phase) * size(len);
         for (int k = 0; k < taps; ++k) pState->tap(q, k) = factorOf(filter[k]);
+        if (len == pState->len) pState->tap(q, len) = 0;
     });
     return kelStatusOk;
 }
@@ -221,7 +223,7 @@ KelStatus getFilter(const FixedState* pState, T* pDst, int len, int height) {
     if (anyNull(pState, pDst)) return kelStatusNullPtr;
     if (len < 1 || height < 1) return kelStatusSize;
     const NearestScope nearest;
-    const int taps = std::min(len, pState->len);
+    const int taps = len > pState->len ? pState->len + 1 : len;
     forEachOutput(*pState, [&](int q, int phase) {
         if (phase >= height) return;
         T* const filter = pDst + static_cast<std::size_t>(phase) * size(len);

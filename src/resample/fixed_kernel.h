@@ -24,7 +24,7 @@ inline constexpr int kMostMembers = 4;
 
 // The head of a fixed state; the groups' starts and filters follow at the offsets it names, so that the block may move.
 struct FixedState {
-    Kel32s phases, down, len;  // output rate and input rate without common factors; taps of a phase
+    Kel32s phases, down, len;  // output rate and input rate without common factors; width of the filters
     Kel32s inverse;            // of down modulo phases: the outputs from phase 0 to phase 1
     Kel32s members, groups;    // of a group; of a period
     Kel32s vectors;            // of one output of a group

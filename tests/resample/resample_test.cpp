@@ -286,19 +286,20 @@ TYPED_TEST(Resample, FixedFiltersAreTheDesignAtTheirPhases) {
     for (const auto& [in, out, len] : kFixedCases) {
         const auto state = makeFixed<TypeParam>(in, out, len, 0.85f, 5);
         const int phases = out / std::gcd(in, out);
-        std::vector<TypeParam> taps(static_cast<std::size_t>(phases * len));
-        ASSERT_EQ(Of<TypeParam>::get(state.get(), taps.data(), len, phases), kelStatusOk);
+        const int taps = len + 1;
+        std::vector<TypeParam> filters(static_cast<std::size_t>(phases * taps));
+        ASSERT_EQ(Of<TypeParam>::get(state.get(), filters.data(), taps, phases), kelStatusOk);
         const LD stretch = std::min(1.0L, static_cast<LD>(out) / in);
-        const auto weight = [&](int p, int k) {
-            const LD t = static_cast<LD>(p) / phases;
-            const LD first = floorl((2 * p - static_cast<LD>(len) * phases) / (2 * phases)) + 1;
-            return windowedSinc((t - first - k) * stretch, 0.85f, 5, len * stretch / 2);
+        const auto weight = [&](int i) {
+            const int p = i / taps, twice = 2 * p - len * phases;  // where the filter begins, in halves of phases
+            const int first = (twice >= 0 ? twice + 2 * phases - 1 : twice) / (2 * phases);
+            const int place = 2 * (p - (first + i % taps) * phases);
+            if (std::abs(place) > len * phases) return 0.0L;
+            return windowedSinc(stretch * place / (2 * phases), 0.85f, 5, len * stretch / 2);
         };
         LD sum = 0;
-        for (int i = 0; i < phases * len; ++i) sum += weight(i / len, i % len);
-        for (int i = 0; i < phases * len; ++i) {
-            expectTap(taps[static_cast<std::size_t>(i)], weight(i / len, i % len) * phases / sum);
-        }
+        for (int i = 0; i < phases * taps; ++i) sum += weight(i);
+        for (int i = 0; i < phases * taps; ++i) expectTap(filters[static_cast<std::size_t>(i)], weight(i) * phases / sum);
         if (::testing::Test::HasFatalFailure()) FAIL() << in << " " << out;
     }
 }
@@ -309,14 +310,15 @@ TYPED_TEST(Resample, FixedFormIsTheSumOverItsFilters) {
         const auto state = makeFixed<TypeParam>(in, out, len);
         const int64_t phases = out / std::gcd(in, out), down = in / std::gcd(in, out);
         // Filters of one's own, so that nothing rests on symmetry.
-        std::vector<TypeParam> taps = samples<TypeParam>(random, static_cast<std::size_t>(phases * len));
-        ASSERT_EQ(Of<TypeParam>::set(state.get(), taps.data(), len, static_cast<int>(phases)), kelStatusOk);
+        const int taps = len + 1;
+        const auto filters = samples<TypeParam>(random, static_cast<std::size_t>(phases * taps));
+        ASSERT_EQ(Of<TypeParam>::set(state.get(), filters.data(), taps, static_cast<int>(phases)), kelStatusOk);
         for (const int n : {1, len, 3000}) {
             // A time off the grid counts as the nearest one.
             const int64_t place = random.between(-40 * static_cast<int>(phases), static_cast<int>(phases) * 3);
             Kel64f time = (static_cast<Kel64f>(place) + random.uniform(-0.4, 0.4)) / static_cast<Kel64f>(phases);
             const auto firstTap = [&](int64_t at) {
-                return static_cast<int>(floorl((2 * at - len * phases) / (2.0L * phases))) + 1;
+                return static_cast<int>(ceill((2 * at - len * phases) / (2.0L * phases)));
             };
             const int history = std::max(0, -firstTap(place));
             const test::Guarded<TypeParam> guarded(samples<TypeParam>(random, static_cast<std::size_t>(history + n)),
@@ -332,13 +334,13 @@ TYPED_TEST(Resample, FixedFormIsTheSumOverItsFilters) {
             for (std::size_t i = 0; i < places.size(); ++i) {
                 const auto phase = static_cast<std::size_t>((places[i] % phases + phases) % phases);
                 LD sum = 0, parts = 0;
-                for (int k = 0; k < len; ++k) {
-                    const LD product = unit * taps[phase * static_cast<std::size_t>(len) + static_cast<std::size_t>(k)] *
+                for (int k = 0; k < taps && firstTap(places[i]) + k < n; ++k) {
+                    const LD product = unit * filters[phase * static_cast<std::size_t>(taps) + static_cast<std::size_t>(k)] *
                                        x[firstTap(places[i]) + k];
                     sum += product;
                     parts += fabsl(product);
                 }
-                expectSum(y[i], 0.4f * sum, 0.4f * parts, static_cast<std::size_t>(len));
+                expectSum(y[i], 0.4f * sum, 0.4f * parts, static_cast<std::size_t>(taps));
                 if (::testing::Test::HasFatalFailure()) FAIL() << in << " " << out << " output " << i;
             }
         }
@@ -352,16 +354,16 @@ TYPED_TEST(Resample, FiltersAreExchangedUpToTheSmallerSize) {
         Of<TypeParam>::get(state.get(), taps.data(), len, height);
         return taps;
     };
-    const auto before = read(5, 3);
-    const TypeParam given[] = {1, 2, 3, 4};
+    const TypeParam given[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+    auto expected = read(6, 3);
     ASSERT_EQ(Of<TypeParam>::set(state.get(), given, 2, 2), kelStatusOk);
-    auto expected = before;
-    expected[0] = 1, expected[1] = 2, expected[5] = 3, expected[6] = 4;
-    EXPECT_EQ(read(5, 3), expected);
-    const auto larger = read(7, 4);
+    expected[0] = 1, expected[1] = 2, expected[6] = 3, expected[7] = 4;
+    EXPECT_EQ(read(6, 3), expected);
+    const auto larger = read(8, 4);
     for (std::size_t i = 0; i < larger.size(); ++i)
-        EXPECT_EQ(larger[i], i / 7 < 3 && i % 7 < 5 ? expected[i / 7 * 5 + i % 7] : 77) << i;
-    EXPECT_EQ(read(1, 2), (std::vector<TypeParam>{1, 3}));
+        EXPECT_EQ(larger[i], i / 8 < 3 && i % 8 < 6 ? expected[i / 8 * 6 + i % 8] : 77) << i;
+    ASSERT_EQ(Of<TypeParam>::set(state.get(), given, 5, 1), kelStatusOk);  // whole filters: the sixth tap becomes 0
+    EXPECT_EQ(read(7, 1), (std::vector<TypeParam>{1, 2, 3, 4, 5, 0, 77}));
 }
 
 TYPED_TEST(Resample, StatesInTheCallersBufferMayMove) {
