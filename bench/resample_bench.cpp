@@ -36,7 +36,8 @@ std::vector<T> noise(std::size_t n) {
     std::mt19937 engine(1);
     std::uniform_int_distribution<int> value(-12000, 12000);
     std::vector<T> x(n);
-    for (auto& v : x) v = std::is_same_v<T, float> ? static_cast<T>(value(engine) / 32768.0) : static_cast<T>(value(engine));
+    for (auto& v : x)
+        v = std::is_same_v<T, float> ? static_cast<T>(value(engine) / 32768.0) : static_cast<T>(value(engine));
     return x;
 }
 
@@ -124,8 +125,8 @@ void soxr(benchmark::State& bench, Rates rates) {
 #if defined(HAVE_SPEEXDSP)
 void speex(benchmark::State& bench, Rates rates) {
     int error;
-    SpeexResamplerState* const state = speex_resampler_init(1, static_cast<spx_uint32_t>(rates.in),
-                                                            static_cast<spx_uint32_t>(rates.out), 10, &error);
+    SpeexResamplerState* const state =
+        speex_resampler_init(1, static_cast<spx_uint32_t>(rates.in), static_cast<spx_uint32_t>(rates.out), 10, &error);
     const auto x = noise<float>(kBlock);
     auto y = room<float>(rates);
     for (auto _ : bench) {
@@ -163,10 +164,14 @@ void src(benchmark::State& bench, Rates rates) {
             for (const bool fixed : {true, false}) {
                 if (fixed && !rates.whole()) continue;
                 const std::string operation = std::string(fixed ? "ResampleFixed" : "Resample") + setting.name;
-                if (fixed) add(operation, "kels", rates, fixed32, setting);
-                else add(operation, "kels", rates, general32, setting);
-                if (fixed) add(operation, "kels16", rates, fixed16, setting);
-                else add(operation, "kels16", rates, general16, setting);
+                if (fixed)
+                    add(operation, "kels", rates, fixed32, setting);
+                else
+                    add(operation, "kels", rates, general32, setting);
+                if (fixed)
+                    add(operation, "kels16", rates, fixed16, setting);
+                else
+                    add(operation, "kels16", rates, general16, setting);
 #if defined(HAVE_SOXR)
                 if (setting.name == kLikeSoxr.name) add(operation, "soxr", rates, soxr);
 #endif

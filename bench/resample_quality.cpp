@@ -51,7 +51,8 @@ Signal general(const Signal& x, Rates rates, const Setting& setting) {
     Signal y(static_cast<std::size_t>(static_cast<double>(x.size()) * factor) + 16);
     double time = 0;
     int n = 0;
-    kelsResamplePolyphase_32f(state, padded.data() + history, static_cast<int>(x.size()), y.data(), factor, 1, &time, &n);
+    kelsResamplePolyphase_32f(state, padded.data() + history, static_cast<int>(x.size()), y.data(), factor, 1, &time,
+                              &n);
     kelsResamplePolyphaseFree_32f(state);
     y.resize(static_cast<std::size_t>(n));
     return y;
@@ -96,8 +97,8 @@ Signal soxrHq(const Signal& x, Rates rates) {
 Signal speex10(const Signal& x, Rates rates) {
     if (!rates.fixed()) return {};
     int error = 0;
-    SpeexResamplerState* const state = speex_resampler_init(1, static_cast<spx_uint32_t>(rates.in),
-                                                            static_cast<spx_uint32_t>(rates.out), 10, &error);
+    SpeexResamplerState* const state =
+        speex_resampler_init(1, static_cast<spx_uint32_t>(rates.in), static_cast<spx_uint32_t>(rates.out), 10, &error);
     Signal y = roomFor(x, rates);
     auto read = static_cast<spx_uint32_t>(x.size()), written = static_cast<spx_uint32_t>(y.size());
     speex_resampler_process_float(state, 0, x.data(), &read, y.data(), &written);
@@ -205,14 +206,16 @@ int main(int argc, char** argv) {
         settings = {{"given", static_cast<float>(std::atof(argv[1])), std::atoi(argv[2]),
                      static_cast<float>(std::atof(argv[3])), static_cast<float>(std::atof(argv[4]))}};
     }
-    std::printf("| rates | converter | SNR, least | SNR, mean | -0.1 dB at | -3 dB at | leak, dB |\n"
-                "|---|---|---:|---:|---:|---:|---:|\n");
-    for (const Rates rates : {Rates{48000, 16000}, Rates{44100, 48000}, Rates{8000, 16000}, Rates{44100, 44100 * std::sqrt(1.2)},
-                              Rates{44100, 44100 / std::sqrt(1.2)}}) {
+    std::printf(
+        "| rates | converter | SNR, least | SNR, mean | -0.1 dB at | -3 dB at | leak, dB |\n"
+        "|---|---|---:|---:|---:|---:|---:|\n");
+    for (const Rates rates : {Rates{48000, 16000}, Rates{44100, 48000}, Rates{8000, 16000},
+                              Rates{44100, 44100 * std::sqrt(1.2)}, Rates{44100, 44100 / std::sqrt(1.2)}}) {
         for (const Setting& setting : settings) {
             const std::string name = setting.name;
             report(("fixed, " + name).c_str(), [&](const Signal& x, Rates r) { return fixed(x, r, setting); }, rates);
-            report(("general, " + name).c_str(), [&](const Signal& x, Rates r) { return general(x, r, setting); }, rates);
+            report(("general, " + name).c_str(), [&](const Signal& x, Rates r) { return general(x, r, setting); },
+                   rates);
         }
         if (argc >= 5) continue;
 #if defined(HAVE_SOXR)

@@ -50,7 +50,8 @@ Job parse(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         const bool option = argument == "--rate" || argument == "--quality";
-        if (argument.starts_with("-") && argument != "-" && !option) throw UsageError("unknown option " + std::string(argument));
+        if (argument.starts_with("-") && argument != "-" && !option)
+            throw UsageError("unknown option " + std::string(argument));
         if (!option) {
             files.emplace_back(argument);
             continue;
@@ -153,9 +154,11 @@ void convert(const Job& job) {
     const File input(sf_open(job.in.c_str(), SFM_READ, &info));
     if (!input) throw std::runtime_error(job.in + ": cannot be read as audio: " + sf_strerror(nullptr));
     const int inRate = info.samplerate, channels = info.channels;
-    if (inRate < 1 || channels < 1) throw std::runtime_error(job.in + ": states no valid sampling rate or channel count");
+    if (inRate < 1 || channels < 1)
+        throw std::runtime_error(job.in + ": states no valid sampling rate or channel count");
     std::error_code ignored;
-    if (std::filesystem::equivalent(job.in, job.out, ignored)) throw std::runtime_error(job.out + ": is the file to read");
+    if (std::filesystem::equivalent(job.in, job.out, ignored))
+        throw std::runtime_error(job.out + ": is the file to read");
 
     const Resampler resampler(inRate, job.rate, job.quality);
     std::vector<Channel> signal(static_cast<std::size_t>(channels), Channel(resampler));
@@ -175,7 +178,8 @@ void convert(const Job& job) {
             results[c].clear();
             signal[c].feed(one.data(), static_cast<int>(n), results[c]);
         }
-        const auto count = static_cast<std::size_t>(std::min<sf_count_t>(limit, static_cast<sf_count_t>(results[0].size())));
+        const auto count =
+            static_cast<std::size_t>(std::min<sf_count_t>(limit, static_cast<sf_count_t>(results[0].size())));
         interleaved.resize(count * signal.size());
         for (std::size_t i = 0; i < count; ++i)
             for (std::size_t c = 0; c < signal.size(); ++c) {
@@ -197,12 +201,14 @@ void convert(const Job& job) {
         if (sf_error(input.get()) != SF_ERR_NO_ERROR)
             throw std::runtime_error(job.in + ": is damaged: " + sf_strerror(input.get()));
         // Silence behind the end, until the output is as long as the input was.
-        const auto wanted = static_cast<sf_count_t>(std::llround(static_cast<long double>(readFrames) * job.rate / inRate));
+        const auto wanted =
+            static_cast<sf_count_t>(std::llround(static_cast<long double>(readFrames) * job.rate / inRate));
         std::fill(frames.begin(), frames.end(), 0.0F);
         while (writtenFrames < wanted) pass(block, wanted - writtenFrames);
     }
     output.finish();
-    const bool floats = (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT || (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_DOUBLE;
+    const bool floats =
+        (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT || (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_DOUBLE;
     if (clipped > 0 && !floats) std::cerr << "resample: " << clipped << " samples were clipped\n";
 }
 

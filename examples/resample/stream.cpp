@@ -28,8 +28,9 @@ Resampler::Resampler(int inRate, int outRate, const Quality& quality) : factor_(
         reach_ = len / 2.0;
     } else {
         KelResamplePolyphase_32f* state = nullptr;
-        check(kelsResamplePolyphaseInitAlloc_32f(&state, quality.window, quality.nStep, quality.rollf, quality.alpha, 0),
-              "kelsResamplePolyphaseInitAlloc_32f");
+        check(
+            kelsResamplePolyphaseInitAlloc_32f(&state, quality.window, quality.nStep, quality.rollf, quality.alpha, 0),
+            "kelsResamplePolyphaseInitAlloc_32f");
         general_.reset(state);
         reach_ = width / 2;
     }
@@ -48,7 +49,8 @@ void Resampler::run(const float* src, int len, double* time, std::vector<float>&
 }
 
 Channel::Channel(const Resampler& resampler)
-    : resampler_(&resampler), kept_(static_cast<std::size_t>(std::ceil(resampler.reach()))),
+    : resampler_(&resampler),
+      kept_(static_cast<std::size_t>(std::ceil(resampler.reach()))),
       time_(std::ceil(resampler.reach())) {}
 
 void Channel::feed(const float* samples, int n, std::vector<float>& out) {
@@ -56,8 +58,8 @@ void Channel::feed(const float* samples, int n, std::vector<float>& out) {
     if (kept_.empty()) return;
     resampler_->run(kept_.data(), static_cast<int>(kept_.size()), &time_, out);
     // What lies before the reach of the next output is over; that output may also lie beyond all there is.
-    const auto over = std::clamp<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(std::floor(time_ - resampler_->reach())), 0,
-                                                 static_cast<std::ptrdiff_t>(kept_.size()));
+    const auto over = std::clamp<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(std::floor(time_ - resampler_->reach())),
+                                                 0, static_cast<std::ptrdiff_t>(kept_.size()));
     kept_.erase(kept_.begin(), kept_.begin() + over);
     time_ -= static_cast<double>(over);
 }

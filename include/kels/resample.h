@@ -72,7 +72,7 @@
  * is not passed to Free.
  *
  * Checks, in this order.  InitAlloc: null -8; nStep below 1 -6; window -5; rollf -5; alpha -5; memory -4.  Fixed InitAlloc,
- * Init and GetSize: null -8; a rate or len below 1 -6; rollf -5; alpha -5; memory, or 2^31 bytes and more, -4.
+ * Init and GetSize: null -8; a rate or len below 1 -6; rollf -5; alpha -5; memory -4.  States of 2^31 bytes and more -4.
  * Resampling: null -8; factor not above 0, infinite or not a number, or len below 1, -5 (not -6).  Set and Get: null -8;
  * len or height below 1 -6.  Free: null -8.
  */

@@ -1,8 +1,12 @@
 #include "resample/fixed_kernel.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <type_traits>
+#include <utility>
 
 #include "core/check.h"
 #include "core/memory.h"
@@ -62,7 +66,8 @@ bool layOut(int inRate, int outRate, int len, FixedState& state, int& bytes) {
         groups = needed;
         state.members = members;
     }
-    const int64_t lastShift = ((state.members - 1) * static_cast<int64_t>(state.down) + state.phases - 1) / state.phases;
+    const int64_t lastShift =
+        ((state.members - 1) * static_cast<int64_t>(state.down) + state.phases - 1) / state.phases;
     constexpr auto w = static_cast<int64_t>(lanes<Kel32f>);
     const int64_t vectors = (len + 1 + lastShift + w - 1) / w;
     constexpr int64_t most = std::numeric_limits<int>::max();
@@ -95,10 +100,13 @@ KelStatus design(FixedState* at, const FixedState& shape, Kel32f rollf, Kel32f a
     state = shape;
     const auto start = reinterpret_cast<uintptr_t>(at);
     state.filtersAt = static_cast<Kel32s>(
-        roundUp<uintptr_t>(start + static_cast<uintptr_t>(shape.filtersAt) - kFilterAlignment, kFilterAlignment) - start);
+        roundUp<uintptr_t>(start + static_cast<uintptr_t>(shape.filtersAt) - kFilterAlignment, kFilterAlignment) -
+        start);
     for (int g = 0; g < state.groups; ++g)
-        const_cast<Kel32s*>(state.starts())[g] = static_cast<Kel32s>(state.startOf(static_cast<int64_t>(g) * state.members));
-    std::fill_n(const_cast<Kel32f*>(state.filters(0)), static_cast<std::size_t>(state.groups) * state.groupFloats(), 0.0f);
+        const_cast<Kel32s*>(state.starts())[g] =
+            static_cast<Kel32s>(state.startOf(static_cast<int64_t>(g) * state.members));
+    std::fill_n(const_cast<Kel32f*>(state.filters(0)), static_cast<std::size_t>(state.groups) * state.groupFloats(),
+                0.0f);
 
     const Kel64f stretch = std::min(1.0, static_cast<Kel64f>(state.phases) / state.down);
     const WindowedSinc sinc(rollf, alpha, 0.5 * state.len * stretch);
@@ -175,8 +183,7 @@ KelStatus run(const State* pState, const T* pSrc, int len, T* pDst, Kel32f norm,
     // The last one from which the filter does not reach behind the last sample.
     const int64_t latest = divideFloor((2 * static_cast<int64_t>(len - 1) - state.len) * state.phases, 2);
     if (place > latest) return kelStatusOk;
-    const int64_t count =
-        std::min<int64_t>((latest - place) / state.down + 1, std::numeric_limits<int>::max());
+    const int64_t count = std::min<int64_t>((latest - place) / state.down + 1, std::numeric_limits<int>::max());
 
     const int64_t phase = place - divideFloor(place, state.phases) * state.phases;
     const int64_t q = phase * state.inverse % state.phases;

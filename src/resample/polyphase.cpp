@@ -1,7 +1,10 @@
 #include "resample/polyphase_kernel.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "core/check.h"
 #include "core/memory.h"
@@ -23,8 +26,8 @@ using TapOf = std::remove_pointer_t<decltype(State::pTable)>;
 // Table points beyond the last one at which a sample still counts, and by which an output may lack input at the end.
 constexpr Kel64f kTolerance = 1e-5;
 
-constexpr int kAlignment = 32;        // of a state
-constexpr int kRowAlignment = 64;     // of the rows behind it
+constexpr int kAlignment = 32;     // of a state
+constexpr int kRowAlignment = 64;  // of the rows behind it
 
 // The rows of a state stand own[0] times 32 bytes behind its start.
 template <class State>
@@ -36,11 +39,14 @@ Kel32f* rowsOf(const State* state) {
 template <class State>
 KelStatus build(State** ppState, int last, int nStep, Kel32f rollf, Kel32f alpha, int hint) {
     using T = TapOf<State>;
-    Kel64f* const design = allocate<Kel64f>(static_cast<int64_t>(last) + 1);
-    if (design == nullptr) return kelStatusAllocError;
-    const auto bytesOf = [](int64_t count, std::size_t elementSize) { return count * static_cast<int64_t>(elementSize); };
+    const auto bytesOf = [](int64_t count, std::size_t elementSize) {
+        return count * static_cast<int64_t>(elementSize);
+    };
     const int64_t tableEnd = bytesOf(1, sizeof(State)) + bytesOf(static_cast<int64_t>(last) + 2, sizeof(T));
     const int64_t bytes = tableEnd + kRowAlignment + bytesOf(FilterRows::floats(last, nStep), sizeof(Kel32f));
+    if (bytes > std::numeric_limits<int>::max()) return kelStatusAllocError;
+    Kel64f* const design = allocate<Kel64f>(static_cast<int64_t>(last) + 1);
+    if (design == nullptr) return kelStatusAllocError;
     auto* const state = reinterpret_cast<State*>(allocate<Kel8u>(bytes));
     if (state == nullptr) {
         kelsFree(design);
@@ -110,12 +116,12 @@ KelStatus release(State* pState) {
 
 using namespace kels;
 
-KelStatus kelsResamplePolyphaseInitAlloc_32f(KelResamplePolyphase_32f** ppState, Kel32f window, int nStep,
-                                             Kel32f rollf, Kel32f alpha, int hint) {
+KelStatus kelsResamplePolyphaseInitAlloc_32f(KelResamplePolyphase_32f** ppState, Kel32f window, int nStep, Kel32f rollf,
+                                             Kel32f alpha, int hint) {
     return initAlloc(ppState, window, nStep, rollf, alpha, hint);
 }
-KelStatus kelsResamplePolyphaseInitAlloc_16s(KelResamplePolyphase_16s** ppState, Kel32f window, int nStep,
-                                             Kel32f rollf, Kel32f alpha, int hint) {
+KelStatus kelsResamplePolyphaseInitAlloc_16s(KelResamplePolyphase_16s** ppState, Kel32f window, int nStep, Kel32f rollf,
+                                             Kel32f alpha, int hint) {
     return initAlloc(ppState, window, nStep, rollf, alpha, hint);
 }
 

@@ -34,7 +34,11 @@ class FilterRows {
     // The rows of a table whose last point is L = last.  A sample up to `tolerance` beyond it counts, so that a sample at
     // L takes part whichever way its time is rounded.
     FilterRows(Kel32f* rows, int last, int nStep, Kel64f tolerance = 0)
-        : rows_(rows), nStep_(nStep), half_(last / nStep), lowEdge_(last % nStep), highEdge_(nStep - 1 - lowEdge_),
+        : rows_(rows),
+          nStep_(nStep),
+          half_(last / nStep),
+          lowEdge_(last % nStep),
+          highEdge_(nStep - 1 - lowEdge_),
           tolerance_(tolerance) {}
 
     static int64_t stride(int last, int nStep) {
@@ -277,8 +281,10 @@ void resample(const FilterRows& rows, const ResampleTimes& times, int count, con
     alignas(64) Kel32f sums[chunk + lanes<Kel32f>];
     for (int done = 0; done < count; done += chunk) {
         const auto n = static_cast<std::size_t>(std::min(chunk, count - done));
-        if (times.factor < 1) decimate(rows, times, done, n, src, len, sums);
-        else interpolate(rows, times, done, n, src, len, sums);
+        if (times.factor < 1)
+            decimate(rows, times, done, n, src, len, sums);
+        else
+            interpolate(rows, times, done, n, src, len, sums);
         storeSamples(dst + done, sums, n, gain);
     }
 }

@@ -1,9 +1,8 @@
 // What the resamplers read and write: floats as they are, 16-bit samples as floats.
 #pragma once
 
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
+#include <type_traits>
 
 #include "core/convert.h"
 #include "core/scaling.h"
@@ -30,8 +29,10 @@ inline Vec<Kel32f> loadSamples(const Kel16s* p, std::size_t n) {
 // A filter value as it is stored, and as a factor of samples: 16-bit filters are Q15.
 template <class T>
 T storedTap(Kel64f h) {
-    if constexpr (std::is_same_v<T, Kel16s>) return roundSaturate<Kel16s>(h * 32768);
-    else return static_cast<Kel32f>(h);
+    if constexpr (std::is_same_v<T, Kel16s>)
+        return roundSaturate<Kel16s>(h * 32768);
+    else
+        return static_cast<Kel32f>(h);
 }
 inline Kel32f factorOf(Kel32f tap) {
     return tap;
@@ -42,7 +43,8 @@ inline Kel32f factorOf(Kel16s tap) {
 
 // dst[i] = sums[i] * gain, 16-bit samples rounded to nearest and saturated; inside a NearestScope.
 inline void storeSamples(Kel32f* dst, const Kel32f* sums, std::size_t n, Kel32f gain) {
-    map(dst, n, [=](const Vec<Kel32f>& v) { return Vec<Kel32f>(v * gain); }, 0.0f, sums);
+    map(
+        dst, n, [=](const Vec<Kel32f>& v) { return Vec<Kel32f>(v * gain); }, 0.0f, sums);
 }
 inline void storeSamples(Kel16s* dst, Kel32f* sums, std::size_t n, Kel32f gain) {
     storeSamples(sums, sums, n, gain);

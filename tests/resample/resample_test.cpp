@@ -25,21 +25,21 @@ constexpr Kel64f kNaN = std::numeric_limits<Kel64f>::quiet_NaN(), kInf = HUGE_VA
 
 template <class T>
 struct Of;
-#define KELS_FORMS(TYPE, SUFFIX)                                                        \
-    template <>                                                                         \
-    struct Of<TYPE> {                                                                   \
-        using General = KelResamplePolyphase##SUFFIX;                                   \
-        using Fixed = KelResamplePolyphaseFixed##SUFFIX;                                \
-        static constexpr auto init = kelsResamplePolyphaseInitAlloc##SUFFIX;            \
-        static constexpr auto run = kelsResamplePolyphase##SUFFIX;                      \
-        static constexpr auto release = kelsResamplePolyphaseFree##SUFFIX;              \
-        static constexpr auto fixedInit = kelsResamplePolyphaseFixedInitAlloc##SUFFIX;  \
-        static constexpr auto fixedSize = kelsResamplePolyphaseFixedGetSize##SUFFIX;    \
-        static constexpr auto fixedPlace = kelsResamplePolyphaseFixedInit##SUFFIX;      \
-        static constexpr auto fixedRun = kelsResamplePolyphaseFixed##SUFFIX;            \
-        static constexpr auto set = kelsResamplePolyphaseSetFixedFilter##SUFFIX;        \
-        static constexpr auto get = kelsResamplePolyphaseGetFixedFilter##SUFFIX;        \
-        static constexpr auto fixedRelease = kelsResamplePolyphaseFixedFree##SUFFIX;    \
+#define KELS_FORMS(TYPE, SUFFIX)                                                       \
+    template <>                                                                        \
+    struct Of<TYPE> {                                                                  \
+        using General = KelResamplePolyphase##SUFFIX;                                  \
+        using Fixed = KelResamplePolyphaseFixed##SUFFIX;                               \
+        static constexpr auto init = kelsResamplePolyphaseInitAlloc##SUFFIX;           \
+        static constexpr auto run = kelsResamplePolyphase##SUFFIX;                     \
+        static constexpr auto release = kelsResamplePolyphaseFree##SUFFIX;             \
+        static constexpr auto fixedInit = kelsResamplePolyphaseFixedInitAlloc##SUFFIX; \
+        static constexpr auto fixedSize = kelsResamplePolyphaseFixedGetSize##SUFFIX;   \
+        static constexpr auto fixedPlace = kelsResamplePolyphaseFixedInit##SUFFIX;     \
+        static constexpr auto fixedRun = kelsResamplePolyphaseFixed##SUFFIX;           \
+        static constexpr auto set = kelsResamplePolyphaseSetFixedFilter##SUFFIX;       \
+        static constexpr auto get = kelsResamplePolyphaseGetFixedFilter##SUFFIX;       \
+        static constexpr auto fixedRelease = kelsResamplePolyphaseFixedFree##SUFFIX;   \
     };
 KELS_FORMS(Kel32f, _32f)
 KELS_FORMS(Kel16s, _16s)
@@ -99,8 +99,9 @@ TYPED_TEST_SUITE(Resample, Types);
 
 // ---- general form --------------------------------------------------------------------------------------------------
 
-const Filter kFilters[] = {{16, 32, 0.9f, 6},   {7.5f, 16, 1, 1},     {2.0f / 16, 16, 0.5f, 3}, {10.3f, 7, 0.8f, 2},
-                           {3, 1, 0.95f, 1.5f}, {40, 100, 0.95f, 10}, {1, 5, 1, 4},             {2.0f / 41, 41, 1, 1}};
+const Filter kFilters[] = {{16, 32, 0.9f, 6},   {7.5f, 16, 1, 1},     {2.0f / 16, 16, 0.5f, 3},
+                           {10.3f, 7, 0.8f, 2}, {3, 1, 0.95f, 1.5f},  {40, 100, 0.95f, 10},
+                           {1, 5, 1, 4},        {2.0f / 41, 41, 1, 1}};
 
 TYPED_TEST(Resample, TableIsTheDesign) {
     for (const Filter& f : kFilters) {
@@ -164,10 +165,12 @@ void checkGeneral(const Filter& f, Kel64f factor, Kel64f start, int len, Kel32f 
 TYPED_TEST(Resample, GeneralFormIsTheSumOverTheTable) {
     test::Random random;
     for (const Filter& f : kFilters) {
-        for (const Kel64f factor : {1.0, 2.0, 1.5, 1.0884353741496598, 7.3, 0.5, 1 / 3.0, 0.9187, 0.61803398875, 0.2, 0.03}) {
+        for (const Kel64f factor :
+             {1.0, 2.0, 1.5, 1.0884353741496598, 7.3, 0.5, 1 / 3.0, 0.9187, 0.61803398875, 0.2, 0.03}) {
             for (const Kel64f start : {0.0, 0.25, 30.3, -12.75}) {
                 checkGeneral<TypeParam>(f, factor, start, random.between(1, 900), start < 1 ? 1 : 0.7f, random);
-                if (::testing::Test::HasFatalFailure()) FAIL() << f.window << " " << f.nStep << " " << factor << " " << start;
+                if (::testing::Test::HasFatalFailure())
+                    FAIL() << f.window << " " << f.nStep << " " << factor << " " << start;
             }
         }
     }
@@ -226,22 +229,20 @@ TYPED_TEST(Resample, BlocksOfAnyLengthsGiveWhatOneCallGives) {
             const Kel64f scale = f.nStep * std::min(1.0, factor);
             // 1 / factor a binary fraction: times, and places in a table of 2^n points, have no rounding.
             const bool exact = std::ldexp(1 / factor, 3) == std::floor(std::ldexp(1 / factor, 3));
-            checkBlocks<TypeParam>(
-                [&](const TypeParam* x, int len, TypeParam* y, Kel64f* time, int* n) {
-                    Of<TypeParam>::run(state.get(), x, len, y, factor, 0.3f, time, n);
-                },
-                (state->tableLen - 1) / scale, exact, static_cast<unsigned>(factor * 1000));
+            checkBlocks<TypeParam>([&](const TypeParam* x, int len, TypeParam* y, Kel64f* time,
+                                       int* n) { Of<TypeParam>::run(state.get(), x, len, y, factor, 0.3f, time, n); },
+                                   (state->tableLen - 1) / scale, exact, static_cast<unsigned>(factor * 1000));
             if (::testing::Test::HasFatalFailure()) FAIL() << factor;
         }
     }
-    const int rates[][3] = {{1, 1, 9}, {1, 2, 40}, {2, 1, 41}, {3, 1, 30}, {147, 160, 33}, {160, 147, 38}, {5, 67, 12}, {9, 2, 6}};
+    const int rates[][3] = {{1, 1, 9},      {1, 2, 40},     {2, 1, 41},  {3, 1, 30},
+                            {147, 160, 33}, {160, 147, 38}, {5, 67, 12}, {9, 2, 6}};
     for (const auto& [in, out, len] : rates) {
         const auto state = makeFixed<TypeParam>(in, out, len);
-        checkBlocks<TypeParam>(
-            [&](const TypeParam* x, int n, TypeParam* y, Kel64f* time, int* outLen) {
-                Of<TypeParam>::fixedRun(state.get(), x, n, y, 0.3f, time, outLen);
-            },
-            len / 2.0, true, static_cast<unsigned>(out));  // phases are found exactly whatever the rates
+        checkBlocks<TypeParam>([&](const TypeParam* x, int n, TypeParam* y, Kel64f* time,
+                                   int* outLen) { Of<TypeParam>::fixedRun(state.get(), x, n, y, 0.3f, time, outLen); },
+                               len / 2.0, true,
+                               static_cast<unsigned>(out));  // phases are found exactly whatever the rates
         if (::testing::Test::HasFatalFailure()) FAIL() << in << " " << out;
     }
 }
@@ -279,8 +280,9 @@ TEST(ResampleLong, AnHourKeepsItsTime) {
 struct FixedCase {
     int in, out, len;
 };
-const FixedCase kFixedCases[] = {{1, 1, 8},       {8000, 16000, 33}, {16000, 8000, 48}, {48000, 16000, 91}, {44100, 48000, 32},
-                                 {48000, 44100, 35}, {7, 5, 1},      {3, 70, 20},       {50, 3, 7},         {2, 3, 2}};
+const FixedCase kFixedCases[] = {{1, 1, 8},          {8000, 16000, 33},  {16000, 8000, 48}, {48000, 16000, 91},
+                                 {44100, 48000, 32}, {48000, 44100, 35}, {7, 5, 1},         {3, 70, 20},
+                                 {50, 3, 7},         {2, 3, 2}};
 
 TYPED_TEST(Resample, FixedFiltersAreTheDesignAtTheirPhases) {
     for (const auto& [in, out, len] : kFixedCases) {
@@ -299,7 +301,8 @@ TYPED_TEST(Resample, FixedFiltersAreTheDesignAtTheirPhases) {
         };
         LD sum = 0;
         for (int i = 0; i < phases * taps; ++i) sum += weight(i);
-        for (int i = 0; i < phases * taps; ++i) expectTap(filters[static_cast<std::size_t>(i)], weight(i) * phases / sum);
+        for (int i = 0; i < phases * taps; ++i)
+            expectTap(filters[static_cast<std::size_t>(i)], weight(i) * phases / sum);
         if (::testing::Test::HasFatalFailure()) FAIL() << in << " " << out;
     }
 }
@@ -335,7 +338,8 @@ TYPED_TEST(Resample, FixedFormIsTheSumOverItsFilters) {
                 const auto phase = static_cast<std::size_t>((places[i] % phases + phases) % phases);
                 LD sum = 0, parts = 0;
                 for (int k = 0; k < taps && firstTap(places[i]) + k < n; ++k) {
-                    const LD product = unit * filters[phase * static_cast<std::size_t>(taps) + static_cast<std::size_t>(k)] *
+                    const LD product = unit *
+                                       filters[phase * static_cast<std::size_t>(taps) + static_cast<std::size_t>(k)] *
                                        x[firstTap(places[i]) + k];
                     sum += product;
                     parts += fabsl(product);
@@ -401,10 +405,12 @@ TYPED_TEST(Resample, FaultsInTheirOrder) {
     const Kel32f least = 2 / 10.0f;
     for (const Kel32f window : {std::nextafter(least, 0.0f), 0.0f, -1.0f, std::nanf("")})
         EXPECT_EQ(F::init(&g, window, 10, 1, 1, 0), kelStatusBadArg);
-    for (const Kel32f rollf : {0.0f, 1.0001f, -0.5f, std::nanf("")}) EXPECT_EQ(F::init(&g, 9, 9, rollf, 1, 0), kelStatusBadArg);
+    for (const Kel32f rollf : {0.0f, 1.0001f, -0.5f, std::nanf("")})
+        EXPECT_EQ(F::init(&g, 9, 9, rollf, 1, 0), kelStatusBadArg);
     for (const Kel32f alpha : {0.999f, -2.0f, 701.0f, HUGE_VALF, std::nanf("")})
         EXPECT_EQ(F::init(&g, 9, 9, 1, alpha, 0), kelStatusBadArg);
-    for (const Kel32f window : {1e10f, 2e9f, HUGE_VALF}) EXPECT_EQ(F::init(&g, window, 2, 1, 1, 0), kelStatusAllocError);
+    for (const Kel32f window : {1e10f, 2e9f, HUGE_VALF})
+        EXPECT_EQ(F::init(&g, window, 2, 1, 1, 0), kelStatusAllocError);
     EXPECT_EQ(g, nullptr);
     EXPECT_NE(makeGeneral<TypeParam>({least, 10, 1, 1}), nullptr);
     EXPECT_EQ(F::release(nullptr), kelStatusNullPtr);
@@ -417,10 +423,14 @@ TYPED_TEST(Resample, FaultsInTheirOrder) {
     int n = 99;
     for (int missing = 0; missing < 5; ++missing) {
         const auto unless = [=](int i, auto* p) { return i == missing ? nullptr : p; };
-        EXPECT_EQ(F::run(unless(0, state.get()), unless(1, x), 0, unless(2, y), 0, 1, unless(3, &time), unless(4, &n)), kelStatusNullPtr);
-        EXPECT_EQ(F::fixedRun(unless(0, fixed.get()), unless(1, x), 0, unless(2, y), 1, unless(3, &time), unless(4, &n)), kelStatusNullPtr);
+        EXPECT_EQ(F::run(unless(0, state.get()), unless(1, x), 0, unless(2, y), 0, 1, unless(3, &time), unless(4, &n)),
+                  kelStatusNullPtr);
+        EXPECT_EQ(
+            F::fixedRun(unless(0, fixed.get()), unless(1, x), 0, unless(2, y), 1, unless(3, &time), unless(4, &n)),
+            kelStatusNullPtr);
     }
-    for (const Kel64f factor : {0.0, -1.0, kNaN, kInf}) EXPECT_EQ(F::run(state.get(), x, 20, y, factor, 1, &time, &n), kelStatusBadArg);
+    for (const Kel64f factor : {0.0, -1.0, kNaN, kInf})
+        EXPECT_EQ(F::run(state.get(), x, 20, y, factor, 1, &time, &n), kelStatusBadArg);
     EXPECT_EQ(F::run(state.get(), x, 0, y, 1, 1, &time, &n), kelStatusBadArg);
     EXPECT_EQ(F::fixedRun(fixed.get(), x, 0, y, 1, &time, &n), kelStatusBadArg);
     EXPECT_EQ(time, 3);
@@ -430,7 +440,9 @@ TYPED_TEST(Resample, FaultsInTheirOrder) {
     for (const Kel64f t : {18.0, kNaN, kInf, -kInf, 1e300}) {
         for (const bool general : {true, false}) {
             time = t;
-            EXPECT_EQ(general ? F::run(state.get(), x, 20, y, 1, 1, &time, &n) : F::fixedRun(fixed.get(), x, 20, y, 1, &time, &n), kelStatusOk);
+            EXPECT_EQ(general ? F::run(state.get(), x, 20, y, 1, 1, &time, &n)
+                              : F::fixedRun(fixed.get(), x, 20, y, 1, &time, &n),
+                      kelStatusOk);
             EXPECT_EQ(n, 0);
             EXPECT_TRUE(test::sameBits(time, t));
         }
@@ -446,7 +458,8 @@ TYPED_TEST(Resample, FaultsInTheirOrder) {
         EXPECT_EQ(F::fixedInit(&f, in, out, len, rollf, alpha, 0), status);
         EXPECT_EQ(F::fixedSize(in, out, len, rollf, alpha, 0, &bytes), status);
         Kel64f untouched[1] = {7};
-        EXPECT_EQ(F::fixedPlace(reinterpret_cast<typename F::Fixed*>(untouched), in, out, len, rollf, alpha, 0), status);
+        EXPECT_EQ(F::fixedPlace(reinterpret_cast<typename F::Fixed*>(untouched), in, out, len, rollf, alpha, 0),
+                  status);
         EXPECT_EQ(untouched[0], 7);
     };
     each(0, 1, 1, 0, 0, kelStatusSize);
