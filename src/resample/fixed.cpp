@@ -69,7 +69,7 @@ bool layOut(int inRate, int outRate, int len, FixedState& state, int& bytes) {
     const int64_t lastShift =
         ((state.members - 1) * static_cast<int64_t>(state.down) + state.phases - 1) / state.phases;
     constexpr auto w = static_cast<int64_t>(lanes<Kel32f>);
-    const int64_t vectors = (len + 1 + lastShift + w - 1) / w;
+    const int64_t vectors = (int64_t{len} + 1 + lastShift + w - 1) / w;
     constexpr int64_t most = std::numeric_limits<int>::max();
     constexpr auto wordBytes = static_cast<int64_t>(sizeof(Kel32f));
     const int64_t filtersAt = static_cast<int64_t>(sizeof(FixedState)) + groups * wordBytes + kFilterAlignment;

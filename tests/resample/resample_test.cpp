@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -176,19 +177,6 @@ TYPED_TEST(Resample, GeneralFormIsTheSumOverTheTable) {
     }
 }
 
-TEST(ResampleGeneral, AnImpulseGivesTheTapsWhichSumToOne) {
-    const auto state = makeGeneral<Kel32f>({32, 64, 1, 8});
-    std::vector<Kel32f> x(200), y(200);
-    x[100] = 1;
-    Kel64f time = 0;
-    int n;
-    kelsResamplePolyphase_32f(state.get(), x.data() + 20, 180, y.data(), 1, 1, &time, &n);
-    ASSERT_EQ(n, 164);
-    EXPECT_EQ(time, 164);
-    for (int i = 0; i <= 16; ++i) EXPECT_EQ(y[static_cast<std::size_t>(80 + i)], state->pTable[64 * i]) << i;
-    EXPECT_NEAR(std::accumulate(y.begin(), y.begin() + n, 0.0), 1, 1e-6);
-}
-
 // ---- blocks --------------------------------------------------------------------------------------------------------
 
 // `run(src, len, dst, &time, &n)` on a whole signal and on blocks of random lengths, moving on as the header says.
@@ -202,7 +190,11 @@ void checkBlocks(Run run, Kel64f reach, bool exact, unsigned seed) {
     std::vector<T> whole(20 * kLen), blocks(20 * kLen);
     Kel64f time = 0, wholeTime = 0;
     int n, wholeN, blocksN = 0;
+    std::fesetround(FE_UPWARD);  // which must neither matter nor change
     run(x.data() + history, kLen, whole.data(), &wholeTime, &wholeN);
+    const int mode = std::fegetround();
+    std::fesetround(FE_TONEAREST);
+    ASSERT_EQ(mode, FE_UPWARD);
     ASSERT_GT(wholeN, 0);
     int base = 0;  // of the block
     for (int end = 0; end < kLen;) {
@@ -253,26 +245,27 @@ TEST(ResampleLong, AnHourKeepsItsTime) {
     const auto general = makeGeneral<Kel32f>({2.0f / 500, 500, 1, 1});
     const auto fixed = makeFixed<Kel32f>(48000, 101, 3);
     std::vector<Kel32f> x(600), y(8);
-    Kel64f time = 10, fixedTime = 10;
-    int64_t base = 0, fixedBase = 0, count = 0, fixedCount = 0;
-    const auto advance = [](Kel64f& t, int64_t& moved) {
-        const auto whole = static_cast<int64_t>(t) - 10;
-        t -= static_cast<Kel64f>(whole);
-        moved += whole;
-    };
-    int n;
-    while (base < 3600 * 48000) {
-        kelsResamplePolyphase_32f(general.get(), x.data(), 480, y.data(), factor, 1, &time, &n);
-        count += n;
-        advance(time, base);
-        kelsResamplePolyphaseFixed_32f(fixed.get(), x.data(), 480, y.data(), 1, &fixedTime, &n);
-        fixedCount += n;
-        advance(fixedTime, fixedBase);
+    Kel64f times[2] = {10, 10};
+    int64_t bases[2] = {}, counts[2] = {};
+    while (bases[0] < 3600 * 48000) {
+        for (const int form : {0, 1}) {
+            Kel64f& time = times[form];
+            int n;
+            if (form == 0) {
+                kelsResamplePolyphase_32f(general.get(), x.data(), 480, y.data(), factor, 1, &time, &n);
+            } else {
+                kelsResamplePolyphaseFixed_32f(fixed.get(), x.data(), 480, y.data(), 1, &time, &n);
+            }
+            const Kel64f whole = std::floor(time) - 10;
+            time -= whole;
+            bases[form] += static_cast<int64_t>(whole);
+            counts[form] += n;
+        }
     }
-    EXPECT_NEAR(static_cast<Kel64f>(base) + time, static_cast<Kel64f>(10 + count / static_cast<LD>(factor)), 1e-6);
+    EXPECT_NEAR(static_cast<Kel64f>(bases[0]) + times[0], 10 + static_cast<Kel64f>(counts[0]) / factor, 1e-6);
     // The fixed form is at a multiple of 1/101, rounded once as a time of up to 600.
-    const int64_t place = 10 * 101 + fixedCount * 48000 - fixedBase * 101;
-    EXPECT_NEAR(fixedTime, static_cast<Kel64f>(place) / 101, 0x1p-43);
+    const int64_t place = 10 * 101 + counts[1] * 48000 - bases[1] * 101;
+    EXPECT_NEAR(times[1], static_cast<Kel64f>(place) / 101, 0x1p-43);
 }
 
 // ---- fixed form ----------------------------------------------------------------------------------------------------
@@ -372,49 +365,89 @@ TYPED_TEST(Resample, FiltersAreExchangedUpToTheSmallerSize) {
 
 TYPED_TEST(Resample, StatesInTheCallersBufferMayMove) {
     using F = Of<TypeParam>;
-    const auto allocated = makeFixed<TypeParam>(44100, 48000, 31);
-    int bytes = 0;
+    int bytes = 0, n;
     ASSERT_EQ(F::fixedSize(44100, 48000, 31, 0.9f, 6, 0, &bytes), kelStatusOk);
     test::Random random;
     const auto x = samples<TypeParam>(random, 2000);
-    std::vector<TypeParam> y[2] = {std::vector<TypeParam>(2300), std::vector<TypeParam>(2300)};
-    for (std::size_t offset = 0; offset < 64; offset += 4) {
-        test::Guarded<Kel32s> buffer(offset / 4 + static_cast<std::size_t>(bytes + 3) / 4), moved(buffer.size() + 1);
-        auto* state = reinterpret_cast<typename F::Fixed*>(buffer.data() + offset / 4);
-        ASSERT_EQ(F::fixedPlace(state, 44100, 48000, 31, 0.9f, 6, 0), kelStatusOk);
+    const auto run = [&](const typename F::Fixed* state) {
+        std::vector<TypeParam> y(2300);
+        Kel64f time = 20.25;
+        F::fixedRun(state, x.data(), 2000, y.data(), 1, &time, &n);
+        return y;
+    };
+    const auto expected = run(makeFixed<TypeParam>(44100, 48000, 31).get());
+    const std::size_t words = static_cast<std::size_t>(bytes + 3) / 4;
+    for (std::size_t offset = 0; offset < 16; ++offset) {
+        test::Guarded<Kel32s> buffer(offset + words), moved(words);
+        auto* const state = reinterpret_cast<typename F::Fixed*>(buffer.data() + offset);
         auto* const other = reinterpret_cast<typename F::Fixed*>(moved.data());
+        ASSERT_EQ(F::fixedPlace(state, 44100, 48000, 31, 0.9f, 6, 0), kelStatusOk);
+        ASSERT_EQ(run(state), expected);
         std::memcpy(static_cast<void*>(other), state, static_cast<std::size_t>(bytes));
-        for (auto* s : {state, other}) {
-            Kel64f times[2] = {20.25, 20.25};
-            int counts[2];
-            F::fixedRun(allocated.get(), x.data(), 2000, y[0].data(), 1, &times[0], &counts[0]);
-            F::fixedRun(s, x.data(), 2000, y[1].data(), 1, &times[1], &counts[1]);
-            ASSERT_EQ(counts[0], counts[1]);
-            ASSERT_EQ(y[0], y[1]);
-        }
+        ASSERT_EQ(run(other), expected);
     }
 }
 
 // ---- faults --------------------------------------------------------------------------------------------------------
 
-TYPED_TEST(Resample, FaultsInTheirOrder) {
-    using F = Of<TypeParam>;
-    typename F::General* g = nullptr;
-    EXPECT_EQ(F::init(nullptr, 0, 0, 0, 0, 0), kelStatusNullPtr);
-    EXPECT_EQ(F::init(&g, 0, 0, 0, 0, 0), kelStatusSize);
-    const Kel32f least = 2 / 10.0f;
-    for (const Kel32f window : {std::nextafter(least, 0.0f), 0.0f, -1.0f, std::nanf("")})
-        EXPECT_EQ(F::init(&g, window, 10, 1, 1, 0), kelStatusBadArg);
-    for (const Kel32f rollf : {0.0f, 1.0001f, -0.5f, std::nanf("")})
-        EXPECT_EQ(F::init(&g, 9, 9, rollf, 1, 0), kelStatusBadArg);
-    for (const Kel32f alpha : {0.999f, -2.0f, 701.0f, HUGE_VALF, std::nanf("")})
-        EXPECT_EQ(F::init(&g, 9, 9, 1, alpha, 0), kelStatusBadArg);
-    for (const Kel32f window : {1e10f, 2e9f, HUGE_VALF})
-        EXPECT_EQ(F::init(&g, window, 2, 1, 1, 0), kelStatusAllocError);
-    EXPECT_EQ(g, nullptr);
-    EXPECT_NE(makeGeneral<TypeParam>({least, 10, 1, 1}), nullptr);
-    EXPECT_EQ(F::release(nullptr), kelStatusNullPtr);
+constexpr Kel32f kLeast = 2 / 10.0f;
+constexpr KelStatus kNull = kelStatusNullPtr, kSize = kelStatusSize, kBad = kelStatusBadArg,
+                    kMemory = kelStatusAllocError;
 
+TYPED_TEST(Resample, DesignsThatAreRefused) {
+    using F = Of<TypeParam>;
+    const struct {
+        Kel32f window;
+        int nStep;
+        Kel32f rollf, alpha;
+        KelStatus status;
+    } general[] = {{0, 0, 0, 0, kSize},          {std::nextafter(kLeast, 0.0f), 10, 1, 1, kBad},
+                   {-1, 10, 0, 0, kBad},         {kNaN, 10, 1, 1, kBad},
+                   {9, 9, 0, 0, kBad},           {9, 9, 1.0001f, 1, kBad},
+                   {9, 9, kNaN, 1, kBad},        {9, 9, 1, 0.999f, kBad},
+                   {9, 9, 1, 701, kBad},         {9, 9, 1, kNaN, kBad},
+                   {1e10f, 2, 1, 1, kMemory},    {2e9f, 2, 1, 1, kMemory},
+                   {HUGE_VALF, 2, 1, 1, kMemory}};
+    typename F::General* g = nullptr;
+    for (const auto& c : general) EXPECT_EQ(F::init(&g, c.window, c.nStep, c.rollf, c.alpha, 0), c.status) << c.window;
+    EXPECT_EQ(F::init(nullptr, 0, 0, 0, 0, 0), kNull);
+    EXPECT_EQ(g, nullptr);
+    EXPECT_NE(makeGeneral<TypeParam>({kLeast, 10, 1, 1}), nullptr);
+
+    const struct {
+        int in, out, len;
+        Kel32f rollf, alpha;
+        KelStatus status;
+    } fixed[] = {{0, 1, 1, 0, 0, kSize},
+                 {1, 0, 1, 0, 0, kSize},
+                 {1, 1, 0, 0, 0, kSize},
+                 {1, 1, 1, 0, 0, kBad},
+                 {1, 1, 1, 1.0001f, 1, kBad},
+                 {1, 1, 1, 1, 0.9f, kBad},
+                 {1, 1, 1, 1, kNaN, kBad},
+                 {(1 << 29) + 1, 1 << 29, 3, 1, 1, kMemory},
+                 {1, 1, 1 << 29, 1, 1, kMemory},
+                 {1, 1, INT32_MAX, 1, 1, kMemory},
+                 {INT32_MAX, INT32_MAX - 1, 1, 1, 1, kMemory}};
+    typename F::Fixed* f = nullptr;
+    int bytes = -1;
+    Kel64f buffer = 7;
+    auto* const place = reinterpret_cast<typename F::Fixed*>(&buffer);
+    for (const auto& c : fixed) {
+        EXPECT_EQ(F::fixedInit(&f, c.in, c.out, c.len, c.rollf, c.alpha, 0), c.status) << c.in << " " << c.len;
+        EXPECT_EQ(F::fixedSize(c.in, c.out, c.len, c.rollf, c.alpha, 0, &bytes), c.status);
+        EXPECT_EQ(F::fixedPlace(place, c.in, c.out, c.len, c.rollf, c.alpha, 0), c.status);
+        EXPECT_EQ(F::fixedInit(nullptr, c.in, c.out, c.len, c.rollf, c.alpha, 0), kNull);
+        EXPECT_EQ(F::fixedSize(c.in, c.out, c.len, c.rollf, c.alpha, 0, nullptr), kNull);
+        EXPECT_EQ(F::fixedPlace(nullptr, c.in, c.out, c.len, c.rollf, c.alpha, 0), kNull);
+    }
+    EXPECT_EQ(f, nullptr);
+    EXPECT_EQ(bytes, -1);
+    EXPECT_EQ(buffer, 7);
+}
+
+TYPED_TEST(Resample, CallsThatAreRefusedOrGiveNothing) {
+    using F = Of<TypeParam>;
     const auto state = makeGeneral<TypeParam>({4, 8, 1, 2});
     const auto fixed = makeFixed<TypeParam>(2, 3, 4);
     TypeParam x[20] = {}, y[40];
@@ -422,108 +455,58 @@ TYPED_TEST(Resample, FaultsInTheirOrder) {
     Kel64f time = 3;
     int n = 99;
     for (int missing = 0; missing < 5; ++missing) {
-        const auto unless = [=](int i, auto* p) { return i == missing ? nullptr : p; };
-        EXPECT_EQ(F::run(unless(0, state.get()), unless(1, x), 0, unless(2, y), 0, 1, unless(3, &time), unless(4, &n)),
-                  kelStatusNullPtr);
-        EXPECT_EQ(
-            F::fixedRun(unless(0, fixed.get()), unless(1, x), 0, unless(2, y), 1, unless(3, &time), unless(4, &n)),
-            kelStatusNullPtr);
+        const auto but = [=](int i, auto* p) { return i == missing ? nullptr : p; };
+        auto *const s = but(0, state.get()), *const dst = but(2, y);
+        EXPECT_EQ(F::run(s, but(1, x), 0, dst, 0, 1, but(3, &time), but(4, &n)), kNull);
+        EXPECT_EQ(F::fixedRun(but(0, fixed.get()), but(1, x), 0, dst, 1, but(3, &time), but(4, &n)), kNull);
     }
-    for (const Kel64f factor : {0.0, -1.0, kNaN, kInf})
-        EXPECT_EQ(F::run(state.get(), x, 20, y, factor, 1, &time, &n), kelStatusBadArg);
-    EXPECT_EQ(F::run(state.get(), x, 0, y, 1, 1, &time, &n), kelStatusBadArg);
-    EXPECT_EQ(F::fixedRun(fixed.get(), x, 0, y, 1, &time, &n), kelStatusBadArg);
+    for (const Kel64f factor : {0.0, -1.0, kNaN, kInf}) {
+        EXPECT_EQ(F::run(state.get(), x, 20, y, factor, 1, &time, &n), kBad);
+    }
+    EXPECT_EQ(F::run(state.get(), x, 0, y, 1, 1, &time, &n), kBad);
+    EXPECT_EQ(F::fixedRun(fixed.get(), x, 0, y, 1, &time, &n), kBad);
+    for (const int size : {0, 1}) {
+        EXPECT_EQ(F::set(nullptr, x, size, 0), kNull);
+        EXPECT_EQ(F::set(fixed.get(), nullptr, size, 0), kNull);
+        EXPECT_EQ(F::get(nullptr, y, size, 0), kNull);
+        EXPECT_EQ(F::get(fixed.get(), nullptr, size, 0), kNull);
+        EXPECT_EQ(F::set(fixed.get(), x, size, 1 - size), kSize);
+        EXPECT_EQ(F::get(fixed.get(), y, size, 1 - size), kSize);
+    }
+    EXPECT_EQ(F::release(nullptr), kNull);
+    EXPECT_EQ(F::fixedRelease(nullptr), kNull);
     EXPECT_EQ(time, 3);
     EXPECT_EQ(n, 99);
 
-    // No outputs: a block that is too short, a filter as long as the numbers go, times that are none.
+    // A block that is too short, times that are none, a filter that is stretched beyond all numbers.
     for (const Kel64f t : {18.0, kNaN, kInf, -kInf, 1e300}) {
-        for (const bool general : {true, false}) {
-            time = t;
-            EXPECT_EQ(general ? F::run(state.get(), x, 20, y, 1, 1, &time, &n)
-                              : F::fixedRun(fixed.get(), x, 20, y, 1, &time, &n),
-                      kelStatusOk);
-            EXPECT_EQ(n, 0);
-            EXPECT_TRUE(test::sameBits(time, t));
-        }
+        time = t;
+        n = 99;
+        EXPECT_EQ(F::run(state.get(), x, 20, y, 1, 1, &time, &n), kelStatusOk);
+        EXPECT_EQ(n, 0);
+        n = 99;
+        EXPECT_EQ(F::fixedRun(fixed.get(), x, 20, y, 1, &time, &n), kelStatusOk);
+        EXPECT_EQ(n, 0);
+        EXPECT_TRUE(test::sameBits(time, t));
     }
-    time = 0;
-    EXPECT_EQ(F::run(state.get(), x, 20, y, 5e-324, 1, &time, &n), kelStatusOk);
+    EXPECT_EQ(F::run(state.get(), x, 20, y, 5e-324, 1, &(time = 0), &n), kelStatusOk);
     EXPECT_EQ(n, 0);
     for (const TypeParam v : y) EXPECT_EQ(v, 5);
-
-    typename F::Fixed* f = nullptr;
-    int bytes = -1;
-    const auto each = [&](int in, int out, int len, Kel32f rollf, Kel32f alpha, KelStatus status) {
-        EXPECT_EQ(F::fixedInit(&f, in, out, len, rollf, alpha, 0), status);
-        EXPECT_EQ(F::fixedSize(in, out, len, rollf, alpha, 0, &bytes), status);
-        Kel64f untouched[1] = {7};
-        EXPECT_EQ(F::fixedPlace(reinterpret_cast<typename F::Fixed*>(untouched), in, out, len, rollf, alpha, 0),
-                  status);
-        EXPECT_EQ(untouched[0], 7);
-    };
-    each(0, 1, 1, 0, 0, kelStatusSize);
-    each(1, 0, 1, 0, 0, kelStatusSize);
-    each(1, 1, 0, 0, 0, kelStatusSize);
-    each(1, 1, 1, 0, 0, kelStatusBadArg);
-    each(1, 1, 1, 1.0001f, 1, kelStatusBadArg);
-    each(1, 1, 1, 1, 0.9f, kelStatusBadArg);
-    each(1, 1, 1, 1, kNaN, kelStatusBadArg);
-    for (const int huge : {1 << 29, INT32_MAX - 1}) {
-        each(huge + 1, huge, 3, 1, 1, kelStatusAllocError);
-        each(1, 1, huge, 1, 1, kelStatusAllocError);
-    }
-    EXPECT_EQ(f, nullptr);
-    EXPECT_EQ(bytes, -1);
-    EXPECT_EQ(F::fixedInit(nullptr, 0, 1, 1, 1, 1, 0), kelStatusNullPtr);
-    EXPECT_EQ(F::fixedSize(0, 1, 1, 1, 1, 0, nullptr), kelStatusNullPtr);
-    EXPECT_EQ(F::fixedPlace(nullptr, 0, 1, 1, 1, 1, 0), kelStatusNullPtr);
-    EXPECT_EQ(F::fixedRelease(nullptr), kelStatusNullPtr);
-    for (const auto& [len, height] : {std::pair(0, 1), std::pair(1, 0)}) {
-        EXPECT_EQ(F::set(nullptr, x, len, height), kelStatusNullPtr);
-        EXPECT_EQ(F::set(fixed.get(), nullptr, len, height), kelStatusNullPtr);
-        EXPECT_EQ(F::get(nullptr, y, len, height), kelStatusNullPtr);
-        EXPECT_EQ(F::get(fixed.get(), nullptr, len, height), kelStatusNullPtr);
-        EXPECT_EQ(F::set(fixed.get(), x, len, height), kelStatusSize);
-        EXPECT_EQ(F::get(fixed.get(), y, len, height), kelStatusSize);
-    }
 }
 
 TYPED_TEST(Resample, FailedAllocationsLeaveNothing) {
     test::failEachAllocation([](int failing, const test::AllocationWatch& watch) {
-        typename Of<TypeParam>::General* state = nullptr;
-        const KelStatus status = Of<TypeParam>::init(&state, 8, 8, 1, 3, 0);
-        if (watch.calls() > failing) {
-            EXPECT_EQ(status, kelStatusAllocError);
-            EXPECT_EQ(state, nullptr);
-        } else {
-            Of<TypeParam>::release(state);
-        }
+        typename Of<TypeParam>::General* general = nullptr;
+        typename Of<TypeParam>::Fixed* fixed = nullptr;
+        const bool failed = Of<TypeParam>::init(&general, 8, 8, 1, 3, 0) == kMemory;
+        const bool fixedFailed = Of<TypeParam>::fixedInit(&fixed, 2, 3, 8, 1, 3, 0) == kMemory;
+        EXPECT_EQ(failed + fixedFailed, watch.calls() > failing);
+        EXPECT_EQ(failed, general == nullptr);
+        EXPECT_EQ(fixedFailed, fixed == nullptr);
+        if (!failed) Of<TypeParam>::release(general);
+        if (!fixedFailed) Of<TypeParam>::fixedRelease(fixed);
         EXPECT_EQ(watch.unreleased(), 0);
     });
-    const test::AllocationWatch watch(0);
-    typename Of<TypeParam>::Fixed* state = nullptr;
-    EXPECT_EQ(Of<TypeParam>::fixedInit(&state, 2, 3, 8, 1, 3, 0), kelStatusAllocError);
-    EXPECT_EQ(state, nullptr);
-}
-
-TYPED_TEST(Resample, RoundingModesHaveNoInfluence) {
-    test::Random random;
-    const auto x = samples<TypeParam>(random, 500);
-    std::vector<TypeParam> y(1200), first;
-    test::inEveryRoundingMode(
-        [&] {
-            Kel64f time = 30.3, fixedTime = 30.3;
-            int n, fixedN;
-            const auto state = makeGeneral<TypeParam>({24, 32, 0.9f, 5});
-            const auto fixed = makeFixed<TypeParam>(44100, 48000, 24);
-            Of<TypeParam>::run(state.get(), x.data(), 500, y.data(), 160 / 147.0, 0.7f, &time, &n);
-            Of<TypeParam>::fixedRun(fixed.get(), x.data(), 500, y.data() + n, 0.7f, &fixedTime, &fixedN);
-        },
-        [&] {
-            if (first.empty()) first = y;
-            EXPECT_EQ(y, first);
-        });
 }
 
 }  // namespace
