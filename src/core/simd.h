@@ -291,7 +291,11 @@ struct ExactSum {
 template <class T>
 Vec<T> held(const Vec<T>& v) {
     auto r = native(v);
+#if defined(__AVX512F__)
+    asm("" : "+v"(r));
+#else
     asm("" : "+x"(r));
+#endif
     return Vec<T>(r);
 }
 

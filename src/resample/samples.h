@@ -7,6 +7,7 @@
 #include "core/convert.h"
 #include "core/scaling.h"
 #include "core/simd.h"
+#include "core/simd_rows.h"
 #include "kels/types.h"
 
 namespace kels {
