@@ -187,7 +187,8 @@ void report(const char* who, const Converter& convert, Rates rates) {
         }
         return low;
     };
-    // Down: what tones from the output's half rate on leave.  Up: what appears besides tones up to the input's half rate.
+    // Down: what tones from the output's half rate on leave.  Up: what appears besides tones up to the input's half
+    // rate.
     double leak = -400;
     for (const double f : {0.004, 0.011, 0.023, 0.037, 0.061, 0.083}) {
         leak = std::max(leak, rates.out < rates.in ? alias(convert, rates, (1 + f) * rates.slowNyquist())

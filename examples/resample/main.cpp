@@ -24,8 +24,8 @@ namespace {
 constexpr std::string_view kUsage =
     R"(usage: resample IN OUT --rate HZ [--quality fast|good|best]
 
-Converts the sound file IN to the sampling rate HZ and writes it to OUT with the same channels, in the same format and as
-long as it was.  Samples beyond full scale are clipped and counted.
+Converts the sound file IN to the sampling rate HZ and writes it to OUT with the same channels, in the same format and
+as long as it was.  Samples beyond full scale are clipped and counted.
 
   fast   passes 79 % of the slower rate's band, keeps what lies beyond 68 dB down
   good   93 %, 127 dB (the default)

@@ -1,9 +1,10 @@
 // Resampling by an integer rate pair with one filter per phase.
 //
-// Outputs repeat their phases after `phases` outputs and `down` inputs.  Up to four outputs that follow each other form a
-// group: their filters start from the sample at which the first of them starts, each shifted by its own distance, so that
-// every vector of samples that is loaded serves all of them.  A group's filters are stored as they are used: vector 0 of
-// each member, vector 1 of each member, and so on.  Outputs one or more periods apart share the filters in the same way.
+// Outputs repeat their phases after `phases` outputs and `down` inputs.  Up to four outputs that follow each other form
+// a group: their filters start from the sample at which the first of them starts, each shifted by its own distance, so
+// that every vector of samples that is loaded serves all of them.  A group's filters are stored as they are used:
+// vector 0 of each member, vector 1 of each member, and so on.  Outputs one or more periods apart share the filters in
+// the same way.
 //
 // Which taps meet in a lane of a vector, and so how an output is rounded, depends on its phase alone.
 #pragma once
@@ -95,7 +96,8 @@ void groupAtEdge(const Kel32f* filters, std::ptrdiff_t span, const S* x, std::pt
     group.total(sums);
 }
 
-// A group's outputs at x, and `distance` samples further on, and so forth; sums has four places for each of these times.
+// A group's outputs at x, and `distance` samples further on, and so forth; sums has four places for each of these
+// times.
 template <int Members, std::size_t... Time, class S>
 [[gnu::always_inline]] inline void groupAt(std::index_sequence<Time...>, const Kel32f* filters, std::ptrdiff_t span,
                                            const S* x, std::ptrdiff_t distance, Kel32f* sums) {
@@ -110,8 +112,8 @@ template <int Members, std::size_t... Time, class S>
     run((static_cast<void>(Time), GroupSums<Members>())...);
 }
 
-// Eight outputs of a filter that is the only one, `shift` samples apart, which is a whole number of vectors: every vector
-// of samples serves four of them.  The filter is at least three shifts long.
+// Eight outputs of a filter that is the only one, `shift` samples apart, which is a whole number of vectors: every
+// vector of samples serves four of them.  The filter is at least three shifts long.
 template <class S>
 class OverlappingOutputs {
   public:

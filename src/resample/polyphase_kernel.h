@@ -1,12 +1,12 @@
 // Interpolation with a filter table of any resolution.
 //
-// The table h[0..L] holds nStep points to one period of the slower of the two rates.  For vectors it is laid out as rows:
-// row p, 0 <= p <= nStep, holds h(|p - m nStep|) for m = -half .. half + 1, zero where that is beyond L.  A place p + a
-// between two knots, 0 <= a < 1, is (1 - a) row p + a row p + 1.  The same rows serve both directions:
+// The table h[0..L] holds nStep points to one period of the slower of the two rates.  For vectors it is laid out as
+// rows: row p, 0 <= p <= nStep, holds h(|p - m nStep|) for m = -half .. half + 1, zero where that is beyond L.  A place
+// p + a between two knots, 0 <= a < 1, is (1 - a) row p + a row p + 1.  The same rows serve both directions:
 //
 //   up    an output at t = i + place / nStep is the sum of x[i + m] row[m]: rows run along the inputs;
-//   down  an input that lies at k + place / nStep on the grid of the outputs adds x row[m] to output k + m: rows run along
-//         the outputs, because stretching the filter makes outputs, not inputs, whole periods apart.
+//   down  an input that lies at k + place / nStep on the grid of the outputs adds x row[m] to output k + m: rows run
+//         along the outputs, because stretching the filter makes outputs, not inputs, whole periods apart.
 //
 // Every output is the same sum in the same order however the signal is cut into calls.
 #pragma once
@@ -31,8 +31,8 @@ class FilterRows {
     static constexpr int kMargin = 2 * kWidth;
     static_assert(kMargin >= kWidth - 1 + kSpread - 1);
 
-    // The rows of a table whose last point is L = last.  A sample up to `tolerance` beyond it counts, so that a sample at
-    // L takes part whichever way its time is rounded.
+    // The rows of a table whose last point is L = last.  A sample up to `tolerance` beyond it counts, so that a sample
+    // at L takes part whichever way its time is rounded.
     FilterRows(Kel32f* rows, int last, int nStep, Kel64f tolerance = 0)
         : rows_(rows),
           nStep_(nStep),
@@ -234,8 +234,8 @@ void decimate(const FilterRows& rows, const ResampleTimes& times, int64_t firstO
                                         len - static_cast<std::ptrdiff_t>(base));
     const auto onGrid = [&](std::ptrdiff_t input) { return (static_cast<Kel64f>(input) - start) * times.factor; };
 
-    // Where there are several inputs between two outputs, those are summed before they join the output: that rounds less
-    // often.  They go by fours from the first one that lies there, also where that one is behind the start.
+    // Where there are several inputs between two outputs, those are summed before they join the output: that rounds
+    // less often.  They go by fours from the first one that lies there, also where that one is behind the start.
     const bool together = times.factor <= 0.5;
     auto k = static_cast<std::ptrdiff_t>(std::floor(onGrid(j)));
     const auto firstAfter = static_cast<std::ptrdiff_t>(std::ceil(start + static_cast<Kel64f>(k) * times.step));
