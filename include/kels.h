@@ -23,6 +23,7 @@
 #include "kels/mixture.h"
 #include "kels/model.h"
 #include "kels/rank.h"
+#include "kels/resample.h"
 #include "kels/select.h"
 #include "kels/stats.h"
 #include "kels/update.h"

@@ -286,6 +286,19 @@ struct ExactSum {
     }
 };
 
+// v, kept in a register: the compiler would rather load a value again for each of its uses, which costs where loads are
+// the limit.
+template <class T>
+Vec<T> held(const Vec<T>& v) {
+    auto r = native(v);
+#if defined(__AVX512F__)
+    asm("" : "+v"(r));
+#else
+    asm("" : "+x"(r));
+#endif
+    return Vec<T>(r);
+}
+
 // The last n lanes of v, zero in those before them.
 template <class T>
 Vec<T> lastLanes(Vec<T> v, std::size_t n) {

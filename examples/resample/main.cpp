@@ -1,0 +1,234 @@
+// resample: converts a sound file to another sampling rate.  The usage text below says the rest.
+#include <sndfile.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "stream.h"
+
+namespace {
+
+constexpr std::string_view kUsage =
+    R"(usage: resample IN OUT --rate HZ [--quality fast|good|best]
+
+Converts the sound file IN to the sampling rate HZ and writes it to OUT with the same channels, in the same format and
+as long as it was.  Samples beyond full scale are clipped and counted.
+
+  fast   passes 79 % of the slower rate's band, keeps what lies beyond 68 dB down
+  good   93 %, 127 dB (the default)
+  best   95 %, 138 dB
+
+Exit status: 0 if all is well, 1 if something failed (OUT is then left as it was), 2 if the command line is wrong.
+)";
+
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct Job {
+    std::string in, out;
+    int rate = 0;
+    Quality quality = kQualities[1];
+};
+
+Job parse(int argc, char** argv) {
+    Job job;
+    std::vector<std::string> files;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        const bool option = argument == "--rate" || argument == "--quality";
+        if (argument.starts_with("-") && argument != "-" && !option)
+            throw UsageError("unknown option " + std::string(argument));
+        if (!option) {
+            files.emplace_back(argument);
+            continue;
+        }
+        if (++i == argc) throw UsageError(std::string(argument) + " needs a value");
+        const std::string_view value = argv[i];
+        if (argument == "--rate") {
+            const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), job.rate);
+            if (error != std::errc() || end != value.data() + value.size() || job.rate < 1)
+                throw UsageError("\"" + std::string(value) + "\" is not a sampling rate in Hz");
+        } else {
+            const auto* const quality = std::find_if(std::begin(kQualities), std::end(kQualities),
+                                                     [&](const Quality& q) { return q.name == value; });
+            if (quality == std::end(kQualities)) throw UsageError("there is no quality \"" + std::string(value) + "\"");
+            job.quality = *quality;
+        }
+    }
+    if (files.size() != 2) throw UsageError("one file to read and one to write are needed");
+    if (job.rate == 0) throw UsageError("--rate is missing");
+    job.in = files[0];
+    job.out = files[1];
+    return job;
+}
+
+struct CloseFile {
+    void operator()(SNDFILE* file) const { sf_close(file); }
+};
+using File = std::unique_ptr<SNDFILE, CloseFile>;
+
+// The output under a name of its own until it is complete; it vanishes if that never happens.  Devices are written as
+// they are.
+class Output {
+  public:
+    Output(std::string path, SF_INFO info) : path_(std::move(path)) {
+        std::error_code ignored;
+        const auto there = std::filesystem::status(path_, ignored);
+        if (!std::filesystem::exists(there) || std::filesystem::is_regular_file(there)) temporary_ = path_ + ".part";
+        file_.reset(sf_open((temporary_.empty() ? path_ : temporary_).c_str(), SFM_WRITE, &info));
+        if (!file_) throw std::runtime_error(path_ + ": cannot be written: " + sf_strerror(nullptr));
+        sf_command(file_.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    }
+    ~Output() {
+        file_.reset();
+        std::error_code ignored;
+        if (!temporary_.empty()) std::filesystem::remove(temporary_, ignored);
+    }
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
+    void write(const std::vector<float>& samples, int channels) {
+        const auto frames = static_cast<sf_count_t>(samples.size()) / channels;
+        if (sf_writef_float(file_.get(), samples.data(), frames) != frames) fail(sf_strerror(file_.get()));
+    }
+    void finish() {
+        if (sf_close(file_.release()) != 0) fail("closing failed");
+        if (temporary_.empty()) return;
+        std::error_code error;
+        std::filesystem::rename(temporary_, path_, error);
+        if (error) fail(error.message());
+        temporary_.clear();
+    }
+
+  private:
+    [[noreturn]] void fail(const std::string& why) { throw std::runtime_error(path_ + ": cannot be written: " + why); }
+
+    std::string path_, temporary_;
+    File file_;
+};
+
+// A bar on standard error, if that is a terminal.
+class Progress {
+  public:
+    explicit Progress(sf_count_t total) : total_(total), shown_(isatty(STDERR_FILENO) == 1 && total > 0) {}
+    ~Progress() {
+        if (shown_) std::cerr << "\r\033[K" << std::flush;
+    }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    void at(sf_count_t frames) {
+        const auto now = std::chrono::steady_clock::now();
+        if (!shown_ || now - last_ < std::chrono::milliseconds(100)) return;
+        last_ = now;
+        constexpr int width = 40;
+        const double part = std::min(1.0, static_cast<double>(frames) / static_cast<double>(total_));
+        const auto filled = static_cast<std::size_t>(part * width);
+        const double seconds = std::chrono::duration<double>(now - start_).count();
+        std::fprintf(stderr, "\r[%s%s] %3.0f %%  %.0f s left \033[K", std::string(filled, '#').c_str(),
+                     std::string(width - filled, '.').c_str(), 100 * part, seconds / part - seconds);
+    }
+
+  private:
+    sf_count_t total_;
+    bool shown_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now(), last_{};
+};
+
+void convert(const Job& job) {
+    SF_INFO info{};
+    const File input(sf_open(job.in.c_str(), SFM_READ, &info));
+    if (!input) throw std::runtime_error(job.in + ": cannot be read as audio: " + sf_strerror(nullptr));
+    const int inRate = info.samplerate, channels = info.channels;
+    if (inRate < 1 || channels < 1)
+        throw std::runtime_error(job.in + ": states no valid sampling rate or channel count");
+    std::error_code ignored;
+    if (std::filesystem::equivalent(job.in, job.out, ignored))
+        throw std::runtime_error(job.out + ": is the file to read");
+
+    const Resampler resampler(inRate, job.rate, job.quality);
+    std::vector<Channel> signal(static_cast<std::size_t>(channels), Channel(resampler));
+    const sf_count_t headerFrames = info.frames;
+    info.samplerate = job.rate;
+    Output output(job.out, info);
+
+    constexpr int block = 8192;
+    std::vector<float> frames(static_cast<std::size_t>(block) * signal.size()), one(block), interleaved;
+    std::vector<std::vector<float>> results(signal.size());
+    sf_count_t readFrames = 0, writtenFrames = 0, clipped = 0;
+
+    // Passes n frames on, and of the results at most `limit`.
+    const auto pass = [&](sf_count_t n, sf_count_t limit) {
+        for (std::size_t c = 0; c < signal.size(); ++c) {
+            for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i) one[i] = frames[i * signal.size() + c];
+            results[c].clear();
+            signal[c].feed(one.data(), static_cast<int>(n), results[c]);
+        }
+        const auto count =
+            static_cast<std::size_t>(std::min<sf_count_t>(limit, static_cast<sf_count_t>(results[0].size())));
+        interleaved.resize(count * signal.size());
+        for (std::size_t i = 0; i < count; ++i)
+            for (std::size_t c = 0; c < signal.size(); ++c) {
+                interleaved[i * signal.size() + c] = results[c][i];
+                clipped += std::fabs(results[c][i]) > 1;
+            }
+        output.write(interleaved, channels);
+        writtenFrames += static_cast<sf_count_t>(count);
+    };
+    {
+        Progress progress(headerFrames);
+        constexpr sf_count_t all = std::numeric_limits<sf_count_t>::max();
+        // What counts is what can be read, whatever length the header states.
+        while (const sf_count_t n = sf_readf_float(input.get(), frames.data(), block)) {
+            pass(n, all);
+            readFrames += n;
+            progress.at(readFrames);
+        }
+        if (sf_error(input.get()) != SF_ERR_NO_ERROR)
+            throw std::runtime_error(job.in + ": is damaged: " + sf_strerror(input.get()));
+        // Silence behind the end, until the output is as long as the input was.
+        const auto wanted =
+            static_cast<sf_count_t>(std::llround(static_cast<long double>(readFrames) * job.rate / inRate));
+        std::fill(frames.begin(), frames.end(), 0.0F);
+        while (writtenFrames < wanted) pass(block, wanted - writtenFrames);
+    }
+    output.finish();
+    const bool floats =
+        (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT || (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_DOUBLE;
+    if (clipped > 0 && !floats) std::cerr << "resample: " << clipped << " samples were clipped\n";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        for (int i = 1; i < argc; ++i) {
+            if (std::string_view(argv[i]) == "--help" || std::string_view(argv[i]) == "-h") {
+                std::cout << kUsage;
+                return 0;
+            }
+        }
+        convert(parse(argc, argv));
+        return 0;
+    } catch (const UsageError& error) {
+        std::cerr << "resample: " << error.what() << "\n\n" << kUsage;
+        return 2;
+    } catch (const std::exception& error) {
+        std::cerr << "resample: " << error.what() << '\n';
+        return 1;
+    }
+}
