@@ -21,5 +21,6 @@
 #include "kels/mixture.h"
 #include "kels/model.h"
 #include "kels/select.h"
+#include "kels/vq.h"
 
 #endif
