@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 
 #include "core/simd.h"
@@ -46,14 +47,16 @@ inline bool isLarger(Kel64f value, Kel64f largest) {
     return value > largest * 1.000001;
 }
 
-// Whether two distances count as equal.
+// Whether two distances count as equal.  Infinite ones never do.
 template <class Real>
 bool areEqual(Real a, Real b) {
-    return std::fabs(a - b) <= static_cast<Real>(1e-6) * std::max(a, b);
+    const Real greater = std::max(a, b);
+    return std::fabs(a - b) <= static_cast<Real>(1e-6) * greater && greater < std::numeric_limits<Real>::infinity();
 }
 template <class T, class Abi>
 auto areEqual(const stdx::simd<T, Abi>& a, const stdx::simd<T, Abi>& b) {
-    return magnitude(Vec<T>(a - b)) <= static_cast<T>(1e-6) * greaterOf(a, b);
+    const Vec<T> greater = greaterOf(a, b);
+    return magnitude(Vec<T>(a - b)) <= static_cast<T>(1e-6) * greater && greater < std::numeric_limits<T>::infinity();
 }
 
 // Whether a codevector whose distances from the points of a cell are at least `least` can be nearest somewhere in it,
