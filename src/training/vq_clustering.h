@@ -1,9 +1,10 @@
 // Clusters by repeated splitting in two, each split followed by k-means refinement of all clusters.
 //
-// Each pass of the refinement is to give every row the nearest centroid, as a comparison with all of them would.  Hardly
-// any of those comparisons is made: where neither a row's centroid nor another one has moved, their order stands; and
-// by the triangle inequality a centroid cannot be nearer to a row than its own one is if the two centroids are twice as
-// far apart as the row is from its own.  Where the best two come close, all centroids are compared after all.
+// Each pass of the refinement is to give every row the nearest centroid, as a comparison with all of them would.  Few
+// of those comparisons are made.  Where neither a row's centroid nor another one has moved, their order stands, and a
+// bound for the nearest of the others tells whether it still does when the row's own one has moved.  By the triangle
+// inequality a centroid cannot be nearer to a row than its own one is if the two centroids are twice as far apart as the
+// row is from its own.  Where the best two come close, all centroids are compared after all.
 #pragma once
 
 #include <algorithm>
@@ -72,6 +73,11 @@ class Clustering {
         Kel32f gap;  // between the centroids
         Kel32s cluster;
     };
+    struct Rivals {
+        const Rival* list;
+        std::size_t count;
+        Kel32f elsewhere;  // no member is nearer than that to a cluster that is not on the list
+    };
     // A vector against the centroids of a list of clusters.
     struct ListedCentroids {
         const Kel32f *vector, *centroids, *weights;
@@ -88,6 +94,7 @@ class Clustering {
         nearest_ = layout.take<Kel32s>(height);
         order_ = layout.take<Kel32s>(height);
         kept_ = layout.take<Kel32f>(height);
+        others_ = layout.take<Kel32f>(height);
         seeds_ = layout.take<Kel32f>(height);
         seedLeast_ = layout.take<Kel32f>(height / static_cast<int64_t>(kSeedBlock) + 1);
         centroids_ = layout.take<Kel32f>(most * width);
@@ -101,6 +108,7 @@ class Clustering {
         radii_ = layout.take<Kel32f>(most);
         gaps_ = layout.take<Kel32f>(most);
         rivals_ = layout.take<Rival>(most);
+        movedRivals_ = layout.take<Rival>(most);
         moved_ = layout.take<Kel8u>(most);
         stale_ = layout.take<Kel8u>(most);
         nodes_ = layout.take<SplitNode>(2 * most - 1);
@@ -137,6 +145,7 @@ class Clustering {
         moved_[0] = 0;
         stale_[0] = 1;
         std::fill(assigned_, assigned_ + height_, 0);
+        std::fill(others_, others_ + height_, 0.0f);
         updateCentroids();
         for (std::size_t r = 0; r < height_; ++r) kept_[r] = distance(row(r), 0);
         updateSpreads();
@@ -215,6 +224,7 @@ class Clustering {
             Kel32s& cluster = assigned_[order_[picked]];
             if (static_cast<std::size_t>(cluster) == to) continue;  // infinitely far ones are picked again
             cluster = static_cast<Kel32s>(to);
+            others_[order_[picked]] = 0;
             ++counts_[to];
             --counts_[from];
         }
@@ -297,9 +307,17 @@ class Clustering {
                     radii_[c] = std::max(radii_[c], kept_[member]);
                 }
             }
-            const std::size_t rivals =
-                moved_[c] ? listRivals(c, everyone_, clusters_) : listRivals(c, movedList_, moved);
-            for (const Kel32s* r = begin; rivals > 0 && r < end; ++r) choose(static_cast<std::size_t>(*r), c, rivals);
+            const Rivals ofMoved = listRivals(c, movedList_, moved, movedRivals_);
+            Rivals ofAll = {nullptr, 0, 0};
+            for (const Kel32s* r = begin; r < end; ++r) {
+                const auto member = static_cast<std::size_t>(*r);
+                if (!moved_[c] || closeTo(kept_[member]) < others_[member]) {
+                    choose(member, c, ofMoved, others_[member]);
+                } else {
+                    if (ofAll.list == nullptr) ofAll = listRivals(c, everyone_, clusters_, rivals_);
+                    choose(member, c, ofAll, std::numeric_limits<Kel32f>::infinity());
+                }
+            }
         }
     }
 
@@ -308,45 +326,56 @@ class Clustering {
         return 4.01f * (1 + 4 * std::numeric_limits<Kel32f>::epsilon() * static_cast<Kel32f>(width_)) * distance;
     }
 
-    // Those of the listed clusters that a member of the cluster may be nearer to, nearest first.
-    std::size_t listRivals(std::size_t cluster, const Kel32s* list, std::size_t n) {
-        sumsOf<Term>(ListedCentroids{centroid(cluster), centroids_, weights_, list, width_}, 0, n, width_, gaps_);
+    // Those of the clusters that a member of the cluster may be nearer to, nearest first.
+    Rivals listRivals(std::size_t cluster, const Kel32s* clusters, std::size_t n, Rival* list) {
+        sumsOf<Term>(ListedCentroids{centroid(cluster), centroids_, weights_, clusters, width_}, 0, n, width_, gaps_);
         const Kel32f limit = outOfReach(radii_[cluster]);
-        std::size_t rivals = 0;
+        std::size_t count = 0;
         for (std::size_t i = 0; i < n; ++i) {
-            if (gaps_[i] >= limit || static_cast<std::size_t>(list[i]) == cluster) continue;
-            rivals_[rivals++] = {gaps_[i] > 0 ? gaps_[i] : 0, list[i]};  // NaN would put the sorting out of order
+            if (gaps_[i] >= limit || static_cast<std::size_t>(clusters[i]) == cluster) continue;
+            list[count++] = {gaps_[i] > 0 ? gaps_[i] : 0, clusters[i]};  // NaN would put the sorting out of order
         }
-        std::sort(rivals_, rivals_ + rivals, [](const Rival& a, const Rival& b) { return a.gap < b.gap; });
-        return rivals;
+        std::sort(list, list + count, [](const Rival& a, const Rival& b) { return a.gap < b.gap; });
+        return {list, count, radii_[cluster]};  // the triangle inequality, for a member at the radius
     }
 
-    void choose(std::size_t r, std::size_t own, std::size_t rivals) {
+    // Sets a row's nearest centroid among its own one and some rivals.  `others`: no centroid besides those is nearer.
+    void choose(std::size_t r, std::size_t own, const Rivals& rivals, Kel32f others) {
+        others = std::min(others, rivals.elsewhere);
+        others_[r] = others;
+        if (rivals.count == 0) return;
         const Kel32f limit = outOfReach(kept_[r]);
-        if (rivals_[0].gap >= limit) return;
         const Kel32f* const vector = row(r);
         Kel32f best = kept_[r], second = std::numeric_limits<Kel32f>::infinity();
         Kel32s at = static_cast<Kel32s>(own);
-        for (std::size_t i = 0; i < rivals && !(rivals_[i].gap >= limit); i += 4) {
+        std::size_t i = 0;
+        for (; i < rivals.count && !(rivals.list[i].gap >= limit); i += 4) {
             const auto item = [&](std::size_t k) {
-                const Rival& rival = rivals_[std::min(i + k, rivals - 1)];
+                const Rival& rival = rivals.list[std::min(i + k, rivals.count - 1)];
                 return Item<Kel32f>{vector, centroid(static_cast<std::size_t>(rival.cluster)), weights_};
             };
             const auto sums = sumsOf4<Term>(std::array{item(0), item(1), item(2), item(3)}, width_, rest_);
-            for (std::size_t k = 0; k < std::min<std::size_t>(4, rivals - i); ++k) {
+            for (std::size_t k = 0; k < std::min<std::size_t>(4, rivals.count - i); ++k) {
                 if (sums[k] < best) {
                     second = best;
                     best = sums[k];
-                    at = rivals_[i + k].cluster;
+                    at = rivals.list[i + k].cluster;
                 } else if (sums[k] < second) {
                     second = sums[k];
                 }
             }
         }
-        if (!(second > closeTo(best))) {  // close: the order of the centroids counts
+        if (i < rivals.count) {
+            const Kel32f beyond = std::sqrt(rivals.list[i].gap) - std::sqrt(kept_[r]);
+            others = std::min(others, 0.999f * beyond * beyond);
+        }
+        others_[r] = std::min(others, second);
+        if (i == 0) return;
+        if (!(second > closeTo(best))) {  // the order of the centroids counts
             const StepRows<const Kel32f> all(centroids_, static_cast<int>(width_));
             at = nearestOf<Weighting>(Candidates<Kel32f>{vector, all, weights_}, clusters_, width_);
             best = distance(vector, static_cast<std::size_t>(at));
+            others_[r] = 0;
         }
         nearest_[r] = at;
         kept_[r] = best;
@@ -359,6 +388,7 @@ class Clustering {
             if (from == to) continue;
             if (counts_[from] < 2) {
                 kept_[r] = distance(row(r), from);
+                others_[r] = 0;
                 continue;
             }
             assigned_[r] = nearest_[r];
@@ -386,16 +416,17 @@ class Clustering {
     Kel8u* block_ = nullptr;
     std::size_t clusters_ = 0, nodeCount_ = 0;
 
-    // By row: its cluster, the one it is found nearest to, rows by cluster, the distance to the centroid.
+    // By row: its cluster, the one it is found nearest to, rows by cluster, the distance to the centroid, a lower bound
+    // of those to all others but such as have moved since.
     Kel32s *assigned_, *nearest_, *order_;
-    Kel32f *kept_, *seeds_, *seedLeast_;
+    Kel32f *kept_, *others_, *seeds_, *seedLeast_;
     // By cluster.  An upper bound of the members' distances; whether the centroid has moved in this pass; whether it is
     // not the mean of the members any more.
     Kel32f* centroids_;
     Kel64f* sums_;
     Kel32s *begins_, *counts_, *leaves_, *everyone_, *movedList_;
     Kel32f *spreads_, *radii_, *gaps_;
-    Rival* rivals_;
+    Rival *rivals_, *movedRivals_;
     Kel8u *moved_, *stale_;
     SplitNode* nodes_;
     Kel32f *weights_, *row_;
