@@ -183,12 +183,12 @@ void run(int argc, char** argv) {
 
     const bool terminal = isatty(STDOUT_FILENO) == 1;
     std::printf("%d features a frame, %d frames to train, %d coded\n", kWidth, training.rows(), test.rows());
-    std::printf("%s%9s %12s %12s %14s%s\n", terminal ? "\033[1m" : "", "codebooks", "bits/frame", "bits/s",
+    std::printf("%s%11s %12s %12s %14s%s\n", terminal ? "\033[1m" : "", "codevectors", "bits/frame", "bits/s",
                 "distortion/dB", terminal ? "\033[0m" : "");
     for (int bits = kLeastBits; bits <= kMostBits && training.rows() > 2 << bits; ++bits) {
         Codec codec(training, bits);
         const Features coded = codec.decode(codec.encode(test), test.rows());
-        std::printf("%9d %12d %12d %14.1f\n", 1 << bits, codec.rowBits(), codec.rowBits() * kFramesPerSecond,
+        std::printf("%11d %12d %12d %14.1f\n", 1 << bits, codec.rowBits(), codec.rowBits() * kFramesPerSecond,
                     -signalToNoise(test, coded));
     }
 }
