@@ -27,5 +27,6 @@
 #include "kels/select.h"
 #include "kels/stats.h"
 #include "kels/update.h"
+#include "kels/vq.h"
 
 #endif

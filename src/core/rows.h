@@ -12,6 +12,12 @@ class StepRows {
   public:
     StepRows(T* base, int step) : base_(base), step_(step) {}
     T* operator[](std::ptrdiff_t i) const { return base_ + i * step_; }
+    // The part of the matrix from a row, and a column, on.
+    StepRows from(std::ptrdiff_t row, std::ptrdiff_t column = 0) const {
+        StepRows rest = *this;
+        rest.base_ += row * step_ + column;
+        return rest;
+    }
 
   private:
     T* base_;

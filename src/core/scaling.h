@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <type_traits>
@@ -145,6 +146,24 @@ constexpr T scaleFloor(int64_t v, int scaleFactor) {
 template <class T>
 constexpr T scaleTowardZero(int64_t v, int scaleFactor) {
     return scaleWith<T>(shiftTowardZero, v, scaleFactor);
+}
+
+// sqrt(v) * 2^-scaleFactor, to the nearest integer, ties to even, saturated; exact in every rounding mode.
+inline Kel32s scaledRoot(uint64_t v, int scaleFactor) {
+    // Of 4^extra * v, so that at least two bits of the root lie behind the point; what does not fit saturates.
+    const int extra = scaleFactor > 1 ? 0 : scaleFactor < -40 ? 41 : 1 - scaleFactor;
+    if (v == 0) return 0;
+    if (extra > 31 || v > std::numeric_limits<uint64_t>::max() >> (2 * extra))
+        return std::numeric_limits<Kel32s>::max();
+    v <<= 2 * extra;
+    constexpr uint64_t most = 0xffffffff;
+    const double estimate = std::sqrt(static_cast<double>(v));  // off by one at most
+    uint64_t root = estimate < static_cast<double>(most) ? static_cast<uint64_t>(estimate) : most;
+    if (root * root > v) --root;
+    if (root < most && (root + 1) * (root + 1) <= v) ++root;
+    const auto twice =
+        static_cast<int64_t>(2 * root + (root * root < v ? 1 : 0));  // the last bit: there is more behind
+    return saturate<Kel32s>(shiftHalfEven(twice, std::min(scaleFactor, 100) + extra + 1));
 }
 
 // ---- rounding mode -------------------------------------------------------------------------------------------------

@@ -12,6 +12,7 @@
 
 #include "core/memory.h"
 #include "core/simd.h"
+#include "core/turn_over.h"
 
 namespace kels {
 
@@ -59,23 +60,7 @@ static_assert(lanes<Kel32f> <= 16);
 template <class Rows>
 TurnedRows turnOver(const Rows& rows, std::size_t height, std::size_t width, Kel32f* data) {
     const auto stride = static_cast<std::size_t>(TurnedRows::strideOf(static_cast<int64_t>(height)));
-    const auto row = [&](std::size_t j) { return rows[static_cast<std::ptrdiff_t>(j)]; };
-    if (height < 4 || width < 4) {
-        for (std::size_t j = 0; j < height; ++j) {
-            for (std::size_t k = 0; k < width; ++k) data[k * stride + j] = row(j)[k];
-        }
-    } else {
-        // Blocks of 4 x 4; the last one of a line lies over its neighbour where four do not divide the line.
-        for (std::size_t block = 0; block < height; block += 4) {
-            const std::size_t j = std::min(block, height - 4);
-            const Kel32f* const four[4] = {row(j), row(j + 1), row(j + 2), row(j + 3)};
-            for (std::size_t part = 0; part < width; part += 4) {
-                const std::size_t k = std::min(part, width - 4);
-                const Kel32f* const at[4] = {four[0] + k, four[1] + k, four[2] + k, four[3] + k};
-                transpose4(at, data + k * stride + j, stride);
-            }
-        }
-    }
+    turnOver(rows, height, width, data, stride);
     for (std::size_t k = 0; k < width; ++k) std::fill(data + k * stride + height, data + (k + 1) * stride, 0.0f);
     return {data, stride};
 }

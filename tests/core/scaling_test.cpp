@@ -62,6 +62,32 @@ TEST(Scaling, ShiftsRoundAndSaturateAtEveryCount) {
     }
 }
 
+// root is the nearest to sqrt(v) * 2^-scale if v lies between the squares of its neighbouring halves, scaled; all of them
+// are exact in the x87 format where they have at most 64 bits.
+TEST(Scaling, RootsRoundToTheNearestInEveryMode) {
+    test::Random random;
+    std::vector<uint64_t> values = {0, 1, 2, 3, 4, UINT64_MAX, UINT64_MAX - 1, uint64_t{0xffffffff} * 0xffffffff};
+    for (int i = 0; i < 300; ++i) {
+        const auto root = static_cast<uint64_t>(random.value<int32_t>()) >> random.between(32, 62);
+        const auto half = (2 * root + 1) << random.between(0, 2);
+        for (const uint64_t v : {root * root, root * root + root, half * half, half * half + 1}) values.push_back(v);
+        values.push_back(static_cast<uint64_t>(random.value<int64_t>()) >> random.between(0, 63));
+    }
+    for (const uint64_t v : values) {
+        for (const int scale : {0, 1, 2, 3, 9, 31, 34, 1000, -1, -2, -12, -30, -31, -40, -41, -1000}) {
+            test::inEveryRoundingMode([&] {
+                const Kel32s root = scaledRoot(v, scale);
+                const int held = std::clamp(scale, -100, 100);
+                const auto square = [&](long double r) { return std::ldexp(r * r, 2 * held); };
+                const auto exact = static_cast<long double>(v);
+                const auto bound = [&](long double half) { return root % 2 == 0 ? half >= 0 : half > 0; };
+                if (root > 0) EXPECT_TRUE(bound(exact - square(root - 0.5L))) << v << ' ' << scale;
+                if (root < INT32_MAX) EXPECT_TRUE(bound(square(root + 0.5L) - exact)) << v << ' ' << scale;
+            });
+        }
+    }
+}
+
 TEST(Scaling, MultipliersArePowersOfTwoWithinTheirRange) {
     for (int scale = -400; scale <= 400; ++scale) {
         EXPECT_EQ(scaleMultiplier(scale), std::ldexp(1.0, std::min(std::max(-scale, -150), 128)));

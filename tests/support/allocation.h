@@ -11,8 +11,10 @@ class AllocationWatch {
   public:
     explicit AllocationWatch(int failAt = -1);
     ~AllocationWatch();
-    int calls() const;       // of malloc
-    int unreleased() const;  // successful calls less calls of free
+    int calls() const;              // of malloc
+    int unreleased() const;         // successful calls less calls of free
+    std::size_t bytes() const;      // allocated at this moment
+    std::size_t peakBytes() const;  // the most that has been
 };
 
 // Runs `attempt` with its first allocation failing, then its second, and so on until it allocates no further.

@@ -1,0 +1,249 @@
+// The tree of splits as a codebook keeps it, and the search through it.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+#include "core/scaling.h"
+#include "training/vq_clustering.h"
+#include "training/vq_codebook.h"
+#include "training/vq_distance.h"
+#include "training/vq_ordered.h"
+
+namespace kels {
+
+// ---- construction --------------------------------------------------------------------------------------------------
+
+// How many neighbours a leaf lists.
+inline Kel32s neighbourCount(Kel32s leaves) {
+    if (leaves < 3) return 0;
+    int exponent = static_cast<int>(std::lround(std::log2(static_cast<Kel64f>(leaves))));
+    int number = exponent < 5 ? 4 : exponent;
+    if ((int64_t{1} << number) < leaves) ++number;
+    return std::min(number, leaves - 1);
+}
+
+// A component of a codevector: the centroid's, or the integer next to it.  Inside a NearestScope.
+template <class T>
+T componentOf(Kel64f value) {
+    if constexpr (std::is_same_v<T, Kel32f>) {
+        return static_cast<Kel32f>(value);
+    } else {
+        return roundSaturate<T>(value);
+    }
+}
+
+template <class T>
+class TreeBuilder {
+  public:
+    // The codebook has its codevectors, in the order of the clusters.
+    TreeBuilder(Codebook<T>& codebook, const SplitNode* splits)
+        : codebook_(codebook),
+          splits_(splits),
+          leaves_(codebook.cdbkSize),
+          neighbours_(neighbourCount(leaves_)),
+          width_(size(codebook.width)) {}
+
+    // False when memory is out.  The tree is one block that begins with the root.
+    bool build() {
+        Layout measured;
+        layOut(measured);
+        void* const block = allocate<Kel8u>(measured.bytes());
+        if (block == nullptr) return false;
+        Layout layout(block);
+        layOut(layout);
+        codebook_.treeRoot = &nodes_[0].node;
+        codebook_.lastIndexOrDepth = 0;
+        for (Kel32s i = nodeCount() - 1; i >= 0; --i) fillNode(i);
+        for (Kel32s i = 0; i < nodeCount(); ++i) {
+            if (nodes_[i].node.isLeaf) listNeighbours(nodes_[i].node);
+            if (!nodes_[i].node.isLeaf) gatherGrandchildren(nodes_[i]);
+        }
+        return true;
+    }
+
+  private:
+    using Node = NodeOf<T>;
+
+    Kel32s nodeCount() const { return 2 * leaves_ - 1; }
+
+    void layOut(Layout& layout) {
+        const int64_t width = codebook_.width, nodes = nodeCount();
+        nodes_ = layout.take<TreeNode<T>>(nodes);
+        leafNodes_ = layout.take<Node*>(leaves_);
+        centroids_ = layout.take<T>(nodes * width);
+        lists_ = layout.take<Node*>(int64_t{leaves_} * neighbours_);
+        if (!isFastWidth(codebook_.width)) return;
+        innerBlocks_ = layout.take<T>(nodes * 4 * width);
+        leafBlockBytes_ = roundUp<int64_t>(neighbours_ * width * int64_t{sizeof(T)}, sizeof(Node*)) +
+                          neighbours_ * int64_t{sizeof(Node*)};
+        leafBlocks_ = layout.take<Kel8u>(leaves_ * leafBlockBytes_);
+    }
+
+    // Children come before their parents here.
+    void fillNode(Kel32s i) {
+        const SplitNode& split = splits_[i];
+        Node& node = nodes_[i].node;
+        const bool isLeaf = split.left < 0;
+        T* const centroid = centroids_ + static_cast<std::size_t>(i) * width_;
+        node = Node{};
+        node.spread = split.spread;
+        node.centroid = centroid;
+        node.index = split.cluster;
+        node.count = split.count;
+        node.isLeaf = isLeaf;
+        node.depth = split.depth;
+        if (isLeaf) {
+            const T* const codevector = codevectorsOf(codebook_)[split.cluster];
+            std::copy(codevector, codevector + width_, centroid);
+            leafNodes_[split.cluster] = &node;
+            codebook_.lastIndexOrDepth = std::max(codebook_.lastIndexOrDepth, split.depth);
+            return;
+        }
+        node.left = &nodes_[split.left].node;
+        node.right = &nodes_[split.right].node;
+        const Kel64f left = node.left->count, right = node.right->count;
+        for (std::size_t k = 0; k < width_; ++k) {
+            const Kel64f sum = left * node.left->centroid[k] + right * node.right->centroid[k];
+            centroid[k] = componentOf<T>(sum / (left + right));
+        }
+    }
+
+    void listNeighbours(Node& leaf) {
+        const Candidates<T> others = {leaf.centroid, codevectorsOf(codebook_), codebook_.weights};
+        RealOf<T>* const work = codebook_.work;
+        withWeighting(isWeighted(codebook_),
+                      [&](auto weighting) { distances<decltype(weighting)>(others, 0, size(leaves_), width_, work); });
+        work[leaf.index] = -1;
+        OrderedPicks<RealOf<T>> picks(work, size(leaves_));
+        leaf.neighbourCount = neighbours_;
+        leaf.neighbours = lists_ + static_cast<std::size_t>(leaf.index) * size(neighbours_);
+        for (Kel32s i = 0; i < neighbours_; ++i) leaf.neighbours[i] = leafNodes_[picks.next()];
+        if (!isFastWidth(codebook_.width)) return;
+        Kel8u* const block = leafBlocks_ + leaf.index * leafBlockBytes_;
+        leaf.fastBlock = block;
+        T* centroid = reinterpret_cast<T*>(block);
+        for (Kel32s i = 0; i < neighbours_; ++i, centroid += width_) {
+            std::copy(leaf.neighbours[i]->centroid, leaf.neighbours[i]->centroid + width_, centroid);
+        }
+        std::copy(leaf.neighbours, leaf.neighbours + neighbours_,
+                  reinterpret_cast<Node**>(block + leafBlockBytes_) - neighbours_);
+    }
+
+    void gatherGrandchildren(TreeNode<T>& inner) {
+        const T** grandchild = inner.grandchildren;
+        for (const Node* child : {inner.node.left, inner.node.right}) {
+            *grandchild++ = (child->isLeaf ? child : child->left)->centroid;
+            *grandchild++ = (child->isLeaf ? child : child->right)->centroid;
+        }
+        if (!isFastWidth(codebook_.width)) return;
+        T* const block = innerBlocks_ + static_cast<std::size_t>(&inner - nodes_) * 4 * width_;
+        inner.node.fastBlock = block;
+        for (std::size_t g = 0; g < 4; ++g) {
+            std::copy(inner.grandchildren[g], inner.grandchildren[g] + width_, block + g * width_);
+        }
+    }
+
+    Codebook<T>& codebook_;
+    const SplitNode* splits_;
+    Kel32s leaves_, neighbours_;
+    std::size_t width_;
+    TreeNode<T>* nodes_ = nullptr;
+    Node **leafNodes_ = nullptr, **lists_ = nullptr;
+    T *centroids_ = nullptr, *innerBlocks_ = nullptr;
+    Kel8u* leafBlocks_ = nullptr;
+    int64_t leafBlockBytes_ = 0;
+};
+
+// ---- search --------------------------------------------------------------------------------------------------------
+
+template <class Weighting, class T, class Width>
+class TreeSearch {
+  public:
+    TreeSearch(const Codebook<T>& codebook, Width width)
+        : root_(codebook.treeRoot),
+          weights_(codebook.weights),
+          width_(width),
+          rest_(width % Term::kStep, width / Term::kStep * Term::kStep) {}
+
+    void run(const StepRows<const T>& rows, std::size_t height, Kel32s* indices) const {
+        // Several vectors go down together, so that the steps of one fill the time that another's wait for its sums.
+        constexpr std::size_t kTogether = 8;
+        const Node* at[kTogether];
+        for (std::size_t first = 0; first < height; first += kTogether) {
+            const std::size_t n = std::min(kTogether, height - first);
+            const auto vector = [&](std::size_t i) { return rows[static_cast<std::ptrdiff_t>(first + i)]; };
+            std::fill(at, at + n, root_);
+            for (bool descending = true; descending;) {
+                descending = false;
+                for (std::size_t i = 0; i < n; ++i) {
+                    if (at[i]->isLeaf) continue;
+                    at[i] = below(at[i], vector(i));
+                    descending = true;
+                }
+            }
+            for (std::size_t i = 0; i < n; ++i) indices[first + i] = climb(at[i], vector(i))->index;
+        }
+    }
+
+  private:
+    using Node = NodeOf<T>;
+    using Real = RealOf<T>;
+    using Term = TermOf<Weighting, T>;
+    static constexpr bool kFixedWidth = !std::is_same_v<Width, std::size_t>;
+
+    template <class Centroid>
+    [[gnu::always_inline]] std::array<Real, 4> distancesOf4(const T* vector, const Centroid& centroid) const {
+        const auto item = [&](std::size_t i) { return Item<T>{vector, centroid(i), weights_}; };
+        const auto sums = sumsOf4<Term>(std::array{item(0), item(1), item(2), item(3)}, width_, rest_);
+        return {static_cast<Real>(sums[0]), static_cast<Real>(sums[1]), static_cast<Real>(sums[2]),
+                static_cast<Real>(sums[3])};
+    }
+
+    [[gnu::always_inline]] const Node* below(const Node* node, const T* vector) const {
+        const auto d = distancesOf4(vector, [&](std::size_t i) -> const T* {
+            if constexpr (kFixedWidth) {
+                return static_cast<const T*>(node->fastBlock) + i * width_;
+            } else {
+                return TreeNode<T>::of(node).grandchildren[i];
+            }
+        });
+        return goesLeft(std::min(d[0], d[1]), std::min(d[2], d[3])) ? node->left : node->right;
+    }
+
+    const Node* climb(const Node* leaf, const T* vector) const {
+        auto here = static_cast<Real>(sumOf1<Term>(Item<T>{vector, leaf->centroid, weights_}, width_));
+        while (const Node* const next = nearerNeighbour(leaf, vector, here)) leaf = next;
+        return leaf;
+    }
+
+    // The first neighbour that is nearer than `here`, which becomes its distance; or null.
+    const Node* nearerNeighbour(const Node* leaf, const T* vector, Real& here) const {
+        const std::size_t count = size(leaf->neighbourCount);
+        for (std::size_t first = 0; first < count; first += 4) {
+            const auto neighbour = [&](std::size_t i) { return std::min(first + i, count - 1); };
+            const auto d = distancesOf4(vector, [&](std::size_t i) -> const T* {
+                if constexpr (kFixedWidth) {
+                    return static_cast<const T*>(leaf->fastBlock) + neighbour(i) * width_;
+                } else {
+                    return leaf->neighbours[neighbour(i)]->centroid;
+                }
+            });
+            for (std::size_t i = 0; i < 4; ++i) {
+                if (!isNearer(d[i], here)) continue;
+                here = d[i];
+                return leaf->neighbours[neighbour(i)];
+            }
+        }
+        return nullptr;
+    }
+
+    const Node* root_;
+    const T* weights_;
+    Width width_;
+    FirstLanes rest_;
+};
+
+}  // namespace kels

@@ -1,0 +1,279 @@
+// Searches of codebooks that hold given vectors.
+#include <climits>
+#include <limits>
+#include <utility>
+
+#include "support/numeric.h"
+#include "training/vq_support.h"
+
+namespace {
+
+using test::Guarded;
+using test::Owned;
+using test::Random;
+using test::Vq;
+
+template <class T>
+class VqSearch : public ::testing::Test {};
+using ElementTypes = ::testing::Types<Kel32f, Kel16s>;
+TYPED_TEST_SUITE(VqSearch, ElementTypes);
+
+struct Shape {
+    int width, count, height;
+    bool weighted;
+};
+std::vector<Shape> shapes() {
+    std::vector<Shape> all;
+    for (const int width : {1, 2, 3, 4, 5, 8, 9, 17, 39, 129}) {
+        for (const int count : {1, 2, 10, 11, 65, 130}) {
+            for (const int height : {1, 5, 67})
+                all.push_back({width, count, height, (width + count + height) % 2 == 0});
+        }
+    }
+    return all;
+}
+
+TYPED_TEST(VqSearch, FindsTheFirstOfTheNearest) {
+    using T = TypeParam;
+    Random random(3);
+    int grids = 0;
+    for (const auto& [width, count, height, weighted] : shapes()) {
+        SCOPED_TRACE(::testing::Message() << width << " wide, " << count << " codevectors, " << height << " rows");
+        const int range = width <= 2 ? 30 : 3, step = width + 2;
+        const auto vectors = test::smallIntegers<T>(random, count * width, -range, range);
+        const auto weights = weighted ? test::smallIntegers<T>(random, width, 0, 3) : std::vector<T>();
+        const Owned<T> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
+        ASSERT_EQ(codebook.status, 0);
+        if constexpr (std::is_same_v<T, Kel32f>) grids += codebook.get()->flags & kelCdbkHasGrid;
+
+        // Also from outside of what the codevectors span.
+        const auto rows = test::smallIntegers<T>(random, (height - 1) * step + width, -2 * range, 2 * range);
+        const Guarded<T> src(rows);
+        Guarded<Kel32s> indices(static_cast<std::size_t>(height)), again(static_cast<std::size_t>(height));
+        Guarded<typename Vq<T>::Distance> distances(static_cast<std::size_t>(height));
+        ASSERT_EQ(Vq<T>::quantise(src.data(), step, indices, height, codebook.get()), 0);
+        ASSERT_EQ(Vq<T>::distances(src.data(), step, again, distances, height, codebook.get(), 0), 0);
+        for (int i = 0; i < height; ++i) {
+            const auto exact = test::squaredDistances(src.data() + i * step, vectors, weights, width);
+            const int nearest = test::inOrder(exact)[0];
+            ASSERT_EQ(indices[i], nearest) << "row " << i;
+            ASSERT_EQ(again[i], nearest) << "row " << i;
+            const double root = std::sqrt(exact[static_cast<std::size_t>(nearest)]);
+            ASSERT_EQ(distances[i], std::is_integral_v<T> ? std::nearbyint(root) : static_cast<Kel32f>(root));
+        }
+        if (weighted) continue;
+        const auto expected = indices.vector();
+        ASSERT_EQ(Vq<T>::full(src.data(), step, again, height, codebook.get(), width), 0);
+        EXPECT_EQ(again.vector(), expected);
+        for (int k = 0; k < 4; ++k) {
+            const KelStatus status = Vq<T>::fixedFull[k](src.data(), step, again, height, codebook.get());
+            ASSERT_EQ(status, width == 1 << k ? 0 : kelStatusSize);
+            EXPECT_EQ(again.vector(), expected);
+        }
+    }
+    EXPECT_GE(grids, (std::is_same_v<T, Kel32f> ? 4 : 0)) << "too few shapes had a grid";
+}
+
+// Rounding must not cost more than the tolerance and the sum's own error.
+TEST(VqSearch32f, IsAsNearAsRoundingAllows) {
+    Random random(5);
+    for (const int width : {1, 2, 3, 8, 39, 200}) {
+        for (const int height : {1, 50}) {
+            const int count = 90;
+            const auto vectors = random.vector<Kel32f>(static_cast<std::size_t>(count * width), 2);
+            const auto rows = random.vector<Kel32f>(static_cast<std::size_t>(height * width), 2);
+            const Owned<Kel32f> codebook(vectors, {}, width, width, count, kelCdbkExhaustive);
+            Guarded<Kel32s> indices(static_cast<std::size_t>(height));
+            Guarded<Kel32f> distances(static_cast<std::size_t>(height));
+            ASSERT_EQ(kelsVQDist_32f(rows.data(), width, indices, distances, height, codebook.get()), 0);
+            // Each term is rounded three times at most, and a sum of n terms n - 1 times.
+            const double bound = (width + 3) * std::numeric_limits<Kel32f>::epsilon() / 2;
+            for (int i = 0; i < height; ++i) {
+                const auto exact = test::squaredDistances(rows.data() + i * width, vectors, {}, width);
+                const double found = exact[static_cast<std::size_t>(indices[i])];
+                EXPECT_LE(found, *std::min_element(exact.begin(), exact.end()) * (1 + 1e-6) * (1 + 2.1 * bound));
+                EXPECT_NEAR(distances[i], std::sqrt(found), std::sqrt(found) * (bound / 2 + 6e-8));
+            }
+        }
+    }
+}
+
+// The largest differences and weights: sums are exact where neither floats nor 32 bits hold them.
+TEST(VqSearch16s, IsExactOverTheWholeRange) {
+    Random random(7);
+    for (const int width : {1, 2, 3, 39, 300}) {
+        const auto some = [&](int n) { return random.vector<Kel16s>(static_cast<std::size_t>(n * width)); };
+        std::vector<Kel16s> weights = test::smallIntegers<Kel16s>(random, width, 32000, 32767);
+        const auto vectors = some(30), rows = some(20);
+        for (const bool weighted : {false, true}) {
+            const std::vector<Kel16s> used = weighted ? weights : std::vector<Kel16s>();
+            const Owned<Kel16s> codebook(vectors, used, width, width, 30, kelCdbkExhaustive);
+            for (const int scaleFactor : {0, 1, 5, 40, -1, -9, -40, INT_MAX, INT_MIN}) {
+                Guarded<Kel32s> indices(20), distances(20);
+                test::inEveryRoundingMode([&] {
+                    kelsVQDist_16s32s_Sfs(rows.data(), width, indices, distances, 20, codebook.get(), scaleFactor);
+                });
+                for (int i = 0; i < 20; ++i) {
+                    const auto exact = test::squaredDistances(rows.data() + i * width, vectors, used, width);
+                    EXPECT_EQ(indices[i], test::inOrder(exact)[0]);
+                    const int held = std::clamp(scaleFactor, -200, 200);
+                    const long double root =
+                        std::sqrt(static_cast<long double>(exact[static_cast<std::size_t>(indices[i])]));
+                    const long double scaled = std::min(std::ldexp(root, -held), 2147483647.0L);
+                    EXPECT_EQ(distances[i], std::nearbyint(scaled)) << scaleFactor;
+                }
+            }
+        }
+    }
+}
+
+// ---- order ---------------------------------------------------------------------------------------------------------
+
+TYPED_TEST(VqSearch, ListsInOrder) {
+    using T = TypeParam;
+    Random random(11);
+    for (const auto& [width, count, height, weighted] : shapes()) {
+        if (height != 5) continue;
+        const auto vectors = test::smallIntegers<T>(random, count * width, -3, 3);
+        const auto weights = weighted ? test::smallIntegers<T>(random, width, 0, 3) : std::vector<T>();
+        const Owned<T> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
+        const Guarded<T> src(test::smallIntegers<T>(random, width, -4, 4));
+        const auto exact = test::squaredDistances(src.data(), vectors, weights, width);
+        const auto order = test::inOrder(exact);
+        const auto root = [&](int i) {
+            const double r = std::sqrt(exact[static_cast<std::size_t>(i)]);
+            return std::is_integral_v<T> ? std::nearbyint(r) : static_cast<Kel32f>(r);
+        };
+        for (const int n : {1, (count + 1) / 2, count}) {
+            Guarded<Kel32s> plain(static_cast<std::size_t>(n)), indices(static_cast<std::size_t>(n));
+            Guarded<typename Vq<T>::Distance> distances(static_cast<std::size_t>(n));
+            ASSERT_EQ(Vq<T>::sort(src.data(), plain, codebook.get(), n), 0);
+            ASSERT_EQ(Vq<T>::sortDistances(src.data(), indices, distances, codebook.get(), n, 0), 0);
+            EXPECT_EQ(plain.vector(), indices.vector());
+            for (int i = 0; i < n; ++i) {
+                ASSERT_EQ(indices[i], order[static_cast<std::size_t>(i)]) << width << ' ' << count << ' ' << i;
+                ASSERT_EQ(distances[i], root(indices[i]));
+            }
+        }
+        for (const Kel32f factor : {1.0f, 1.25f, 3.0f, std::numeric_limits<Kel32f>::infinity()}) {
+            const double least = *std::min_element(exact.begin(), exact.end());
+            const auto listed = std::count_if(exact.begin(), exact.end(), [&](double d) {
+                return least == 0 ? d == 0 : d <= least * factor * factor * 1.000001;
+            });
+            Guarded<Kel32s> plain(static_cast<std::size_t>(listed)), indices(static_cast<std::size_t>(listed));
+            Guarded<typename Vq<T>::Distance> distances(static_cast<std::size_t>(listed));
+            Kel32s n = -1, m = -1;
+            ASSERT_EQ(Vq<T>::thresh(src.data(), plain, codebook.get(), factor, &n), 0);
+            ASSERT_EQ(Vq<T>::threshDistances(src.data(), indices, distances, codebook.get(), factor, &m, 0), 0);
+            ASSERT_EQ(n, listed);
+            ASSERT_EQ(m, listed);
+            EXPECT_EQ(plain.vector(), indices.vector());
+            for (int i = 0; i < n; ++i) {
+                ASSERT_EQ(indices[i], order[static_cast<std::size_t>(i)]);
+                ASSERT_EQ(distances[i], root(indices[i]));
+            }
+        }
+    }
+}
+
+// Distances a few parts in ten million apart, where the tolerance is not transitive.
+TEST(VqSearch32f, FollowsTheToleranceFromPickToPick) {
+    Random random(13);
+    for (int round = 0; round < 200; ++round) {
+        const int count = random.between(2, 60);
+        std::vector<Kel32f> vectors;
+        for (int i = 0; i < count; ++i) vectors.push_back(1.0f + 1.2e-7f * static_cast<Kel32f>(random.between(0, 40)));
+        const Owned<Kel32f> codebook(vectors, {}, 1, 1, count, kelCdbkExhaustive);
+        const Kel32f zero = 0;
+        Guarded<Kel32s> order(static_cast<std::size_t>(count)), nearest(1);
+        ASSERT_EQ(kelsVQSingle_Sort_32f(&zero, order, codebook.get(), count), 0);
+        ASSERT_EQ(kelsCdbk32VQFull_A6_1(&zero, 1, nearest, 1, codebook.get()), 0);
+
+        std::vector<Kel32f> left;
+        for (const Kel32f c : vectors) left.push_back(c * c);
+        Kel32f p = 0;
+        int j = -1;
+        for (int pick = 0; pick < count; ++pick) {
+            int next = -1;
+            for (int i = j + 1; i < count && next < 0; ++i) {
+                const Kel32f d = left[static_cast<std::size_t>(i)];
+                if (d > 0 && std::fabs(d - p) <= 1e-6f * std::max(d, p)) next = i;
+            }
+            for (int i = 0, equal = next; i < count && equal < 0; ++i) {
+                const Kel32f d = left[static_cast<std::size_t>(i)];
+                if (d > 0 && (next < 0 || d * 1.000001f < left[static_cast<std::size_t>(next)])) next = i;
+            }
+            ASSERT_EQ(order[pick], next) << "round " << round << ", pick " << pick;
+            if (pick == 0) {
+                ASSERT_EQ(nearest[0], next);
+            }
+            j = next;
+            p = std::exchange(left[static_cast<std::size_t>(next)], -1.0f);
+        }
+    }
+}
+
+// What compares with nothing is still listed, once.
+TEST(VqSearch32f, ListsInfiniteAndUnorderedDistancesLast) {
+    const Kel32f inf = std::numeric_limits<Kel32f>::infinity(), nan = std::numeric_limits<Kel32f>::quiet_NaN();
+    const Owned<Kel32f> codebook({nan, inf, 5, nan, -inf, 1, 3e38f}, {}, 1, 1, 7, kelCdbkExhaustive);
+    Guarded<Kel32s> indices(7);
+    const Kel32f zero = 0;
+    ASSERT_EQ(kelsVQSingle_Sort_32f(&zero, indices, codebook.get(), 7), 0);
+    auto sorted = indices.vector();
+    EXPECT_EQ((std::vector<Kel32s>(sorted.begin(), sorted.begin() + 2)), (std::vector<Kel32s>{5, 2}));
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(sorted, (std::vector<Kel32s>{0, 1, 2, 3, 4, 5, 6}));
+    ASSERT_EQ(kelsVQSingle_Sort_32f(&nan, indices, codebook.get(), 7), 0);
+    EXPECT_EQ(indices.vector(), (std::vector<Kel32s>{0, 1, 2, 3, 4, 5, 6}));
+}
+
+// ---- grids ---------------------------------------------------------------------------------------------------------
+
+// Points on the borders of cells, far outside, and boxes that are narrow, distant or uneven.
+TEST(VqGrid, LosesNoNearestCodevector) {
+    Random random(17);
+    int grids = 0;
+    for (int round = 0; round < 60; ++round) {
+        const int width = 1 + round % 2, count = random.between(11, 400);
+        const double centre = round % 3 == 0 ? 1e4 : 0.1, spread = std::pow(10.0, random.between(-3, 3));
+        std::vector<Kel32f> vectors, weights;
+        for (int i = 0; i < count * width; ++i) {
+            const double v = random.uniform(-1, 1);
+            vectors.push_back(static_cast<Kel32f>(centre + spread * (round % 5 == 0 ? v * v * v : v)));
+        }
+        if (round % 4 == 0) weights = {0.25f, 9.0f};
+        weights.resize(weights.empty() ? 0 : static_cast<std::size_t>(width));
+        const Owned<Kel32f> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
+        grids += codebook.get()->flags & kelCdbkHasGrid;
+        std::vector<Kel32f> rows = vectors;
+        for (int i = 0; i < 2000; ++i) {
+            const double reach = i % 4 == 0 ? 3 * spread : spread;
+            rows.push_back(static_cast<Kel32f>(centre + random.uniform(-reach, reach)));
+        }
+        for (int i = 0; i < 200; ++i) rows.push_back(vectors[0] * 1.1f);
+        const int height = static_cast<int>(rows.size()) / width;
+        Guarded<Kel32s> indices(static_cast<std::size_t>(height));
+        ASSERT_EQ(kelsVQ_32f(rows.data(), width, indices, height, codebook.get()), 0);
+        for (int i = 0; i < height; ++i) {
+            // A difference is rounded once, and it is squared, weighted and added.
+            std::vector<double> d;
+            for (int c = 0; c < count; ++c) {
+                double sum = 0;
+                for (int k = 0; k < width; ++k) {
+                    const Kel32f difference = rows[static_cast<std::size_t>(i * width + k)] -
+                                              vectors[static_cast<std::size_t>(c * width + k)];
+                    sum += static_cast<double>(difference) * difference *
+                           (weights.empty() ? 1.0 : weights[static_cast<std::size_t>(k)]);
+                }
+                d.push_back(sum);
+            }
+            const double least = *std::min_element(d.begin(), d.end());
+            ASSERT_LE(d[static_cast<std::size_t>(indices[i])], least * (1 + 1e-6 + 8 * 6e-8))
+                << "round " << round << ", row " << i;
+        }
+    }
+    EXPECT_GT(grids, 20);
+}
+
+}  // namespace

@@ -1,0 +1,158 @@
+// Both element types behind one set of names, and what codebooks are compared with.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+#include "kels/vq.h"
+#include "support/guarded.h"
+#include "support/random.h"
+
+namespace test {
+
+template <class T>
+struct Vq;
+template <>
+struct Vq<Kel32f> {
+    using Codebook = KelCdbk_32f;
+    using Distance = Kel32f;
+    static constexpr auto init = kelsCdbkInitAlloc_L2_32f;
+    static constexpr auto initWeighted = kelsCdbkInitAlloc_WgtL2_32f;
+    static constexpr auto getSize = kelsCdbkGetSize_32f;
+    static constexpr auto initInPlace = kelsCdbkInit_L2_32f;
+    static constexpr auto count = kelsGetCdbkSize_32f;
+    static constexpr auto codevectors = kelsGetCodebook_32f;
+    static constexpr auto release = kelsCdbkFree_32f;
+    static constexpr auto quantise = kelsVQ_32f;
+    static constexpr auto sort = kelsVQSingle_Sort_32f;
+    static constexpr auto thresh = kelsVQSingle_Thresh_32f;
+    static constexpr auto full = kelsCdbk32VQFull_A6;
+    static constexpr auto tree = kelsCdbk32VQKMeans_A6;
+    static constexpr decltype(&kelsCdbk32VQFull_A6_1) fixedFull[] = {kelsCdbk32VQFull_A6_1, kelsCdbk32VQFull_A6_2,
+                                                                     kelsCdbk32VQFull_A6_4, kelsCdbk32VQFull_A6_8};
+    static constexpr decltype(&kelsCdbk32VQFull_A6_1) fixedTree[] = {kelsCdbk32VQKMeans_A6_1, kelsCdbk32VQKMeans_A6_2,
+                                                                     kelsCdbk32VQKMeans_A6_4, kelsCdbk32VQKMeans_A6_8};
+    static KelStatus distances(const Kel32f* src, int step, Kel32s* idx, Kel32f* dist, int height, Codebook* c, int) {
+        return kelsVQDist_32f(src, step, idx, dist, height, c);
+    }
+    static KelStatus sortDistances(const Kel32f* src, Kel32s* idx, Kel32f* dist, Codebook* c, int n, int) {
+        return kelsVQDistSingle_Sort_32f(src, idx, dist, c, n);
+    }
+    static KelStatus threshDistances(const Kel32f* src, Kel32s* idx, Kel32f* dist, Codebook* c, Kel32f factor,
+                                     Kel32s* n, int) {
+        return kelsVQDistSingle_Thresh_32f(src, idx, dist, c, factor, n);
+    }
+    static constexpr auto split16s = kelsSplitVQ_32f16s;
+    static constexpr auto split8u = kelsSplitVQ_32f8u;
+    static constexpr auto split1u = kelsSplitVQ_32f1u;
+    static constexpr auto form16s = kelsFormVectorVQ_16s32f;
+    static constexpr auto form8u = kelsFormVectorVQ_8u32f;
+    static constexpr auto form1u = kelsFormVectorVQ_1u32f;
+};
+template <>
+struct Vq<Kel16s> {
+    using Codebook = KelCdbk_16s;
+    using Distance = Kel32s;
+    static constexpr auto init = kelsCdbkInitAlloc_L2_16s;
+    static constexpr auto initWeighted = kelsCdbkInitAlloc_WgtL2_16s;
+    static constexpr auto getSize = kelsCdbkGetSize_16s;
+    static constexpr auto initInPlace = kelsCdbkInit_L2_16s;
+    static constexpr auto count = kelsGetCdbkSize_16s;
+    static constexpr auto codevectors = kelsGetCodebook_16s;
+    static constexpr auto release = kelsCdbkFree_16s;
+    static constexpr auto quantise = kelsVQ_16s;
+    static constexpr auto sort = kelsVQSingle_Sort_16s;
+    static constexpr auto thresh = kelsVQSingle_Thresh_16s;
+    static constexpr auto full = kelsCdbk16VQFull_A6;
+    static constexpr auto tree = kelsCdbk16VQKMeans_A6;
+    static constexpr decltype(&kelsCdbk16VQFull_A6_1) fixedFull[] = {kelsCdbk16VQFull_A6_1, kelsCdbk16VQFull_A6_2,
+                                                                     kelsCdbk16VQFull_A6_4, kelsCdbk16VQFull_A6_8};
+    static constexpr decltype(&kelsCdbk16VQFull_A6_1) fixedTree[] = {kelsCdbk16VQKMeans_A6_1, kelsCdbk16VQKMeans_A6_2,
+                                                                     kelsCdbk16VQKMeans_A6_4, kelsCdbk16VQKMeans_A6_8};
+    static constexpr auto distances = kelsVQDist_16s32s_Sfs;
+    static constexpr auto sortDistances = kelsVQDistSingle_Sort_16s32s_Sfs;
+    static constexpr auto threshDistances = kelsVQDistSingle_Thresh_16s32s_Sfs;
+    static constexpr auto split16s = kelsSplitVQ_16s16s;
+    static constexpr auto split8u = kelsSplitVQ_16s8u;
+    static constexpr auto split1u = kelsSplitVQ_16s1u;
+    static constexpr auto form16s = kelsFormVectorVQ_16s16s;
+    static constexpr auto form8u = kelsFormVectorVQ_8u16s;
+    static constexpr auto form1u = kelsFormVectorVQ_1u16s;
+};
+
+// A codebook with the five words that both types begin with.
+template <class T>
+struct Owned {
+    struct Release {
+        void operator()(typename Vq<T>::Codebook* codebook) const { EXPECT_EQ(Vq<T>::release(codebook), 0); }
+    };
+    std::unique_ptr<typename Vq<T>::Codebook, Release> record;
+    KelStatus status = -1;
+
+    Owned() = default;
+    Owned(const std::vector<T>& rows, const std::vector<T>& weights, int width, int step, int size, int kind) {
+        typename Vq<T>::Codebook* made = nullptr;
+        const int height = (static_cast<int>(rows.size()) - width) / step + 1;
+        const Guarded<T> guardedRows(rows), guardedWeights(weights);
+        status = weights.empty() ? Vq<T>::init(&made, guardedRows.data(), width, step, height, size, kind)
+                                 : Vq<T>::initWeighted(&made, guardedRows.data(), guardedWeights.data(), width, step,
+                                                       height, size, kind);
+        record.reset(made);
+    }
+    auto* get() const { return record.get(); }
+    Kel32s word(int i) const { return reinterpret_cast<const Kel32s*>(get())[i]; }
+    Kel32s depth() const { return word(0); }
+    int size() const { return word(1); }
+    int width() const { return word(2); }
+    std::vector<T> codevectors() const {
+        Guarded<T> values(static_cast<std::size_t>(size() * width()));
+        EXPECT_EQ(Vq<T>::codevectors(get(), values.data(), width()), 0);
+        return values.vector();
+    }
+};
+
+// Exact for 16-bit integers and for floats that hold small ones.
+template <class T>
+double squaredDistance(const T* x, const T* c, const std::vector<T>& weights, int width) {
+    double sum = 0;
+    for (int k = 0; k < width; ++k) {
+        const double d = static_cast<double>(x[k]) - static_cast<double>(c[k]);
+        sum += d * d * (weights.empty() ? 1.0 : static_cast<double>(weights[static_cast<std::size_t>(k)]));
+    }
+    return sum;
+}
+template <class T>
+std::vector<double> squaredDistances(const T* x, const std::vector<T>& codevectors, const std::vector<T>& weights,
+                                     int width) {
+    std::vector<double> all;
+    for (std::size_t at = 0; at < codevectors.size(); at += static_cast<std::size_t>(width)) {
+        all.push_back(squaredDistance(x, codevectors.data() + at, weights, width));
+    }
+    return all;
+}
+
+// The indices in the order of distances that are equal or far apart.
+inline std::vector<int> inOrder(const std::vector<double>& distances) {
+    std::vector<int> order(distances.size());
+    for (std::size_t i = 0; i < order.size(); ++i) order[i] = static_cast<int>(i);
+    std::stable_sort(order.begin(), order.end(), [&](int a, int b) {
+        return distances[static_cast<std::size_t>(a)] < distances[static_cast<std::size_t>(b)];
+    });
+    return order;
+}
+
+// Small integers, so that many distances are equal, and every one is exact in single precision too.
+template <class T>
+std::vector<T> smallIntegers(Random& random, int n, int low, int high) {
+    std::vector<T> v;
+    for (int i = 0; i < n; ++i) v.push_back(static_cast<T>(random.between(low, high)));
+    return v;
+}
+
+}  // namespace test
