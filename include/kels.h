@@ -18,6 +18,7 @@
 #include "kels/frame.h"
 #include "kels/gauss.h"
 #include "kels/log.h"
+#include "kels/lp.h"
 #include "kels/mixture.h"
 #include "kels/model.h"
 #include "kels/select.h"
