@@ -18,7 +18,7 @@ using Recursion = LpSteps (*)(Kel64f* r, Kel64f* work, std::size_t order);
 template <class S, class D>
 KelStatus recur(Recursion recursion, const S* src, const LpResult<D>& dst, int order, const LpResult<D>& error) {
     const std::size_t p = size(order);
-    Scratch<Kel64f, 2 * kLpStackOrder> work(2 * (int64_t{order} + 1));
+    Scratch<Kel64f, 3 * kLpStackOrder> work(3 * (int64_t{order} + 1));
     if (work.failed()) return kelStatusNoMemory;
     Kel64f* const r = work.data();
     for (std::size_t i = 0; i <= p; ++i) r[i] = static_cast<Kel64f>(src[i]);

@@ -55,38 +55,40 @@ struct LpSteps {
     bool complete() const { return error > 0; }
 };
 
-// Levinson's recursion in Durbin's form, from r[0] .. r[order] to the predictor in `a`, which has room for order + 1
-// values as well.
-inline LpSteps durbin(Kel64f* r, Kel64f* a, std::size_t order) {
-    Kel64f error = r[0];
-    if (!(error > 0)) return {a, 0, error};
-    for (std::size_t i = 1; i <= order; ++i) {
-        const Kel64f k = (r[i] + convolvedSum(a, r, i)) / error;
-        a[i] = -k;
-        stepUp(a, i);
-        error *= (1 - k) * (1 + k);
-        if (!(error > 0)) return {a, i, error};
-    }
-    return {a, order, error};
-}
-
-// Schur's recursion in the form of Le Roux and Gueguen: r[0] .. r[order] are replaced, from r[1] on by the reflection
-// coefficients; `backward` has room for order + 1 values.
-inline LpSteps schur(Kel64f* r, Kel64f* backward, std::size_t order) {
+// Schur's recursion in the form of Le Roux and Gueguen on r[0] .. r[order], which are replaced: from r[1] on by the
+// reflection coefficients.  `work` has room for order + 1 values.  each(i, k) is called after every step.
+template <class Each>
+LpSteps schur(Kel64f* __restrict r, Kel64f* __restrict work, std::size_t order, Each each) {
+    // Correlations with the signal: of the forward error in r, of the backward error one sample later in `work`.
     if (!(r[0] > 0)) return {r, 0, r[0]};
-    for (std::size_t m = 0; m <= order; ++m) backward[m] = r[m];
+    for (std::size_t m = 0; m <= order; ++m) work[m] = r[m];
     for (std::size_t i = 1; i <= order; ++i) {
-        const Kel64f k = r[i] / backward[0];
-        // Correlations of the forward error with the signal, and those of the backward error one sample later.
+        const Kel64f k = r[i] / work[0];
         for (std::size_t m = 0; i + m <= order; ++m) {
-            const Kel64f ahead = r[i + m], behind = backward[m];
-            r[i + m] = ahead - k * behind;
-            backward[m] = behind - k * ahead;
+            const Kel64f forward = r[i + m], backward = work[m];
+            r[i + m] = forward - k * backward;
+            work[m] = backward - k * forward;
         }
         r[i] = k;
-        if (!(backward[0] > 0)) return {r, i, backward[0]};
+        each(i, k);
+        if (!(work[0] > 0)) return {r, i, work[0]};
     }
-    return {r, order, backward[0]};
+    return {r, order, work[0]};
+}
+inline LpSteps schur(Kel64f* r, Kel64f* work, std::size_t order) {
+    return schur(r, work, order, [](std::size_t, Kel64f) {});
+}
+
+// The predictor of each order from that of the order before, as Levinson and Durbin have it.  The reflection coefficients
+// come from Schur's recursion: unlike their inner products it does not wait for the predictors.  `work` has room for
+// 2 (order + 1) values.
+inline LpSteps durbin(Kel64f* r, Kel64f* work, std::size_t order) {
+    Kel64f* const a = work + order + 1;
+    const LpSteps steps = schur(r, work, order, [a](std::size_t i, Kel64f k) {
+        a[i] = -k;
+        stepUp(a, i);
+    });
+    return {a, steps.done, steps.error};
 }
 
 // ---- covariance ----------------------------------------------------------------------------------------------------
