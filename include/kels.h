@@ -22,5 +22,6 @@
 #include "kels/mixture.h"
 #include "kels/model.h"
 #include "kels/select.h"
+#include "kels/vad.h"
 
 #endif
