@@ -198,4 +198,16 @@ void BM_MFCC_aubio(benchmark::State& state) {
 BENCHMARK(BM_MFCC_aubio)->Name("BM_MFCC_aubio/512");
 #endif
 
+void BM_VAD_kels(benchmark::State& state) {
+    const auto mel = noise<float>(25, 0, 1000), spec = noise<float>(64, 0, 1000);
+    Kel8u detector[64];
+    kelsVADInit_Aurora_32f(detector);
+    int decision = 0;
+    for (auto _ : state) {
+        kelsVADDecision_Aurora_32f(mel.data(), spec.data(), 0, &decision, detector);
+        benchmark::DoNotOptimize(decision);
+    }
+}
+BENCHMARK(BM_VAD_kels)->Name("BM_VAD_kels/1");
+
 }  // namespace

@@ -20,6 +20,7 @@
 #include "kels/frame.h"
 #include "kels/gauss.h"
 #include "kels/log.h"
+#include "kels/lp.h"
 #include "kels/mixture.h"
 #include "kels/model.h"
 #include "kels/rank.h"
@@ -28,5 +29,6 @@
 #include "kels/stats.h"
 #include "kels/update.h"
 #include "kels/vq.h"
+#include "kels/vad.h"
 
 #endif

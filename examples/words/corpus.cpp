@@ -18,12 +18,14 @@ struct Prepared {
 // One front end for each sample rate that turns up.
 class FrontEnds {
   public:
+    explicit FrontEnds(const FrontEndSettings& settings) : settings_(settings) {}
     const FrontEnd& at(int rate) {
         const std::lock_guard lock(guard_);
-        return frontEnds_.try_emplace(rate, rate).first->second;
+        return frontEnds_.try_emplace(rate, rate, settings_).first->second;
     }
 
   private:
+    FrontEndSettings settings_;
     std::mutex guard_;
     std::map<int, FrontEnd> frontEnds_;
 };
@@ -57,12 +59,12 @@ int mostFrequentRate(const std::vector<Prepared>& recordings) {
 
 }  // namespace
 
-Corpus loadCorpus(const std::filesystem::path& folder) {
+Corpus loadCorpus(const std::filesystem::path& folder, const FrontEndSettings& settings) {
     const ProcessorTimer timer;
     std::vector<LabelledFile> files = listRecordings(folder);
     std::vector<Prepared> recordings(files.size());
     {
-        FrontEnds frontEnds;
+        FrontEnds frontEnds(settings);
         Progress progress("reading", static_cast<int>(files.size()));
         forEachInParallel(static_cast<int>(files.size()), [&](int i) {
             const auto index = static_cast<std::size_t>(i);

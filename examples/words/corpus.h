@@ -26,7 +26,7 @@ struct Corpus {
 
 // The recordings of the folder's most frequent sample rate; those of other rates are complained about.
 // Throws std::runtime_error if there is no such folder; it may hold nothing of use.
-Corpus loadCorpus(const std::filesystem::path& folder);
+Corpus loadCorpus(const std::filesystem::path& folder, const FrontEndSettings& settings = {});
 
 }  // namespace words
 

@@ -8,13 +8,14 @@
 #include <cstring>
 #include <functional>
 
+#include "lp_spectrogram.h"
 #include "model_file.h"
 
 namespace words {
 namespace {
 
 constexpr double kWidth = 1000;
-constexpr double kHeight = 880;
+constexpr double kHeight = 1160;
 constexpr double kLeft = 80;
 constexpr double kPlotWidth = 790;
 constexpr double kBarGap = 20;
@@ -28,6 +29,7 @@ constexpr Colour kText{0.13, 0.13, 0.16};
 constexpr Colour kFaint{0.82, 0.82, 0.85};
 constexpr Colour kWave{0.17, 0.35, 0.62};
 constexpr Colour kWord{0.86, 0.33, 0.10};
+constexpr Colour kSpeech{0.62, 0.80, 0.55};
 
 // Colour maps are given by colours at equal distances; those between are interpolated.
 using ColourMap = std::function<Colour(double)>;
@@ -250,11 +252,25 @@ void drawWordLimits(Page& page, const Panel& panel, double begin, double end) {
     cairo_set_dash(page.cairo(), nullptr, 0, 0);
 }
 
-void drawWaveform(Page& page, const Recording& recording, double begin, double end) {
+// What a key of the waveform stands for, ending at x.
+template <class Sample>
+void drawKey(Page& page, double x, double y, const std::string& text, double width, Sample sample) {
+    sample(x - width - 38, x - width - 8);
+    page.text(x, y, text, 12, 1);
+}
+
+void drawWaveform(Page& page, const Recording& recording, double begin, double end,
+                  const std::vector<std::pair<double, double>>& speech) {
     float peak = 0;
     for (int i = 0; i < recording.samples.size(); ++i) peak = std::max(peak, std::abs(recording.samples[i]));
     const double limit = roundStep(peak, 1) >= peak ? roundStep(peak, 1) : 2 * roundStep(peak, 1);
     const Panel panel{80, 170, recording.seconds(), -limit, limit};
+    const auto shade = [&](double left, double right, double top, double height) {
+        page.colour(kSpeech, 0.45);
+        cairo_rectangle(page.cairo(), left, top, right - left, height);
+        cairo_fill(page.cairo());
+    };
+    for (const auto& [from, to] : speech) shade(panel.x(from), panel.x(to), panel.top, panel.height);
     page.colour(kFaint);
     page.line(kLeft, panel.y(0), kLeft + kPlotWidth, panel.y(0));
     // At most two points a column: its least and its greatest sample.
@@ -281,14 +297,16 @@ void drawWaveform(Page& page, const Recording& recording, double begin, double e
               {limit / 2, number(limit / 2)},
               {limit, number(limit)}},
              false);
-    // What the dashed lines mean.
     const double right = kLeft + kPlotWidth;
-    const std::array dashes{5.0, 3.0};
-    cairo_set_dash(page.cairo(), dashes.data(), static_cast<int>(dashes.size()), 0);
-    page.colour(kWord);
-    page.line(right - 222, panel.top - 14, right - 192, panel.top - 14, 1.6);
-    cairo_set_dash(page.cairo(), nullptr, 0, 0);
-    page.text(right, panel.top - 10, "beginning and end of the word", 12, 1);
+    drawKey(page, right, panel.top - 10, "beginning and end of the word", 184, [&](double from, double to) {
+        const std::array dashes{5.0, 3.0};
+        cairo_set_dash(page.cairo(), dashes.data(), static_cast<int>(dashes.size()), 0);
+        page.colour(kWord);
+        page.line(from, panel.top - 14, to, panel.top - 14, 1.6);
+        cairo_set_dash(page.cairo(), nullptr, 0, 0);
+    });
+    drawKey(page, right - 250, panel.top - 10, "voice activity", 80,
+            [&](double from, double to) { shade(from, to, panel.top - 20, 12); });
 }
 
 }  // namespace
@@ -311,7 +329,10 @@ void drawAnalysis(const std::filesystem::path& picture, const std::string& title
     page.text(kLeft, 34, title, 19, 0, true);
     page.text(kLeft + kPlotWidth, 34,
               number(std::round(seconds * 1000) / 1000) + " s at " + number(recording.rate) + " Hz", 13, 1);
-    drawWaveform(page, recording, wordBegin, wordEnd);
+    std::vector<std::pair<double, double>> speech;
+    for (const auto& [begin, end] : frontEnd.detectSpeech(recording).regions)
+        speech.emplace_back(std::max(0.0, firstCell + begin * step), std::min(seconds, firstCell + end * step));
+    drawWaveform(page, recording, wordBegin, wordEnd, speech);
 
     const Matrix& logMel = analysis.logMel;
     float loudest = logMel.row(0)[0];
@@ -331,10 +352,26 @@ void drawAnalysis(const std::filesystem::path& picture, const std::string& title
     drawAxes(page, mel, "Log-mel spectrogram", "centre of the mel filter in Hz", hertz, false);
     drawColourBar(page, mel, -kShownDb, 0, "dB below the loudest", darkToBright);
 
+    const Matrix envelope = lpSpectrogram(recording, frontEnd);
+    float strongest = envelope.row(0)[0];
+    for (int t = 0; t < envelope.rows(); ++t)
+        strongest = std::max(strongest, *std::max_element(envelope.row(t), envelope.row(t) + envelope.cols()));
+    const double kilohertz = recording.rate / 2000.0;
+    const Panel lp{580, 230, seconds, 0, kilohertz};
+    drawGround(page, lp);
+    drawCells(page, lp, firstCell, firstCell + envelope.rows() * step, envelope.rows(), envelope.cols(),
+              [&](int t, int bin) { return darkToBright(1 + (envelope.row(t)[bin] - strongest) / kShownDb); });
+    std::vector<std::pair<double, std::string>> frequencies;
+    const double apart = roundStep(kilohertz, 6);
+    for (int i = 0; i * apart <= kilohertz; ++i) frequencies.emplace_back(i * apart, number(i * apart));
+    drawWordLimits(page, lp, wordBegin, wordEnd);
+    drawAxes(page, lp, "Spectral envelope by linear prediction", "frequency in kHz", frequencies, false);
+    drawColourBar(page, lp, -kShownDb, 0, "dB below the strongest", darkToBright);
+
     const Matrix& features = analysis.features;
     const int cepstra = settings.cepstra;
     constexpr double kShownDeviations = 3;
-    const Panel panel{580, 230, seconds, 0.5, cepstra + 0.5};
+    const Panel panel{860, 230, seconds, 0.5, cepstra + 0.5};
     const int wordFrames = analysis.wordEnd - analysis.wordBegin;
     drawGround(page, panel);
     drawCells(page, panel, wordBegin, wordEnd, wordFrames, cepstra,

@@ -13,8 +13,8 @@ struct UnwritablePicture : std::runtime_error {
 // Whether the file's name ends in .png or .svg.
 bool canDraw(const std::filesystem::path& picture);
 
-// Waveform, log-mel spectrogram and cepstra over a common time axis.  Throws UnwritablePicture with a message that
-// names the picture.
+// Waveform with voice activity, log-mel spectrogram, linear-prediction envelope and cepstra over a common time axis.
+// Throws UnwritablePicture with a message that names the picture.
 void drawAnalysis(const std::filesystem::path& picture, const std::string& title, const Recording& recording,
                   const FrontEnd& frontEnd, const Analysis& analysis);
 

@@ -1,49 +1,24 @@
 #include "front_end.h"
 
 #include <cmath>
-#include <numbers>
+
+#include "signal.h"
 
 namespace words {
 namespace {
 
-constexpr float kOffsetPole = 0.999F;
 constexpr float kMelMul = 1127;
 constexpr float kMelDiv = 700;
 constexpr double kNepersPerDb = 0.2302585;          // of energy; half as many of magnitude
-constexpr float kFullScale = 32768;                 // samples are analysed in the range of 16-bit audio
-constexpr double kLeastEnergy = 1;                  // of a frame in that range
+constexpr double kLeastEnergy = 1;                  // of a frame in the range of 16-bit audio
 constexpr float kLeastVariance = 1e-3F;             // keeps a constant column from being blown up
 constexpr int kDerivativeRows = 6;                  // the fewest that two windows of +-2 rows take
 constexpr float kDerivativeScale = 1.0F / (2 * 5);  // regression over +-2 rows: 1 / (2 * (1*1 + 2*2))
-
-Vector hammingWindow(int length) {
-    Vector window(length);
-    for (int i = 0; i < length; ++i) {
-        const double phase = 2 * std::numbers::pi * i / std::max(1, length - 1);
-        window[i] = static_cast<float>(0.54 - 0.46 * std::cos(phase));
-    }
-    return window;
-}
 
 float maximum(const float* values, int count) {
     Kel32f result = 0;
     check(kelsMax_32f(values, count, &result), "kelsMax_32f");
     return result;
-}
-
-// The samples without their constant offset and with their treble raised.
-Vector conditioned(const Vector& samples, float preEmphasis) {
-    const int length = samples.size();
-    Vector signal(length);
-    check(kelsMulC_32f(samples.data(), kFullScale, signal.data(), length), "kelsMulC_32f");
-    Kel32f last = signal[0];
-    check(kelsCompensateOffset_32f_I(signal.data(), length, &last, 0, kOffsetPole), "kelsCompensateOffset_32f_I");
-    if (length > 1) {
-        Vector previous(length - 1);
-        check(kelsMulC_32f(signal.data(), preEmphasis, previous.data(), length - 1), "kelsMulC_32f");
-        check(kelsSub_32f_I(previous.data(), signal.data() + 1, length - 1), "kelsSub_32f_I");
-    }
-    return signal;
 }
 
 // Gives each of the first `cols` columns the mean 0 and the variance 1.  What stays the same through a recording
@@ -91,7 +66,8 @@ FrontEnd::FrontEnd(int rate, const FrontEndSettings& settings)
       rate_(rate),
       frameLength_(static_cast<int>(std::lround(settings.frameSeconds * static_cast<float>(rate)))),
       frameStep_(static_cast<int>(std::lround(settings.stepSeconds * static_cast<float>(rate)))),
-      window_(hammingWindow(frameLength_)) {
+      window_(hammingWindow(frameLength_)),
+      speechDetector_(rate, frameLength_, frameStep_) {
     const auto rateHz = static_cast<float>(rate);
     if (frameLength_ < 16 || frameStep_ < 1 || rateHz < 4 * settings.lowHz)
         throw std::runtime_error("a sample rate of " + std::to_string(rate) + " Hz is too low for speech");
@@ -118,25 +94,46 @@ float FrontEnd::centreHz(int filter) const {
     return static_cast<float>(bin) * static_cast<float>(rate_) / static_cast<float>(1 << fftOrder_);
 }
 
-Analysis FrontEnd::analyse(const Recording& recording) const {
+void FrontEnd::requireFrames(const Recording& recording) const {
     if (recording.rate != rate_)
         throw std::runtime_error("is sampled at " + std::to_string(recording.rate) + " Hz, not at " +
                                  std::to_string(rate_) + " Hz");
     if (recording.samples.size() < frameLength_)
         throw std::runtime_error("is shorter than one frame of " + std::to_string(frameLength_) + " samples");
-    Spectra s = spectra(conditioned(recording.samples, settings_.preEmphasis));
+}
+
+VoiceActivity FrontEnd::detectSpeech(const Recording& recording) const {
+    requireFrames(recording);
+    return speechDetector_.detect(withoutOffset(recording.samples));
+}
+
+Analysis FrontEnd::analyse(const Recording& recording) const {
+    requireFrames(recording);
+    Vector signal = withoutOffset(recording.samples);
+    FrameSpan word;
+    if (settings_.trim == Trim::detector) word = speechDetector_.detect(signal).word;
+    preEmphasise(signal, settings_.preEmphasis);
+    Spectra s = spectra(signal);
 
     const int frames = s.logMel.rows();
-    const float loudest = maximum(s.logEnergies.data(), frames);
-    if (loudest <= std::log(kLeastEnergy)) throw std::runtime_error("holds no sound");
-    const float quietest = loudest - static_cast<float>(kNepersPerDb) * settings_.wordSpanDb;
+    if (maximum(s.logEnergies.data(), frames) <= std::log(kLeastEnergy)) throw std::runtime_error("holds no sound");
+    if (settings_.trim == Trim::energy) word = wordByEnergy(s.logEnergies);
+    if (word.begin == word.end) word = {0, frames};  // nothing found, or nothing to be cut off
     Analysis analysis;
-    analysis.wordEnd = frames;
-    while (s.logEnergies[analysis.wordBegin] < quietest) ++analysis.wordBegin;
-    while (s.logEnergies[analysis.wordEnd - 1] < quietest) --analysis.wordEnd;
-    analysis.features = withDerivatives(statics(s, analysis.wordBegin, analysis.wordEnd));
+    analysis.wordBegin = word.begin;
+    analysis.wordEnd = word.end;
+    analysis.features = withDerivatives(statics(s, word.begin, word.end));
     analysis.logMel = std::move(s.logMel);
     return analysis;
+}
+
+FrameSpan FrontEnd::wordByEnergy(const Vector& logEnergies) const {
+    const float loudest = maximum(logEnergies.data(), logEnergies.size());
+    const float quietest = loudest - static_cast<float>(kNepersPerDb) * settings_.wordSpanDb;
+    FrameSpan word{0, logEnergies.size()};
+    while (logEnergies[word.begin] < quietest) ++word.begin;
+    while (logEnergies[word.end - 1] < quietest) --word.end;
+    return word;
 }
 
 FrontEnd::Spectra FrontEnd::spectra(const Vector& signal) const {

@@ -4,8 +4,12 @@
 
 #include "audio.h"
 #include "kels_objects.h"
+#include "voice_activity.h"
 
 namespace words {
+
+// How the beginning and the end of the word are found.
+enum class Trim { energy, detector, none };
 
 // What decides the features besides the sample rate.
 struct FrontEndSettings {
@@ -17,8 +21,9 @@ struct FrontEndSettings {
     int filters = 24;
     int cepstra = 14;
     int lifter = 22;
-    // Frames before the first and after the last that reach this level below the loudest frame are not part of the
-    // word.
+    Trim trim = Trim::energy;
+    // By energy: frames before the first and after the last that reach this level below the loudest frame are not part
+    // of the word.
     float wordSpanDb = 30;
     // Filter outputs further than this below the largest of the recording count as background.
     float spectrumSpanDb = 70;
@@ -43,6 +48,8 @@ class FrontEnd {
 
     // Throws std::runtime_error when the recording has another rate, is shorter than a frame or holds no sound.
     Analysis analyse(const Recording& recording) const;
+    // Throws likewise.
+    VoiceActivity detectSpeech(const Recording& recording) const;
 
     int rate() const { return rate_; }
     const FrontEndSettings& settings() const { return settings_; }
@@ -55,7 +62,9 @@ class FrontEnd {
         Matrix logMel;
         Vector logEnergies;
     };
+    void requireFrames(const Recording& recording) const;
     Spectra spectra(const Vector& signal) const;
+    FrameSpan wordByEnergy(const Vector& logEnergies) const;
     Matrix statics(const Spectra& spectra, int begin, int end) const;
 
     FrontEndSettings settings_;
@@ -67,6 +76,7 @@ class FrontEnd {
     FftSpec fft_;
     FilterBank filterBank_;
     DctLifter dct_;
+    SpeechDetector speechDetector_;
 };
 
 }  // namespace words

@@ -20,13 +20,14 @@ constexpr std::string_view kUsage =
     R"(usage: words train DIR -o MODEL            learn the words of the recordings in a folder
        words recognise MODEL FILE...       say which word each recording holds
        words evaluate DIR [CHOICE]         learn from some of the recordings, recognise the others, count
-       words show FILE -o PICTURE          draw waveform, spectrogram and cepstra (PICTURE: .png or .svg)
+       words show FILE -o PICTURE          draw waveform, spectra and cepstra (PICTURE: .png or .svg)
 
 Recordings are any audio files that libsndfile reads, of one sample rate, named WORD_SPEAKER_INDEX.wav or the like.
 
 evaluate leaves out each speaker in turn and recognises that speaker from the others, unless CHOICE is
   --leave-speaker NAME   recognise the recordings of this speaker only
   --test-index A-B       recognise the recordings with an index from A to B, learn from the rest
+and with --trim energy, detector or none cuts the silence around words off by level, by voice activity, or not.
 
 Exit status: 0 if all is well, 1 if something failed (files that fail are reported, the others still processed),
 2 if the command line is wrong.
@@ -150,13 +151,22 @@ int recognise(const Arguments& arguments) {
     return status;
 }
 
+Trim parseTrim(const std::string& text) {
+    for (const auto& [name, trim] :
+         {std::pair("energy", Trim::energy), {"detector", Trim::detector}, {"none", Trim::none}})
+        if (text == name) return trim;
+    throw UsageError("\"" + text + "\" is none of energy, detector and none");
+}
+
 int evaluate(const Arguments& arguments) {
     const std::string& folder = arguments.onlyOperand("folder");
     Split split;
     split.speaker = arguments.option("--leave-speaker");
     if (const auto range = arguments.option("--test-index")) split.testIndex = parseRange(*range);
     if (split.speaker && split.testIndex) throw UsageError("--leave-speaker and --test-index exclude each other");
-    const Corpus corpus = loadCorpus(folder);
+    FrontEndSettings settings;
+    if (const auto how = arguments.option("--trim")) settings.trim = parseTrim(*how);
+    const Corpus corpus = loadCorpus(folder, settings);
     const int status = reportComplaints(corpus, folder);
     const Evaluation evaluation(corpus, split);
     std::cout << corpus.utterances.size() << " recordings from " << folder << '\n';
@@ -194,7 +204,7 @@ int run(std::span<char*> arguments) {
     const auto rest = arguments.subspan(1);
     if (command == "train") return train({rest, {"-o"}});
     if (command == "recognise") return recognise({rest, {}});
-    if (command == "evaluate") return evaluate({rest, {"--leave-speaker", "--test-index"}});
+    if (command == "evaluate") return evaluate({rest, {"--leave-speaker", "--test-index", "--trim"}});
     if (command == "show") return show({rest, {"-o"}});
     throw UsageError("unknown command " + std::string(command));
 }
