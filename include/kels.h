@@ -28,7 +28,7 @@
 #include "kels/select.h"
 #include "kels/stats.h"
 #include "kels/update.h"
-#include "kels/vq.h"
 #include "kels/vad.h"
+#include "kels/vq.h"
 
 #endif
