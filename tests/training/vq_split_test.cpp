@@ -4,6 +4,7 @@
 #include <climits>
 #include <numeric>
 #include <string>
+#include <tuple>
 
 #include "training/vq_support.h"
 
@@ -159,80 +160,62 @@ TYPED_TEST(VqSplit, ChecksInOrder) {
 
 // ---- plain tables --------------------------------------------------------------------------------------------------
 
-template <class I, class T>
-struct PlainForms {
-    using One = KelStatus (*)(const I*, const T**, T*, const int*, const int*, const int*, int);
-    using Two = KelStatus (*)(const I*, const I*, const T**, T*, const int*, const int*, const int*, int);
-    using Four = KelStatus (*)(const I*, const I*, const I*, const I*, const T**, T*, const int*, const int*,
-                               const int*, int);
-    One one;
-    Two two;
-    Four four;
-
-    KelStatus run(const std::vector<const I*>& i, const T** tables, T* dst, const int* heights, const int* widths,
-                  const int* steps, int n) const {
-        if (i.size() == 1) return one(i[0], tables, dst, heights, widths, steps, n);
-        if (i.size() == 2) return two(i[0], i[1], tables, dst, heights, widths, steps, n);
-        return four(i[0], i[1], i[2], i[3], tables, dst, heights, widths, steps, n);
-    }
-
-    void check() const {
-        Random random(53);
-        const int heights[] = {3, 100, 1}, widths[] = {2, 5, 1}, steps[] = {2, 7, 4};
-        std::vector<std::vector<T>> values;
-        std::vector<Guarded<T>*> guards;
-        const T* tables[3];
+// A form that takes N index arrays.
+template <class I, class T, std::size_t N, class Form>
+void checkPlain(Form form) {
+    Random random(53);
+    const int heights[] = {3, 100, 1}, widths[] = {2, 5, 1}, steps[] = {2, 7, 4}, zero[] = {2, 0, 1};
+    const Guarded<T> first(random.vector<T>(6)), second(random.vector<T>(99 * 7 + 5)), third(random.vector<T>(1));
+    const T *tables[] = {first.data(), second.data(), third.data()}, *holed[] = {tables[0], nullptr, tables[2]};
+    I indices[N][3];
+    std::array<const I*, N> arrays;
+    std::vector<T> expected;
+    for (std::size_t v = 0; v < N; ++v) {
+        arrays[v] = indices[v];
         for (int k = 0; k < 3; ++k) {
-            values.push_back(random.vector<T>(static_cast<std::size_t>((heights[k] - 1) * steps[k] + widths[k])));
-            guards.push_back(new Guarded<T>(values.back()));
-            tables[k] = guards.back()->data();
+            indices[v][k] = static_cast<I>(random.between(0, heights[k] - 1));
+            const T* const row = tables[k] + indices[v][k] * steps[k];
+            expected.insert(expected.end(), row, row + widths[k]);
         }
-        for (const int vectors : {1, 2, 4}) {
-            std::vector<std::vector<I>> indices;
-            std::vector<const I*> arrays;
-            std::vector<T> expected;
-            for (int v = 0; v < vectors; ++v) {
-                auto& some = indices.emplace_back();
-                for (int k = 0; k < 3; ++k) {
-                    some.push_back(static_cast<I>(random.between(0, heights[k] - 1)));
-                    const auto row = values[static_cast<std::size_t>(k)].begin() + some.back() * steps[k];
-                    expected.insert(expected.end(), row, row + widths[k]);
-                }
-            }
-            for (const auto& some : indices) arrays.push_back(some.data());
-            Guarded<T> dst(expected.size());
-            ASSERT_EQ(run(arrays, tables, dst, heights, widths, steps, 3), 0);
-            ASSERT_EQ(dst.vector(), expected);
-
-            for (std::size_t i = 0; i < dst.size(); ++i) dst[i] = T(1);
-            const std::vector<T> before = dst.vector();
-            const int zero[] = {2, 0, 1};
-            indices.back()[2] = 1;
-            EXPECT_EQ(run(arrays, tables, dst, heights, widths, steps, 3), kelStatusSize);
-            indices.back()[2] = static_cast<I>(-1);
-            EXPECT_EQ(run(arrays, tables, dst, heights, widths, steps, 3), kelStatusSize);
-            indices.back()[2] = 0;
-            EXPECT_EQ(run(arrays, tables, dst, heights, zero, steps, 3), kelStatusSize);
-            EXPECT_EQ(run(arrays, tables, dst, heights, widths, zero, 3), kelStatusSize);
-            EXPECT_EQ(run(arrays, tables, dst, heights, widths, steps, 0), kelStatusSize);
-            const T* holed[] = {tables[0], nullptr, tables[2]};
-            EXPECT_EQ(run(arrays, holed, dst, heights, widths, zero, 3), kelStatusNullPtr);
-            EXPECT_EQ(run(arrays, nullptr, dst, heights, widths, steps, 0), kelStatusNullPtr);
-            EXPECT_EQ(run(arrays, tables, nullptr, heights, widths, steps, 0), kelStatusNullPtr);
-            EXPECT_EQ(run(arrays, tables, dst, nullptr, widths, steps, 0), kelStatusNullPtr);
-            arrays.back() = nullptr;
-            EXPECT_EQ(run(arrays, tables, dst, heights, widths, steps, 0), kelStatusNullPtr);
-            EXPECT_EQ(dst.vector(), before);
-        }
-        for (auto* guard : guards) delete guard;
     }
-};
+    Guarded<T> dst(expected.size());
+    const auto run = [&](const T** from, T* to, const int* height, const int* width, const int* step, int n) {
+        return std::apply([&](auto... index) { return form(index..., from, to, height, width, step, n); }, arrays);
+    };
+    ASSERT_EQ(run(tables, dst, heights, widths, steps, 3), 0);
+    ASSERT_EQ(dst.vector(), expected);
+
+    for (std::size_t i = 0; i < dst.size(); ++i) dst[i] = T(1);
+    for (const int beyond : {1, -1}) {
+        indices[N - 1][2] = static_cast<I>(beyond);
+        EXPECT_EQ(run(tables, dst, heights, widths, steps, 3), kelStatusSize);
+    }
+    indices[N - 1][2] = 0;
+    EXPECT_EQ(run(tables, dst, heights, zero, steps, 3), kelStatusSize);
+    EXPECT_EQ(run(tables, dst, heights, widths, zero, 3), kelStatusSize);
+    EXPECT_EQ(run(tables, dst, heights, widths, steps, 0), kelStatusSize);
+    EXPECT_EQ(run(holed, dst, heights, widths, zero, 3), kelStatusNullPtr);
+    EXPECT_EQ(run(nullptr, dst, heights, widths, steps, 0), kelStatusNullPtr);
+    EXPECT_EQ(run(tables, nullptr, heights, widths, steps, 0), kelStatusNullPtr);
+    EXPECT_EQ(run(tables, dst, nullptr, widths, steps, 0), kelStatusNullPtr);
+    arrays[N - 1] = nullptr;
+    EXPECT_EQ(run(tables, dst, heights, widths, steps, 0), kelStatusNullPtr);
+    EXPECT_EQ(dst.vector(), std::vector<T>(expected.size(), T(1)));
+}
 
 TEST(VqForm, TakesRowsOfPlainTables) {
-    PlainForms<Kel8u, Kel16s>{kelsFormVector_8u16s, kelsFormVector_2i_8u16s, kelsFormVector_4i_8u16s}.check();
-    PlainForms<Kel16s, Kel16s>{kelsFormVector_16s16s, kelsFormVector_2i_16s16s, kelsFormVector_4i_16s16s}.check();
-    PlainForms<Kel8u, Kel32f>{kelsFormVector_8u32f, kelsFormVector_2i_8u32f, kelsFormVector_4i_8u32f}.check();
-    PlainForms<Kel16s, Kel32f>{kelsFormVector_16s32f, kelsFormVector_2i_16s32f, kelsFormVector_4i_16s32f}.check();
+    checkPlain<Kel8u, Kel16s, 1>(kelsFormVector_8u16s);
+    checkPlain<Kel16s, Kel16s, 1>(kelsFormVector_16s16s);
+    checkPlain<Kel8u, Kel32f, 1>(kelsFormVector_8u32f);
+    checkPlain<Kel16s, Kel32f, 1>(kelsFormVector_16s32f);
+    checkPlain<Kel8u, Kel16s, 2>(kelsFormVector_2i_8u16s);
+    checkPlain<Kel16s, Kel16s, 2>(kelsFormVector_2i_16s16s);
+    checkPlain<Kel8u, Kel32f, 2>(kelsFormVector_2i_8u32f);
+    checkPlain<Kel16s, Kel32f, 2>(kelsFormVector_2i_16s32f);
+    checkPlain<Kel8u, Kel16s, 4>(kelsFormVector_4i_8u16s);
+    checkPlain<Kel16s, Kel16s, 4>(kelsFormVector_4i_16s16s);
+    checkPlain<Kel8u, Kel32f, 4>(kelsFormVector_4i_8u32f);
+    checkPlain<Kel16s, Kel32f, 4>(kelsFormVector_4i_16s32f);
 }
 
 }  // namespace

@@ -16,28 +16,40 @@
 
 namespace test {
 
+// The functions of an element type; `bits` is what the names of its search kernels hold.
+#define KELS_VQ_FUNCTIONS(type, bits)                                                                                  \
+    using Codebook = KelCdbk_##type;                                                                                   \
+    static constexpr auto init = kelsCdbkInitAlloc_L2_##type;                                                          \
+    static constexpr auto initWeighted = kelsCdbkInitAlloc_WgtL2_##type;                                               \
+    static constexpr auto getSize = kelsCdbkGetSize_##type;                                                            \
+    static constexpr auto initInPlace = kelsCdbkInit_L2_##type;                                                        \
+    static constexpr auto count = kelsGetCdbkSize_##type;                                                              \
+    static constexpr auto codevectors = kelsGetCodebook_##type;                                                        \
+    static constexpr auto release = kelsCdbkFree_##type;                                                               \
+    static constexpr auto quantise = kelsVQ_##type;                                                                    \
+    static constexpr auto sort = kelsVQSingle_Sort_##type;                                                             \
+    static constexpr auto thresh = kelsVQSingle_Thresh_##type;                                                         \
+    static constexpr auto full = kelsCdbk##bits##VQFull_A6;                                                            \
+    static constexpr auto tree = kelsCdbk##bits##VQKMeans_A6;                                                          \
+    static constexpr decltype(&kelsVQ_##type) fixedFull[] = {kelsCdbk##bits##VQFull_A6_1, kelsCdbk##bits##VQFull_A6_2, \
+                                                             kelsCdbk##bits##VQFull_A6_4,                              \
+                                                             kelsCdbk##bits##VQFull_A6_8};                             \
+    static constexpr decltype(&kelsVQ_##type) fixedTree[] = {                                                          \
+        kelsCdbk##bits##VQKMeans_A6_1, kelsCdbk##bits##VQKMeans_A6_2, kelsCdbk##bits##VQKMeans_A6_4,                   \
+        kelsCdbk##bits##VQKMeans_A6_8};                                                                                \
+    static constexpr auto split16s = kelsSplitVQ_##type##16s;                                                          \
+    static constexpr auto split8u = kelsSplitVQ_##type##8u;                                                            \
+    static constexpr auto split1u = kelsSplitVQ_##type##1u;                                                            \
+    static constexpr auto form16s = kelsFormVectorVQ_16s##type;                                                        \
+    static constexpr auto form8u = kelsFormVectorVQ_8u##type;                                                          \
+    static constexpr auto form1u = kelsFormVectorVQ_1u##type
+
 template <class T>
 struct Vq;
 template <>
 struct Vq<Kel32f> {
-    using Codebook = KelCdbk_32f;
+    KELS_VQ_FUNCTIONS(32f, 32);
     using Distance = Kel32f;
-    static constexpr auto init = kelsCdbkInitAlloc_L2_32f;
-    static constexpr auto initWeighted = kelsCdbkInitAlloc_WgtL2_32f;
-    static constexpr auto getSize = kelsCdbkGetSize_32f;
-    static constexpr auto initInPlace = kelsCdbkInit_L2_32f;
-    static constexpr auto count = kelsGetCdbkSize_32f;
-    static constexpr auto codevectors = kelsGetCodebook_32f;
-    static constexpr auto release = kelsCdbkFree_32f;
-    static constexpr auto quantise = kelsVQ_32f;
-    static constexpr auto sort = kelsVQSingle_Sort_32f;
-    static constexpr auto thresh = kelsVQSingle_Thresh_32f;
-    static constexpr auto full = kelsCdbk32VQFull_A6;
-    static constexpr auto tree = kelsCdbk32VQKMeans_A6;
-    static constexpr decltype(&kelsCdbk32VQFull_A6_1) fixedFull[] = {kelsCdbk32VQFull_A6_1, kelsCdbk32VQFull_A6_2,
-                                                                     kelsCdbk32VQFull_A6_4, kelsCdbk32VQFull_A6_8};
-    static constexpr decltype(&kelsCdbk32VQFull_A6_1) fixedTree[] = {kelsCdbk32VQKMeans_A6_1, kelsCdbk32VQKMeans_A6_2,
-                                                                     kelsCdbk32VQKMeans_A6_4, kelsCdbk32VQKMeans_A6_8};
     static KelStatus distances(const Kel32f* src, int step, Kel32s* idx, Kel32f* dist, int height, Codebook* c, int) {
         return kelsVQDist_32f(src, step, idx, dist, height, c);
     }
@@ -48,42 +60,14 @@ struct Vq<Kel32f> {
                                      Kel32s* n, int) {
         return kelsVQDistSingle_Thresh_32f(src, idx, dist, c, factor, n);
     }
-    static constexpr auto split16s = kelsSplitVQ_32f16s;
-    static constexpr auto split8u = kelsSplitVQ_32f8u;
-    static constexpr auto split1u = kelsSplitVQ_32f1u;
-    static constexpr auto form16s = kelsFormVectorVQ_16s32f;
-    static constexpr auto form8u = kelsFormVectorVQ_8u32f;
-    static constexpr auto form1u = kelsFormVectorVQ_1u32f;
 };
 template <>
 struct Vq<Kel16s> {
-    using Codebook = KelCdbk_16s;
+    KELS_VQ_FUNCTIONS(16s, 16);
     using Distance = Kel32s;
-    static constexpr auto init = kelsCdbkInitAlloc_L2_16s;
-    static constexpr auto initWeighted = kelsCdbkInitAlloc_WgtL2_16s;
-    static constexpr auto getSize = kelsCdbkGetSize_16s;
-    static constexpr auto initInPlace = kelsCdbkInit_L2_16s;
-    static constexpr auto count = kelsGetCdbkSize_16s;
-    static constexpr auto codevectors = kelsGetCodebook_16s;
-    static constexpr auto release = kelsCdbkFree_16s;
-    static constexpr auto quantise = kelsVQ_16s;
-    static constexpr auto sort = kelsVQSingle_Sort_16s;
-    static constexpr auto thresh = kelsVQSingle_Thresh_16s;
-    static constexpr auto full = kelsCdbk16VQFull_A6;
-    static constexpr auto tree = kelsCdbk16VQKMeans_A6;
-    static constexpr decltype(&kelsCdbk16VQFull_A6_1) fixedFull[] = {kelsCdbk16VQFull_A6_1, kelsCdbk16VQFull_A6_2,
-                                                                     kelsCdbk16VQFull_A6_4, kelsCdbk16VQFull_A6_8};
-    static constexpr decltype(&kelsCdbk16VQFull_A6_1) fixedTree[] = {kelsCdbk16VQKMeans_A6_1, kelsCdbk16VQKMeans_A6_2,
-                                                                     kelsCdbk16VQKMeans_A6_4, kelsCdbk16VQKMeans_A6_8};
     static constexpr auto distances = kelsVQDist_16s32s_Sfs;
     static constexpr auto sortDistances = kelsVQDistSingle_Sort_16s32s_Sfs;
     static constexpr auto threshDistances = kelsVQDistSingle_Thresh_16s32s_Sfs;
-    static constexpr auto split16s = kelsSplitVQ_16s16s;
-    static constexpr auto split8u = kelsSplitVQ_16s8u;
-    static constexpr auto split1u = kelsSplitVQ_16s1u;
-    static constexpr auto form16s = kelsFormVectorVQ_16s16s;
-    static constexpr auto form8u = kelsFormVectorVQ_8u16s;
-    static constexpr auto form1u = kelsFormVectorVQ_1u16s;
 };
 
 // A codebook with the five words that both types begin with.

@@ -404,11 +404,12 @@ TYPED_TEST(VqTraining, BuildsInCallerMemory) {
             EXPECT_EQ(bytes, 4 * (width + height) + 4 * height * rowStep + static_cast<int>(sizeof(KelCdbk_32f)) + 96);
         }
         for (int offset = 0; offset < 32; offset += sizeof(void*)) {
-            Guarded<Kel8u> memory(static_cast<std::size_t>(bytes + 32));
+            const int size = (bytes + 32 + 31) / 32 * 32;  // so that offset 0 is aligned
+            Guarded<Kel8u> memory(static_cast<std::size_t>(size));
             auto* const codebook = reinterpret_cast<typename Vq<T>::Codebook*>(memory.data() + offset);
-            for (int i = 0; i < bytes + 32; ++i) memory[i] = 0x5a;
+            for (int i = 0; i < size; ++i) memory[i] = 0x5a;
             ASSERT_EQ(Vq<T>::initInPlace(codebook, src.data(), width, step, height, height, 1), 0);
-            for (int i = offset + bytes; i < bytes + 32; ++i) ASSERT_EQ(memory[i], 0x5a);
+            for (int i = offset + bytes; i < size; ++i) ASSERT_EQ(memory[i], 0x5a);
             Guarded<Kel32s> indices(static_cast<std::size_t>(height));
             ASSERT_EQ(Vq<T>::sort(src.data(), indices, codebook, height), 0);
             ASSERT_EQ(Vq<T>::quantise(src.data(), step, indices, height, codebook), 0);
@@ -478,22 +479,16 @@ TYPED_TEST(VqTraining, ChecksInOrder) {
     EXPECT_EQ(Vq<T>::codevectors(nullptr, copy, 2), kelStatusNullPtr);
     EXPECT_EQ(Vq<T>::codevectors(codebook, nullptr, 0), kelStatusNullPtr);
     EXPECT_EQ(Vq<T>::codevectors(codebook, copy, 1), kelStatusSize);
-    for (const auto& run : {+[](const T*s, int step, Kel32s*i, int height, typename Vq<T>::Codebook*c) {
-                                return Vq<T>::quantise(s, step, i, height, c);
-                            },
-                            +[](const T*s, int step, Kel32s*i, int height, typename Vq<T>::Codebook*c) {
-                                typename Vq<T>::Distance d[3];
-                                return Vq<T>::distances(s, step, i, d, height, c, 0);
-                            },
-                            +[](const T*s, int step, Kel32s*i, int height, typename Vq<T>::Codebook*c) {
-                                return Vq<T>::full(s, step, i, height, c, 2);
-                            }}) {
-        EXPECT_EQ(run(rows, 0, indices, 3, nullptr), kelStatusNullPtr);
-        EXPECT_EQ(run(nullptr, 0, indices, 3, codebook), kelStatusNullPtr);
-        EXPECT_EQ(run(rows, 2, nullptr, 0, codebook), kelStatusNullPtr);
-        EXPECT_EQ(run(rows, 1, indices, 3, codebook), kelStatusSize);
-        EXPECT_EQ(run(rows, 2, indices, 0, codebook), kelStatusSize);
-    }
+    const auto eachSearch = [&](const T* src, int step, Kel32s* idx, int height, auto* c, KelStatus expected) {
+        EXPECT_EQ(Vq<T>::quantise(src, step, idx, height, c), expected);
+        EXPECT_EQ(Vq<T>::distances(src, step, idx, distances, height, c, 0), expected);
+        EXPECT_EQ(Vq<T>::full(src, step, idx, height, c, 2), expected);
+    };
+    eachSearch(rows, 0, indices, 3, static_cast<decltype(codebook)>(nullptr), kelStatusNullPtr);
+    eachSearch(nullptr, 0, indices, 3, codebook, kelStatusNullPtr);
+    eachSearch(rows, 2, nullptr, 0, codebook, kelStatusNullPtr);
+    eachSearch(rows, 1, indices, 3, codebook, kelStatusSize);
+    eachSearch(rows, 2, indices, 0, codebook, kelStatusSize);
     EXPECT_EQ(Vq<T>::distances(rows, 2, indices, nullptr, 3, codebook, 0), kelStatusNullPtr);
     EXPECT_EQ(Vq<T>::tree(rows, 2, indices, 3, codebook, 2), kelStatusModeNotSupported);
     EXPECT_EQ(Vq<T>::full(rows, 3, indices, 3, codebook, 3), kelStatusSize);
