@@ -219,6 +219,7 @@ TEST_P(SpeechInNoise, BurstsAreFoundAndPausesAreNot) {
     EXPECT_LE(wrong, 0.02 * silent) << silent;
     kelsFFTFree_R_32f(fft);
     kelsFBankFree_32f(bank);
+    kelsFree(bank);  // the block itself stays
 }
 
 TEST(VoiceActivity, StatesAndStatuses) {
