@@ -21,5 +21,7 @@
 #include "kels/mixture.h"
 #include "kels/model.h"
 #include "kels/select.h"
+#include "kels/stats.h"
+#include "kels/update.h"
 
 #endif

@@ -776,4 +776,32 @@ inline void map(T* dst, std::size_t len, Op op, T fill, const S*... src) {
     if (i < len) storePart(dst + i, Vec<T>(op(loadPart(src + i, len - i, fill)...)), len - i);
 }
 
+// The same with two destinations; op gives a Pair.  The end is one more whole vector, which overlaps the one before it
+// and is computed before anything is stored.
+template <class V>
+struct Pair {
+    V first, second;
+};
+template <class V>
+Pair(V, V) -> Pair<V>;
+
+template <class T, class Op, class... S>
+inline void mapPair(T* dst1, T* dst2, std::size_t len, Op op, T fill, const S*... src) {
+    constexpr std::size_t w = lanes<T>;
+    if (len < w) {
+        const Pair<Vec<T>> only = op(loadPart(src, len, fill)...);
+        storePart(dst1, only.first, len);
+        storePart(dst2, only.second, len);
+        return;
+    }
+    const Pair<Vec<T>> last = op(load(src + len - w)...);
+    for (std::size_t i = 0; i + w < len; i += w) {
+        const Pair<Vec<T>> v = op(load(src + i)...);
+        store(dst1 + i, v.first);
+        store(dst2 + i, v.second);
+    }
+    store(dst1 + len - w, last.first);
+    store(dst2 + len - w, last.second);
+}
+
 }  // namespace kels

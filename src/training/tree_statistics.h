@@ -1,0 +1,64 @@
+// Statistics of states and the likelihood of clusters of them.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "core/convert.h"
+#include "core/log_product.h"
+#include "core/simd.h"
+#include "kels/types.h"
+
+namespace kels {
+
+enum class Variances { Direct, Inverse };
+
+template <Variances kind, class T>
+void stateStatistics(const T* mean, const T* var, T* dstSum, T* dstSqr, std::size_t len, T occ) {
+    mapPair(
+        dstSum, dstSqr, len,
+        [occ](const Vec<T>& m, const Vec<T>& v) {
+            const Vec<T> direct = kind == Variances::Inverse ? T(1) / v : v;
+            return Pair{Vec<T>(m * occ), Vec<T>((m * m + direct) * occ)};
+        },
+        T(1), mean, var);
+}
+
+// In double precision, where the products of floats are exact: the sign of a variance is never a matter of rounding.
+template <class T>
+KelStatus clusterLikelihood(const T* sum, const T* sqr, std::size_t len, Kel64f* dst, Kel64f occ) {
+    constexpr Kel64f kOnePlusLn2Pi = 2.8378770664093453;
+    constexpr Kel64f kNothing = -1e10;
+    constexpr std::size_t kChunk = 64;
+    if (occ == 0) {
+        *dst = kNothing;
+        return kelStatusZeroOcc;
+    }
+    LogProduct product;
+    bool anyZero = false;
+    Kel64f first[kChunk], second[kChunk], scaled[kChunk + lanes<Kel64f>];
+    for (std::size_t from = 0; from < len; from += kChunk) {
+        const std::size_t n = std::min(kChunk, len - from);
+        convertWidening(sum + from, first, n);
+        convertWidening(sqr + from, second, n);
+        map(
+            scaled, n, [occ](const auto& s, const auto& q) { return q * occ - s * s; }, 0.0, first, second);
+        for (std::size_t at = 0; (at += product.multiply(scaled + at, n - at)) < n; ++at) {
+            if (scaled[at] < 0) {
+                *dst = std::numeric_limits<Kel64f>::quiet_NaN();
+                return kelStatusLogNegative;
+            }
+            anyZero = true;
+        }
+    }
+    if (anyZero) {
+        *dst = -std::numeric_limits<Kel64f>::infinity();
+        return kelStatusLogZero;
+    }
+    *dst = 0.5 * occ * (static_cast<Kel64f>(len) * (2 * std::log(occ) - kOnePlusLn2Pi) - product.logarithm());
+    return kelStatusOk;
+}
+
+}  // namespace kels

@@ -1,0 +1,149 @@
+// From accumulated statistics to parameters, and arithmetic on pairs of parameter vectors.
+#pragma once
+
+#include <cstddef>
+#include <limits>
+
+#include "core/fill_copy.h"
+#include "core/scaling.h"
+#include "core/simd.h"
+#include "kels/types.h"
+
+namespace kels {
+
+// ---- occupations ---------------------------------------------------------------------------------------------------
+
+template <class T>
+constexpr bool negative(T occ) {
+    return !(occ >= 0);  // NaN too
+}
+template <class T>
+constexpr bool vanishing(T occ) {
+    return occ <= std::numeric_limits<T>::min();
+}
+
+// ---- re-estimation -------------------------------------------------------------------------------------------------
+
+template <class T>
+void updateMean(const T* meanAcc, T* mean, std::size_t len, T occ) {
+    map(
+        mean, len, [occ](const Vec<T>& m, const Vec<T>& acc) { return m + acc / occ; }, T(), mean, meanAcc);
+}
+
+// dst = x > floor ? x : floor.  Returns whether none was.
+template <class T>
+class Floored {
+  public:
+    Vec<T> operator()(const Vec<T>& x, const Vec<T>& floor) {
+        kept_ = kept_ || x > floor;
+        return greaterOf(x, floor);
+    }
+    KelStatus status() const { return stdx::any_of(kept_) ? kelStatusOk : kelStatusAllFloored; }
+
+  private:
+    typename Vec<T>::mask_type kept_{false};
+};
+
+template <class T>
+KelStatus updateVariance(const T* meanAcc, const T* varAcc, const T* varFloor, T* var, std::size_t len, T meanOcc,
+                         T varOcc) {
+    Floored<T> floored;
+    map(
+        var, len,
+        [&](const Vec<T>& second, const Vec<T>& first, const Vec<T>& floor) {
+            const Vec<T> shift = first / meanOcc;
+            return floored(second / varOcc - shift * shift, floor);
+        },
+        T(), varAcc, meanAcc, varFloor);
+    return floored.status();
+}
+
+template <class T>
+KelStatus updateWeight(const T* wgtAcc, T* wgt, std::size_t len, T* wgtSum, T occ, T wgtFloor) {
+    Floored<T> floored;
+    // Behind the end stands what is below every floor.
+    map(
+        wgt, len, [&](const Vec<T>& acc) { return floored(acc / occ, wgtFloor); }, -std::numeric_limits<T>::infinity(),
+        wgtAcc);
+    T sum = 0;
+    for (std::size_t i = 0; i < len; ++i) sum += wgt[i];
+    *wgtSum = sum;
+    return floored.status();
+}
+
+// ---- splitting -----------------------------------------------------------------------------------------------------
+
+template <class T>
+void splitGaussian(T* mean1, const T* var1, T* mean2, T* var2, std::size_t len, T val) {
+    copy(var1, var2, len);
+    mapPair(
+        mean1, mean2, len,
+        [val](const Vec<T>& m, const Vec<T>& v) {
+            const Vec<T> s = val * stdx::sqrt(v);
+            return Pair{Vec<T>(m + s), Vec<T>(m - s)};
+        },
+        T(), mean1, var1);
+}
+
+// ---- weighted averages ---------------------------------------------------------------------------------------------
+
+enum class FirstSource { Plain, Weighted };
+
+// The two factors of a weighted average.
+struct Factors {
+    template <class T>
+    struct Of {
+        T first, second;
+    };
+    template <class T>
+    static Of<T> of(T weight1, T weight2, FirstSource source) {
+        const T r = 1 / (weight1 + weight2);
+        return {source == FirstSource::Weighted ? r : weight1 * r, weight2 * r};
+    }
+};
+
+template <class T>
+KelStatus weightedAverage(const T* src1, const T* src2, T* dst, std::size_t len, T weight1, T weight2,
+                          FirstSource source) {
+    if (weight1 + weight2 == 0) {
+        // Infinite with the sign of the numerator; NaN for a numerator of 0.
+        map(
+            dst, len,
+            [=](const Vec<T>& x, const Vec<T>& y) {
+                return (x * weight1 + y * weight2) * std::numeric_limits<T>::infinity();
+            },
+            T(), src1, src2);
+        return kelStatusDivByZero;
+    }
+    const auto factor = Factors::of(weight1, weight2, source);
+    map(
+        dst, len, [=](const Vec<T>& x, const Vec<T>& y) { return x * factor.first + y * factor.second; }, T(), src1,
+        src2);
+    return kelStatusOk;
+}
+
+inline KelStatus weightedAverage(const Kel16s* src1, const Kel16s* src2, Kel16s* dst, std::size_t len, Kel32f weight1,
+                                 Kel32f weight2, FirstSource source) {
+    constexpr std::size_t w = lanes<Kel32s>;
+    const NearestScope nearest;
+    if (weight1 + weight2 == 0) {
+        for (std::size_t i = 0; i < len; ++i) {
+            const Kel32f n = src1[i] * weight1 + src2[i] * weight2;
+            dst[i] = static_cast<Kel16s>(n > 0 ? 32767 : n < 0 ? -32768 : 0);
+        }
+        return kelStatusDivByZero;
+    }
+    const auto factor = Factors::of(weight1, weight2, source);
+    const auto average = [=](const auto& rows, std::size_t i) {
+        const Vec<Kel32f> x = toFloat(rows.load(src1 + i)), y = toFloat(rows.load(src2 + i));
+        const Vec<Kel32f> sum = x * factor.first + y * factor.second;
+        // The store saturates; only what exceeds 32 bits would come out with the wrong sign.
+        return toInt(lesserOf(Vec<Kel32f>(32767.0f), sum), TowardZero());
+    };
+    std::size_t i = 0;
+    for (; i + w <= len; i += w) storeInt16(dst + i, average(AllLanes(), i));
+    if (i < len) storeInt16Part(dst + i, average(FirstLanes(len - i, i), i), len - i);
+    return kelStatusOk;
+}
+
+}  // namespace kels
