@@ -34,15 +34,15 @@ struct Problem {
 };
 
 template <class T, class Call>
-void add(const char* name, Call call, std::initializer_list<int> widths = {13, 26, 39}) {
-    auto* const b = benchmark::RegisterBenchmark(name, [=](benchmark::State& state) {
+void add(const char* name, Call call) {
+    auto* const b = benchmark::RegisterBenchmark(name, [=](benchmark::State& state) mutable {
         Problem<T> p(static_cast<int>(state.range(0)));
         for (auto _ : state) {
             call(p);
             benchmark::ClobberMemory();
         }
     });
-    for (const int width : widths) b->Arg(width);
+    for (const int width : {13, 26, 39}) b->Arg(width);
 }
 
 // ---- plain loops -----------------------------------------------------------------------------------------------------
@@ -108,6 +108,17 @@ template <class T>
     }
 }
 
+// One vector after the other goes to the accumulators of one Gaussian after the other.
+template <class T, class Accumulate>
+void addAccumulation(const char* name, Accumulate accumulate) {
+    add<T>(name, [accumulate, next = 0](Problem<T>& p) mutable {
+        constexpr int kGaussians = 32;
+        next = (next + 1) % kGaussians;
+        T* const gaussian = p.rows.data() + next * 4 * p.width;
+        accumulate(gaussian + 3 * p.width, gaussian, gaussian + p.width, gaussian + 2 * p.width, p.width, T(1e-3));
+    });
+}
+
 // Reads every byte and does as little else as possible.
 template <class T>
 uint64_t readAll(const std::vector<T>& v) {
@@ -166,14 +177,10 @@ uint64_t readAll(const std::vector<T>& v) {
     });
     add<Kel16s>("BM_ColumnMeanVar16s_read", [](I& p) { benchmark::DoNotOptimize(readAll(p.rows)); });
 
-    add<float>("BM_MeanVarAcc32_kels",
-               [](F& p) { kelsMeanVarAcc_32f(p.rows.data(), p.a.data(), p.b.data(), p.c.data(), p.width, 1e-3f); });
-    add<float>("BM_MeanVarAcc32_plain",
-               [](F& p) { plainAccumulate(p.rows.data(), p.a.data(), p.b.data(), p.c.data(), p.width, 1e-3f); });
-    add<double>("BM_MeanVarAcc64_kels",
-                [](D& p) { kelsMeanVarAcc_64f(p.rows.data(), p.a.data(), p.b.data(), p.c.data(), p.width, 1e-3); });
-    add<double>("BM_MeanVarAcc64_plain",
-                [](D& p) { plainAccumulate(p.rows.data(), p.a.data(), p.b.data(), p.c.data(), p.width, 1e-3); });
+    addAccumulation<float>("BM_MeanVarAcc32_kels", kelsMeanVarAcc_32f);
+    addAccumulation<float>("BM_MeanVarAcc32_plain", plainAccumulate<float>);
+    addAccumulation<double>("BM_MeanVarAcc64_kels", kelsMeanVarAcc_64f);
+    addAccumulation<double>("BM_MeanVarAcc64_plain", plainAccumulate<double>);
     add<float>("BM_UpdateVar_kels",
                [](F& p) { kelsUpdateVar_32f(p.a.data(), p.b.data(), p.c.data(), p.d.data(), p.width, 3, 3); });
     add<float>("BM_MergeCost_kels", [](F& p) {

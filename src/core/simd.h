@@ -756,13 +756,16 @@ inline int32_t toIntScalar(double v) {
 // ---- maps ----------------------------------------------------------------------------------------------------------
 
 // dst[i] = op(src[i]...) over `len` elements of one type; op takes and gives vectors.  dst may be one of the sources.
-// Lanes behind the end are computed on `fill`.
+// The end is one more whole vector, which overlaps the one before it and is computed before anything is stored: stores
+// under a mask cost more.  Of arrays shorter than a vector, the lanes behind the end are computed on `fill`.
 template <class T, class Op, class... S>
 inline void map(T* dst, std::size_t len, Op op, T fill, const S*... src) {
     constexpr std::size_t w = lanes<T>;
+    if (len < w) return storePart(dst, Vec<T>(op(loadPart(src, len, fill)...)), len);
+    const Vec<T> last = op(load(src + len - w)...);
     std::size_t i = 0;
     // Four independent vectors a round hide the latency of divisions and roots and halve the loop's own share.
-    for (; i + 4 * w <= len; i += 4 * w) {
+    for (; i + 4 * w < len; i += 4 * w) {
         const Vec<T> a = op(load(src + i)...);
         const Vec<T> b = op(load(src + i + w)...);
         const Vec<T> c = op(load(src + i + 2 * w)...);
@@ -772,12 +775,11 @@ inline void map(T* dst, std::size_t len, Op op, T fill, const S*... src) {
         store(dst + i + 2 * w, c);
         store(dst + i + 3 * w, d);
     }
-    for (; i + w <= len; i += w) store(dst + i, Vec<T>(op(load(src + i)...)));
-    if (i < len) storePart(dst + i, Vec<T>(op(loadPart(src + i, len - i, fill)...)), len - i);
+    for (; i + w < len; i += w) store(dst + i, Vec<T>(op(load(src + i)...)));
+    store(dst + len - w, last);
 }
 
-// The same with two destinations; op gives a Pair.  The end is one more whole vector, which overlaps the one before it
-// and is computed before anything is stored.
+// The same with two destinations; op gives a Pair.
 template <class V>
 struct Pair {
     V first, second;

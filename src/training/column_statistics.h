@@ -1,8 +1,9 @@
 // Means, variances and sums of the columns of a block.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <type_traits>
 
 #include "core/fill_copy.h"
 #include "core/scaling.h"
@@ -21,24 +22,24 @@ inline Kel32f reciprocal(int n) {
 template <class Rows>
 void columnMeans(const Rows& rows, int height, int width, Kel32f* mean) {
     const Kel32f r = reciprocal(height);
-    floatColumnSums<Moments::First>(rows, height, width, Unweighted(), FromZero(),
-                                    [=](std::ptrdiff_t from, std::size_t n, const Kel32f* first, const Kel32f*) {
-                                        map(
-                                            mean + from, n, [r](const auto& sum) { return sum * r; }, 0.0f, first);
-                                    });
+    floatColumnSums(rows, height, width, Unweighted(), FromZero(),
+                    [=](std::size_t from, std::size_t n, const Kel32f* first, const Kel32f*) {
+                        map(
+                            mean + from, n, [r](const auto& sum) { return sum * r; }, 0.0f, first);
+                    });
 }
 
 // About given means.  The sum begins with what the means take from it.
 template <class Rows>
 void columnVariances(const Rows& rows, int height, int width, const Kel32f* mean, Kel32f* var) {
     const Kel32f r = reciprocal(height - 1), rowCount = static_cast<Kel32f>(height);
-    floatColumnSums<Moments::Second>(
+    floatColumnSums(
         rows, height, width, Unweighted(),
-        [=](std::ptrdiff_t from, std::size_t n, Kel32f*, Kel32f* second) {
+        [=](std::size_t from, std::size_t n, Kel32f*, Kel32f* second) {
             map(
                 second, n, [rowCount](const auto& m) { return -rowCount * m * m; }, 0.0f, mean + from);
         },
-        [=](std::ptrdiff_t from, std::size_t n, const Kel32f*, const Kel32f* second) {
+        [=](std::size_t from, std::size_t n, const Kel32f*, const Kel32f* second) {
             map(
                 var + from, n, [r](const auto& sum) { return sum * r; }, 0.0f, second);
         });
@@ -48,49 +49,47 @@ template <class Rows>
 void columnMeansAndVariances(const Rows& rows, int height, int width, Kel32f* mean, Kel32f* var) {
     using V = Vec<Kel32f>;
     const Kel32f r = reciprocal(height), r1 = reciprocal(height - 1), rowCount = static_cast<Kel32f>(height);
-    floatColumnSums<Moments::Both>(rows, height, width, Unweighted(), FromZero(),
-                                   [=](std::ptrdiff_t from, std::size_t n, const Kel32f* first, const Kel32f* second) {
-                                       mapPair(
-                                           mean + from, var + from, n,
-                                           [=](const V& sum, const V& squares) {
-                                               const V m = sum * r;
-                                               return Pair{m, V((squares - rowCount * m * m) * r1)};
-                                           },
-                                           0.0f, first, second);
-                                   });
+    floatColumnSums(rows, height, width, Unweighted(), FromZero(),
+                    [=](std::size_t from, std::size_t n, const Kel32f* first, const Kel32f* second) {
+                        mapPair(
+                            mean + from, var + from, n,
+                            [=](const V& sum, const V& squares) {
+                                const V m = sum * r;
+                                return Pair{m, V((squares - rowCount * m * m) * r1)};
+                            },
+                            0.0f, first, second);
+                    });
 }
 
 // ---- weighted ------------------------------------------------------------------------------------------------------
 
 template <class Rows, class T>
 void weightedMeans(const Rows& rows, const T* weights, int height, int width, T* mean) {
-    floatColumnSums<Moments::First>(
-        rows, height, width, RowWeights{weights}, FromZero(),
-        [=](std::ptrdiff_t from, std::size_t n, const T* first, const T*) { copy(first, mean + from, n); });
+    floatColumnSums(rows, height, width, RowWeights{weights}, FromZero(),
+                    [=](std::size_t from, std::size_t n, const T* first, const T*) { copy(first, mean + from, n); });
 }
 
 template <class Rows, class T>
 void weightedVariances(const Rows& rows, const T* weights, int height, int width, const T* mean, T* var) {
-    floatColumnSums<Moments::Second>(rows, height, width, RowWeights{weights}, FromZero(),
-                                     [=](std::ptrdiff_t from, std::size_t n, const T*, const T* second) {
-                                         map(
-                                             var + from, n,
-                                             [](const auto& squares, const auto& m) { return squares - m * m; }, T(),
-                                             second, mean + from);
-                                     });
+    floatColumnSums(rows, height, width, RowWeights{weights}, FromZero(),
+                    [=](std::size_t from, std::size_t n, const T*, const T* second) {
+                        map(
+                            var + from, n, [](const auto& squares, const auto& m) { return squares - m * m; }, T(),
+                            second, mean + from);
+                    });
 }
 
 template <class Rows, class T>
 void weightedMeansAndVariances(const Rows& rows, const T* weights, int height, int width, T* mean, T* var) {
-    floatColumnSums<Moments::Both>(rows, height, width, RowWeights{weights}, FromZero(),
-                                   [=](std::ptrdiff_t from, std::size_t n, const T* first, const T* second) {
-                                       mapPair(
-                                           mean + from, var + from, n,
-                                           [](const Vec<T>& m, const Vec<T>& squares) {
-                                               return Pair{m, Vec<T>(squares - m * m)};
-                                           },
-                                           T(), first, second);
-                                   });
+    floatColumnSums(rows, height, width, RowWeights{weights}, FromZero(),
+                    [=](std::size_t from, std::size_t n, const T* first, const T* second) {
+                        mapPair(
+                            mean + from, var + from, n,
+                            [](const Vec<T>& m, const Vec<T>& squares) {
+                                return Pair{m, Vec<T>(squares - m * m)};
+                            },
+                            T(), first, second);
+                    });
 }
 
 // ---- sums ----------------------------------------------------------------------------------------------------------
@@ -107,23 +106,23 @@ struct Accumulate {
 
 template <class How, class Rows>
 void sumsAndSquares(const Rows& rows, int height, int width, Kel32f* dstSum, Kel32f* dstSumSq) {
-    const auto finish = [=](std::ptrdiff_t from, std::size_t n, const auto* first, const auto* second) {
+    const auto finish = [=](std::size_t from, std::size_t n, const auto* first, const auto* second) {
         for (std::size_t j = 0; j < n; ++j) {
             dstSum[from + j] = How::combine(dstSum[from + j], static_cast<Kel32f>(first[j]));
             dstSumSq[from + j] = How::combine(dstSumSq[from + j], static_cast<Kel32f>(second[j]));
         }
     };
     if constexpr (std::is_same_v<decltype(rows[0]), const Kel16s*>) {
-        exactColumnSums<Moments::Both>(rows, height, width, finish);
+        exactColumnSums(rows, height, width, finish);
     } else {
-        floatColumnSums<Moments::Both>(rows, height, width, Unweighted(), FromZero(), finish);
+        floatColumnSums(rows, height, width, Unweighted(), FromZero(), finish);
     }
 }
 
 template <class How, class Rows>
 void sumsAndSquaresScaled(const Rows& rows, int height, int width, Kel32s* dstSum, Kel32s* dstSumSq, int scaleFactor) {
-    exactColumnSums<Moments::Both>(
-        rows, height, width, [=](std::ptrdiff_t from, std::size_t n, const int64_t* first, const int64_t* second) {
+    exactColumnSums(
+        rows, height, width, [=](std::size_t from, std::size_t n, const int64_t* first, const int64_t* second) {
             for (std::size_t j = 0; j < n; ++j) {
                 dstSum[from + j] = How::combine(dstSum[from + j], scaleHalfEven<Kel32s>(first[j], scaleFactor));
                 dstSumSq[from + j] = How::combine(dstSumSq[from + j], scaleHalfEven<Kel32s>(second[j], scaleFactor));
@@ -137,24 +136,22 @@ void sumsAndSquaresScaled(const Rows& rows, int height, int width, Kel32s* dstSu
 template <class D, class Rows>
 void fixedColumnMeans(const Rows& rows, int height, int width, D* mean) {
     const Kel64f r = reciprocal(height);
-    exactColumnSums<Moments::First>(rows, height, width,
-                                    [=](std::ptrdiff_t from, std::size_t n, const int64_t* first, const int64_t*) {
-                                        for (std::size_t j = 0; j < n; ++j) {
-                                            mean[from + j] = truncateSaturate<D>(static_cast<Kel64f>(first[j]) * r);
-                                        }
-                                    });
+    exactColumnSums(rows, height, width, [=](std::size_t from, std::size_t n, const int64_t* first, const int64_t*) {
+        for (std::size_t j = 0; j < n; ++j) {
+            mean[from + j] = truncateSaturate<D>(static_cast<Kel64f>(first[j]) * r);
+        }
+    });
 }
 
 template <class Rows>
 void fixedColumnVariances(const Rows& rows, int height, int width, const Kel16s* mean, Kel16s* var, int scaleFactor) {
     const Kel64f unit = reciprocal(height - 1) * scaleMultiplier(scaleFactor);
-    exactColumnSums<Moments::Second>(
-        rows, height, width, [=](std::ptrdiff_t from, std::size_t n, const int64_t*, const int64_t* second) {
-            for (std::size_t j = 0; j < n; ++j) {
-                const int64_t centred = second[j] - int64_t{height} * mean[from + j] * mean[from + j];
-                var[from + j] = truncateSaturate<Kel16s>(static_cast<Kel64f>(centred) * unit);
-            }
-        });
+    exactColumnSums(rows, height, width, [=](std::size_t from, std::size_t n, const int64_t*, const int64_t* second) {
+        for (std::size_t j = 0; j < n; ++j) {
+            const int64_t centred = second[j] - int64_t{height} * mean[from + j] * mean[from + j];
+            var[from + j] = truncateSaturate<Kel16s>(static_cast<Kel64f>(centred) * unit);
+        }
+    });
 }
 
 // sum^2 / n as a whole number and the fraction left.
@@ -174,16 +171,16 @@ enum class Centring { Exact, Whole };
 template <Centring centring, class M, class D, class Rows>
 void fixedColumnMeansAndVariances(const Rows& rows, int height, int width, M* mean, D* var, int scaleFactor) {
     const Kel64f r = reciprocal(height), unit = reciprocal(height - 1) * scaleMultiplier(scaleFactor);
-    exactColumnSums<Moments::Both>(
-        rows, height, width, [=](std::ptrdiff_t from, std::size_t n, const int64_t* first, const int64_t* second) {
-            for (std::size_t j = 0; j < n; ++j) {
-                const Quotient centre = squareOver(first[j], height);
-                Kel64f centred = static_cast<Kel64f>(second[j] - centre.whole);
-                if constexpr (centring == Centring::Exact) centred -= centre.fraction;
-                mean[from + j] = truncateSaturate<M>(static_cast<Kel64f>(first[j]) * r);
-                var[from + j] = truncateSaturate<D>(centred * unit);
-            }
-        });
+    exactColumnSums(rows, height, width,
+                    [=](std::size_t from, std::size_t n, const int64_t* first, const int64_t* second) {
+                        for (std::size_t j = 0; j < n; ++j) {
+                            const Quotient centre = squareOver(first[j], height);
+                            Kel64f centred = static_cast<Kel64f>(second[j] - centre.whole);
+                            if constexpr (centring == Centring::Exact) centred -= centre.fraction;
+                            mean[from + j] = truncateSaturate<M>(static_cast<Kel64f>(first[j]) * r);
+                            var[from + j] = truncateSaturate<D>(centred * unit);
+                        }
+                    });
 }
 
 }  // namespace kels
