@@ -41,8 +41,7 @@ class MpiTeam : public Team {
                        MPI_COMM_WORLD);
         std::vector<std::string> texts;
         for (std::size_t i = 0; i < lengths.size(); ++i)
-            texts.push_back(
-                all.substr(static_cast<std::size_t>(offsets[i]), static_cast<std::size_t>(lengths[i])));
+            texts.push_back(all.substr(static_cast<std::size_t>(offsets[i]), static_cast<std::size_t>(lengths[i])));
         return texts;
     }
 

@@ -18,8 +18,8 @@ Accumulators::Accumulators(const std::vector<WordModel>& models) {
         auto& places = places_.emplace_back();
         for (int i = 0; i < hmm.stateCount(); ++i) {
             const Mixture& mixture = hmm.state(i).mixture;
-            places.push_back({end, static_cast<std::size_t>(mixture.width()),
-                              static_cast<std::size_t>(mixture.components())});
+            places.push_back(
+                {end, static_cast<std::size_t>(mixture.width()), static_cast<std::size_t>(mixture.components())});
             end = places.back().end();
         }
     }
@@ -90,9 +90,9 @@ void Accumulators::updateMixture(Mixture& mixture, const Place& at, const Vector
     if (frames > 0) {
         Kel32f sum = 0;
         Vector& weights = mixture.weights();
-        check(kelsUpdateWeight_32f(&sums_[at.occupations()], weights.data(), weights.size(), &sum, frames,
-                                   kLeastWeight),
-              "kelsUpdateWeight_32f");
+        check(
+            kelsUpdateWeight_32f(&sums_[at.occupations()], weights.data(), weights.size(), &sum, frames, kLeastWeight),
+            "kelsUpdateWeight_32f");
         check(kelsDivC_32f_I(sum, weights.data(), weights.size()), "kelsDivC_32f_I");
     }
     mixture.prepare();

@@ -54,8 +54,8 @@ Path bestPath(const StateScores& scores) {
     const int frames = scores.frames.cols();
     std::vector<unsigned char> steps(at(states) * at(frames));
     const auto stepAt = [&](int t, int state) -> unsigned char& { return steps[at(t) * at(states) + at(state)]; };
-    const auto [last, score] = search(
-        scores, [&](int t, int state, int step) { stepAt(t, state) = static_cast<unsigned char>(step); });
+    const auto [last, score] =
+        search(scores, [&](int t, int state, int step) { stepAt(t, state) = static_cast<unsigned char>(step); });
     Path path{std::vector<int>(at(frames)), score};
     int state = last;
     for (int t = frames - 1; t >= 0; --t) {

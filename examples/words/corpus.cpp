@@ -73,7 +73,8 @@ void addVariants(std::vector<Prepared>& recordings, int rate, const std::vector<
     forEachInParallel(static_cast<int>(recordings.size()), [&](int i) {
         Prepared& recording = recordings[static_cast<std::size_t>(i)];
         if (recording.complaint.empty())
-            for (const auto& frontEnd : frontEnds) recording.features.push_back(featuresOf(recording.recording, frontEnd));
+            for (const auto& frontEnd : frontEnds)
+                recording.features.push_back(featuresOf(recording.recording, frontEnd));
         progress.advance();
     });
 }

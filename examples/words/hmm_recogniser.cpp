@@ -47,7 +47,8 @@ void save(ModelWriter& writer, const Mixture& mixture) {
 void getPositive(ModelReader& reader, float* values, int count) {
     reader.getFloats(values, count);
     for (int i = 0; i < count; ++i)
-        if (!(values[i] >= std::numeric_limits<float>::min())) throw DamagedModel("a weight or variance is not positive");
+        if (!(values[i] >= std::numeric_limits<float>::min()))
+            throw DamagedModel("a weight or variance is not positive");
 }
 
 Mixture loadMixture(ModelReader& reader, int width) {

@@ -10,7 +10,10 @@ constexpr float kSplitDeviations = 0.2F;  // how far the halves move from where 
 }  // namespace
 
 Mixture::Mixture(int components, int width)
-    : means_(components, width), variances_(components, width), weights_(components), inverses_(components, width),
+    : means_(components, width),
+      variances_(components, width),
+      weights_(components),
+      inverses_(components, width),
       constants_(components) {
     for (int i = 0; i < components; ++i) check(kelsSet_32f(1, variance(i), width), "kelsSet_32f");
     check(kelsSet_32f(1.0F / static_cast<float>(components), weights_.data(), components), "kelsSet_32f");

@@ -71,7 +71,8 @@ Accumulators Trainer::sum(const std::vector<WordModel>& models, const std::vecto
                           Align align) {
     const ShareRange mine = sharesOf(team_);
     std::vector<std::vector<const TrainingExample*>> byShare(static_cast<std::size_t>(mine.end - mine.begin));
-    for (const auto& example : examples) byShare[static_cast<std::size_t>(example.share - mine.begin)].push_back(&example);
+    for (const auto& example : examples)
+        byShare[static_cast<std::size_t>(example.share - mine.begin)].push_back(&example);
     std::vector<Accumulators> sums(byShare.size(), Accumulators(models));
     Progress progress("training", static_cast<int>(examples.size()));
     forEachInParallel(static_cast<int>(byShare.size()), [&](int i) {
@@ -91,8 +92,9 @@ Accumulators Trainer::sum(const std::vector<WordModel>& models, const std::vecto
 }
 
 void Trainer::report(int pass, int components, double logLikelihood) {
-    log_ << "pass " << std::setw(2) << pass << ", " << components << (components == 1 ? " component: " : " components: ")
-         << std::fixed << std::setprecision(4) << logLikelihood << " per frame";
+    log_ << "pass " << std::setw(2) << pass << ", " << components
+         << (components == 1 ? " component: " : " components: ") << std::fixed << std::setprecision(4) << logLikelihood
+         << " per frame";
     if (logLikelihood < last_) log_ << " (fell)";
     log_ << '\n' << std::flush;
     last_ = logLikelihood;
