@@ -1,6 +1,7 @@
 #include "corpus.h"
 
 #include <map>
+#include <sstream>
 
 #include "parallel.h"
 #include "progress.h"
@@ -8,10 +9,11 @@
 namespace words {
 namespace {
 
+using Features = std::shared_ptr<const Matrix>;
+
 struct Prepared {
-    std::shared_ptr<const Matrix> features;
-    int rate = 0;
-    double seconds = 0;
+    Recording recording;
+    std::vector<Features> features;
     std::string complaint;
 };
 
@@ -30,15 +32,16 @@ class FrontEnds {
     std::map<int, FrontEnd> frontEnds_;
 };
 
+Features featuresOf(const Recording& recording, const FrontEnd& frontEnd) {
+    return std::make_shared<const Matrix>(frontEnd.analyse(recording).features);
+}
+
 Prepared prepare(const std::filesystem::path& file, FrontEnds& frontEnds) {
     Prepared result;
     try {
-        const Recording recording = readRecording(file);
-        result.rate = recording.rate;
-        result.seconds = recording.seconds();
+        result.recording = readRecording(file);
         try {
-            Matrix features = frontEnds.at(recording.rate).analyse(recording).features;
-            result.features = std::make_shared<const Matrix>(std::move(features));
+            result.features.push_back(featuresOf(result.recording, frontEnds.at(result.recording.rate)));
         } catch (const std::runtime_error& error) {
             result.complaint = file.string() + ": " + error.what();
         }
@@ -48,23 +51,50 @@ Prepared prepare(const std::filesystem::path& file, FrontEnds& frontEnds) {
     return result;
 }
 
-int mostFrequentRate(const std::vector<Prepared>& recordings) {
-    std::map<int, int> counts;
+// Of all that the team has.
+int mostFrequentRate(const std::vector<Prepared>& recordings, Team& team) {
+    std::ostringstream rates;
     for (const auto& recording : recordings)
-        if (recording.features) ++counts[recording.rate];
+        if (!recording.features.empty()) rates << recording.recording.rate << ' ';
+    std::map<int, int> counts;
+    for (const auto& member : team.gather(rates.str())) {
+        std::istringstream text(member);
+        for (int rate = 0; text >> rate;) ++counts[rate];
+    }
     const auto best = std::max_element(counts.begin(), counts.end(),
                                        [](const auto& a, const auto& b) { return a.second < b.second; });
     return best == counts.end() ? 0 : best->first;
 }
 
+void addVariants(std::vector<Prepared>& recordings, int rate, const std::vector<FrontEndSettings>& variants) {
+    std::vector<FrontEnd> frontEnds;
+    for (const auto& settings : variants) frontEnds.emplace_back(rate, settings);
+    Progress progress("analysing variants", static_cast<int>(recordings.size()));
+    forEachInParallel(static_cast<int>(recordings.size()), [&](int i) {
+        Prepared& recording = recordings[static_cast<std::size_t>(i)];
+        if (recording.complaint.empty())
+            for (const auto& frontEnd : frontEnds)
+                recording.features.push_back(featuresOf(recording.recording, frontEnd));
+        progress.advance();
+    });
+}
+
 }  // namespace
 
-Corpus loadCorpus(const std::filesystem::path& folder, const FrontEndSettings& settings) {
+Corpus loadCorpus(const std::filesystem::path& folder, const Analyses& analyses, Team& team) {
     const ProcessorTimer timer;
-    std::vector<LabelledFile> files = listRecordings(folder);
+    std::vector<LabelledFile> files;
+    std::vector<int> shares;
+    int position = 0;
+    for (auto& file : listRecordings(folder)) {
+        const int share = shareOf(position++);
+        if (!sharesOf(team).contains(share)) continue;
+        files.push_back(std::move(file));
+        shares.push_back(share);
+    }
     std::vector<Prepared> recordings(files.size());
     {
-        FrontEnds frontEnds(settings);
+        FrontEnds frontEnds(analyses.plain);
         Progress progress("reading", static_cast<int>(files.size()));
         forEachInParallel(static_cast<int>(files.size()), [&](int i) {
             const auto index = static_cast<std::size_t>(i);
@@ -74,21 +104,26 @@ Corpus loadCorpus(const std::filesystem::path& folder, const FrontEndSettings& s
     }
 
     Corpus corpus;
-    corpus.rate = mostFrequentRate(recordings);
+    corpus.preparation = timer.seconds();
+    corpus.rate = mostFrequentRate(recordings, team);
     for (std::size_t i = 0; i < files.size(); ++i) {
         Prepared& recording = recordings[i];
-        if (recording.features && recording.rate != corpus.rate) {
-            recording.complaint = files[i].path.string() + ": is sampled at " + std::to_string(recording.rate) +
-                                  " Hz, most others at " + std::to_string(corpus.rate) + " Hz";
+        if (recording.complaint.empty() && recording.recording.rate != corpus.rate) {
+            recording.complaint = files[i].path.string() + ": is sampled at " +
+                                  std::to_string(recording.recording.rate) + " Hz, most others at " +
+                                  std::to_string(corpus.rate) + " Hz";
         }
-        if (!recording.complaint.empty()) {
-            corpus.complaints.push_back(recording.complaint);
-            continue;
-        }
-        corpus.seconds += recording.seconds;
-        corpus.utterances.push_back({std::move(files[i]), std::move(recording.features), recording.seconds});
+        if (!recording.complaint.empty()) corpus.complaints.push_back(recording.complaint);
     }
-    corpus.preparation = timer.seconds();
+    if (corpus.rate != 0) addVariants(recordings, corpus.rate, analyses.variants);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        Prepared& recording = recordings[i];
+        if (!recording.complaint.empty()) continue;
+        const double seconds = recording.recording.seconds();
+        corpus.seconds += seconds;
+        Example example{files[i].label.word, shares[i], std::move(recording.features)};
+        corpus.utterances.push_back({std::move(files[i]), std::move(example), seconds});
+    }
     return corpus;
 }
 

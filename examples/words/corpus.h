@@ -7,26 +7,35 @@
 #include <vector>
 
 #include "front_end.h"
+#include "recogniser.h"
 
 namespace words {
 
 struct Utterance {
     LabelledFile file;
-    std::shared_ptr<const Matrix> features;
+    Example example;
     double seconds = 0;  // of speech
+    const Matrix& features() const { return *example.features.front(); }
 };
 
 struct Corpus {
     int rate = 0;  // Hz, of all utterances
     std::vector<Utterance> utterances;
     double seconds = 0;                   // of speech in all
-    double preparation = 0;               // seconds of processor time that reading and analysis took
+    double preparation = 0;               // seconds of processor time that reading and one analysis took
     std::vector<std::string> complaints;  // a message for each file that could not be used
 };
 
-// The recordings of the folder's most frequent sample rate; those of other rates are complained about.
+// How recordings are analysed: for recognition, and in which other ways for training.
+struct Analyses {
+    FrontEndSettings plain;
+    std::vector<FrontEndSettings> variants;
+};
+
+// The recordings of the folder's most frequent sample rate; those of other rates are complained about.  A member of a
+// team gets its shares of them.
 // Throws std::runtime_error if there is no such folder; it may hold nothing of use.
-Corpus loadCorpus(const std::filesystem::path& folder, const FrontEndSettings& settings = {});
+Corpus loadCorpus(const std::filesystem::path& folder, const Analyses& analyses, Team& team);
 
 }  // namespace words
 

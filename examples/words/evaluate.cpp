@@ -47,7 +47,7 @@ std::size_t longest(const std::set<std::string>& texts, std::size_t atLeast) {
 
 }  // namespace
 
-Evaluation::Evaluation(const Corpus& corpus, const Split& split) {
+Evaluation::Evaluation(const Corpus& corpus, const Split& split, std::string_view kind) : kind_(kind) {
     std::set<std::string> speakers;
     for (const auto& utterance : corpus.utterances) speakers.insert(utterance.file.label.speaker);
     const auto run = [&](const auto& isTest) {
@@ -78,21 +78,23 @@ void Evaluation::runFold(const Corpus& corpus, const std::vector<bool>& isTest) 
         if (isTest[i]) {
             tests.push_back(&utterance);
         } else {
-            examples.push_back({utterance.file.label.word, utterance.features});
+            examples.push_back(utterance.example);
             known.insert(utterance.file.label.word);
         }
     }
     if (tests.empty()) throw std::runtime_error("no recording is chosen for the test");
     if (known.size() < 2) throw std::runtime_error("the recordings left for training hold fewer than two words");
 
-    const auto recogniser = makeRecogniser();
-    recogniser->train(std::move(examples));
+    const auto recogniser = makeRecogniser(kind_);
+    Team alone;
+    std::ostringstream unread;
+    recogniser->train(std::move(examples), alone, unread);
     std::vector<std::string> recognised(tests.size());
     Progress progress("recognising", static_cast<int>(tests.size()));
     const ProcessorTimer timer;
     forEachInParallel(static_cast<int>(tests.size()), [&](int i) {
         const auto index = static_cast<std::size_t>(i);
-        recognised[index] = recogniser->recognise(*tests[index]->features).front().word;
+        recognised[index] = recogniser->recognise(tests[index]->features()).front().word;
         progress.advance();
     });
     const double matching = timer.seconds();

@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "corpus.h"
@@ -22,7 +23,7 @@ struct Split {
 class Evaluation {
   public:
     // Throws std::runtime_error if the split leaves nothing to train on or nothing to recognise.
-    Evaluation(const Corpus& corpus, const Split& split);
+    Evaluation(const Corpus& corpus, const Split& split, std::string_view kind);
     // Accuracy by speaker and word, confusions, speed; the last line is the accuracy of all.
     void print(std::ostream& out) const;
 
@@ -35,6 +36,7 @@ class Evaluation {
     void printAccuracy(std::ostream& out) const;
     void printConfusions(std::ostream& out) const;
 
+    std::string_view kind_;  // of the recogniser
     std::vector<Trial> trials_;
     std::vector<std::string> unknownWords_;  // that some fold had no training for
     double testedSeconds_ = 0;               // of speech

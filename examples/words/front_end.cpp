@@ -12,6 +12,7 @@ constexpr float kMelDiv = 700;
 constexpr double kNepersPerDb = 0.2302585;          // of energy; half as many of magnitude
 constexpr double kLeastEnergy = 1;                  // of a frame in the range of 16-bit audio
 constexpr float kLeastVariance = 1e-3F;             // keeps a constant column from being blown up
+constexpr float kLargestPower = 10;                 // gives compressed spectra about the range of logarithms
 constexpr int kDerivativeRows = 6;                  // the fewest that two windows of +-2 rows take
 constexpr float kDerivativeScale = 1.0F / (2 * 5);  // regression over +-2 rows: 1 / (2 * (1*1 + 2*2))
 
@@ -21,22 +22,25 @@ float maximum(const float* values, int count) {
     return result;
 }
 
-// Gives each of the first `cols` columns the mean 0 and the variance 1.  What stays the same through a recording
-// (microphone, room) or differs from speaker to speaker by a factor thereby cancels to a good part.
-void normaliseColumns(Matrix& m, int cols) {
-    const float share = 1.0F / static_cast<float>(m.rows());
+// Takes a share of its mean off each of the first `cols` columns.  What stays the same through a recording (microphone,
+// room) thereby cancels to a good part.
+void takeMeansOff(Matrix& m, int cols, float share) {
     Vector mean(cols);
     for (int t = 0; t < m.rows(); ++t) check(kelsAdd_32f_I(m.row(t), mean.data(), cols), "kelsAdd_32f_I");
-    check(kelsMulC_32f_I(share, mean.data(), cols), "kelsMulC_32f_I");
+    check(kelsMulC_32f_I(share / static_cast<float>(m.rows()), mean.data(), cols), "kelsMulC_32f_I");
+    for (int t = 0; t < m.rows(); ++t) check(kelsSub_32f_I(mean.data(), m.row(t), cols), "kelsSub_32f_I");
+}
 
+// Gives each of the first `cols` columns, whose means are 0, the variance 1: what differs from speaker to speaker by a
+// factor cancels.
+void makeVariancesOne(Matrix& m, int cols) {
     Vector scale(cols);  // first the variance, then 1 / standard deviation
     Vector square(cols);
     for (int t = 0; t < m.rows(); ++t) {
-        check(kelsSub_32f_I(mean.data(), m.row(t), cols), "kelsSub_32f_I");
         check(kelsMul_32f(m.row(t), m.row(t), square.data(), cols), "kelsMul_32f");
         check(kelsAdd_32f_I(square.data(), scale.data(), cols), "kelsAdd_32f_I");
     }
-    check(kelsMulC_32f_I(share, scale.data(), cols), "kelsMulC_32f_I");
+    check(kelsMulC_32f_I(1.0F / static_cast<float>(m.rows()), scale.data(), cols), "kelsMulC_32f_I");
     check(kelsSet_32f(kLeastVariance, square.data(), cols), "kelsSet_32f");
     check(kelsMaxEvery_32f_I(square.data(), scale.data(), cols), "kelsMaxEvery_32f_I");
     check(kelsRecSqrt_32f(scale.data(), cols, kLeastVariance), "kelsRecSqrt_32f");
@@ -72,9 +76,10 @@ FrontEnd::FrontEnd(int rate, const FrontEndSettings& settings)
     if (frameLength_ < 16 || frameStep_ < 1 || rateHz < 4 * settings.lowHz)
         throw std::runtime_error("a sample rate of " + std::to_string(rate) + " Hz is too low for speech");
     KelFilterBank_32f* bank = nullptr;
-    check(kelsMelFBankInitAlloc_32f(&bank, &fftOrder_, frameLength_, rateHz, settings.lowHz,
-                                    std::min(settings.highHz, rateHz / 2), settings.filters, kMelMul, kMelDiv,
-                                    kelFBankWeightMel),
+    const float highHz = std::min(settings.highHz, settings.highShare * rateHz / 2);
+    check(kelsMelFBankInitAlloc_32f(&bank, &fftOrder_, frameLength_, rateHz, settings.lowHz * settings.warp,
+                                    std::min(highHz * settings.warp, rateHz / 2), settings.filters, kMelMul,
+                                    kMelDiv * settings.warp, kelFBankWeightMel),
           "kelsMelFBankInitAlloc_32f");
     filterBank_.reset(bank);
     KelFFTSpec_R_32f* fft = nullptr;
@@ -173,7 +178,12 @@ FrontEnd::Spectra FrontEnd::spectra(const Vector& signal) const {
     for (int t = 0; t < frames; ++t) {
         float* const row = result.logMel.row(t);
         check(kelsMaxEvery_32f_I(floor.data(), row, filters), "kelsMaxEvery_32f_I");
-        for (int i = 0; i < filters; ++i) row[i] = std::log(row[i]);
+        if (settings_.compression == 0) {
+            for (int i = 0; i < filters; ++i) row[i] = std::log(row[i]);
+        } else {
+            check(kelsMulC_32f_I(1 / largest, row, filters), "kelsMulC_32f_I");
+            for (int i = 0; i < filters; ++i) row[i] = kLargestPower * std::pow(row[i], settings_.compression);
+        }
     }
     return result;
 }
@@ -186,7 +196,8 @@ Matrix FrontEnd::statics(const Spectra& spectra, int begin, int end) const {
         check(kelsDCTLifter_32f(spectra.logMel.row(t), row, dct_.get()), "kelsDCTLifter_32f");
         row[cepstra] = spectra.logEnergies[t];
     }
-    normaliseColumns(result, cepstra);
+    takeMeansOff(result, cepstra, settings_.meanShare);
+    if (settings_.normaliseVariance) makeVariancesOne(result, cepstra);
     check(kelsNormEnergy_32f(result.row(0) + cepstra, result.step(), result.rows(), settings_.energySpanDb,
                              settings_.energyScale),
           "kelsNormEnergy_32f");

@@ -17,7 +17,10 @@ struct FrontEndSettings {
     float stepSeconds = 0.010F;
     float preEmphasis = 0.97F;
     float lowHz = 100;
-    float highHz = 8000;  // or half the sample rate if that is lower
+    float highHz = 8000;
+    float highShare = 1;  // of half the sample rate, where that is lower than highHz
+    // All frequencies of the filter bank, edges included, are this much higher: a vocal tract so much shorter.
+    float warp = 1;
     int filters = 24;
     int cepstra = 14;
     int lifter = 22;
@@ -27,6 +30,12 @@ struct FrontEndSettings {
     float wordSpanDb = 30;
     // Filter outputs further than this below the largest of the recording count as background.
     float spectrumSpanDb = 70;
+    // 0: logarithms of filter outputs.  Otherwise a power of them, relative to the largest of the recording, so that
+    // what noise does to the quiet parts counts little.
+    float compression = 0;
+    // How much of each cepstrum's mean over the word is taken off, and whether its variance is made 1.
+    float meanShare = 1;
+    bool normaliseVariance = true;
     float energySpanDb = 50;
     // What a change of energy by a factor e weighs beside cepstra of unit variance.
     float energyScale = 0.5F;
@@ -34,7 +43,7 @@ struct FrontEndSettings {
 
 // The stages that are worth a look.
 struct Analysis {
-    Matrix logMel;      // natural logarithm of the filter outputs, a row a frame
+    Matrix logMel;      // natural logarithm (or the power) of the filter outputs, a row a frame
     int wordBegin = 0;  // the frames that belong to the word: wordBegin .. wordEnd - 1
     int wordEnd = 0;
     Matrix features;  // a row a frame of the word: cepstra c1..cM and energy, their deltas, their accelerations

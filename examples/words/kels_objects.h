@@ -38,6 +38,16 @@ class Vector {
         if (length < 0 || (length > 0 && !values_)) throw std::bad_alloc();
         if (length > 0) check(kelsZero_32f(data(), length), "kelsZero_32f");
     }
+    Vector(const Vector& other) : Vector(other.length_) {
+        if (length_ > 0) check(kelsCopy_32f(other.data(), data(), length_), "kelsCopy_32f");
+    }
+    Vector(Vector&&) = default;
+    Vector& operator=(Vector other) {
+        std::swap(values_, other.values_);
+        std::swap(length_, other.length_);
+        return *this;
+    }
+    ~Vector() = default;
     Kel32f* data() { return values_.get(); }
     const Kel32f* data() const { return values_.get(); }
     int size() const { return length_; }

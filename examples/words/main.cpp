@@ -10,7 +10,7 @@
 #include "corpus.h"
 #include "draw.h"
 #include "evaluate.h"
-#include "model.h"
+#include "learn.h"
 
 namespace {
 
@@ -23,6 +23,8 @@ constexpr std::string_view kUsage =
        words show FILE -o PICTURE          draw waveform, spectra and cepstra (PICTURE: .png or .svg)
 
 Recordings are any audio files that libsndfile reads, of one sample rate, named WORD_SPEAKER_INDEX.wav or the like.
+
+train and evaluate learn hidden Markov models; with --templates they keep the recordings and compare by time warping.
 
 evaluate leaves out each speaker in turn and recognises that speaker from the others, unless CHOICE is
   --leave-speaker NAME   recognise the recordings of this speaker only
@@ -47,7 +49,8 @@ void complain(const std::string& message) {
 // What follows the command's name: options that take a value, and the rest.
 class Arguments {
   public:
-    Arguments(std::span<char*> arguments, const std::set<std::string_view>& options) {
+    Arguments(std::span<char*> arguments, const std::set<std::string_view>& options,
+              const std::set<std::string_view>& flags = {}) {
         bool optionsEnded = false;
         for (std::size_t i = 0; i < arguments.size(); ++i) {
             const std::string_view argument = arguments[i];
@@ -55,6 +58,9 @@ class Arguments {
                 operands_.emplace_back(argument);
             } else if (argument == "--") {
                 optionsEnded = true;
+            } else if (flags.contains(argument)) {
+                if (!flags_.insert(argument).second)
+                    throw UsageError("the option " + std::string(argument) + " is given twice");
             } else if (!options.contains(argument)) {
                 throw UsageError("unknown option " + std::string(argument));
             } else if (i + 1 == arguments.size()) {
@@ -75,6 +81,7 @@ class Arguments {
         if (const auto value = option(name)) return *value;
         throw UsageError("the option " + std::string(name) + " is missing");
     }
+    bool flag(std::string_view name) const { return flags_.contains(name); }
     const std::vector<std::string>& operands() const { return operands_; }
     const std::string& onlyOperand(std::string_view what) const {
         if (operands_.size() != 1) throw UsageError("exactly one " + std::string(what) + " is needed");
@@ -83,6 +90,7 @@ class Arguments {
 
   private:
     std::map<std::string_view, std::string> values_;
+    std::set<std::string_view> flags_;
     std::vector<std::string> operands_;
 };
 
@@ -106,24 +114,16 @@ int reportComplaints(const Corpus& corpus, const std::string& folder) {
     return corpus.complaints.empty() ? 0 : kFailure;
 }
 
+std::string_view recogniserKind(const Arguments& arguments) {
+    return arguments.flag("--templates") ? kTemplatesKind : kHmmKind;
+}
+
 int train(const Arguments& arguments) {
-    const std::string& folder = arguments.onlyOperand("folder");
-    const std::string modelFile = arguments.requiredOption("-o");
-    Corpus corpus = loadCorpus(folder);
-    const int status = reportComplaints(corpus, folder);
-    std::vector<Example> examples;
-    std::set<std::string> words;
-    for (const auto& utterance : corpus.utterances) {
-        examples.push_back({utterance.file.label.word, utterance.features});
-        words.insert(utterance.file.label.word);
-    }
-    if (words.size() < 2) throw std::runtime_error(folder + ": holds recordings of fewer than two words");
-    Model model{FrontEnd(corpus.rate), makeRecogniser()};
-    model.recogniser->train(std::move(examples));
-    saveModel(model, modelFile);
-    std::cout << modelFile << ": " << words.size() << " words from " << corpus.utterances.size() << " recordings at "
-              << corpus.rate << " Hz\n";
-    return status;
+    Team alone;
+    return learn(recogniserKind(arguments), arguments.onlyOperand("folder"), arguments.requiredOption("-o"), alone,
+                 std::cout)
+               ? 0
+               : kFailure;
 }
 
 int recognise(const Arguments& arguments) {
@@ -164,11 +164,12 @@ int evaluate(const Arguments& arguments) {
     split.speaker = arguments.option("--leave-speaker");
     if (const auto range = arguments.option("--test-index")) split.testIndex = parseRange(*range);
     if (split.speaker && split.testIndex) throw UsageError("--leave-speaker and --test-index exclude each other");
-    FrontEndSettings settings;
-    if (const auto how = arguments.option("--trim")) settings.trim = parseTrim(*how);
-    const Corpus corpus = loadCorpus(folder, settings);
+    std::optional<Trim> trim;
+    if (const auto how = arguments.option("--trim")) trim = parseTrim(*how);
+    Team alone;
+    const Corpus corpus = loadCorpusFor(recogniserKind(arguments), folder, alone, trim);
     const int status = reportComplaints(corpus, folder);
-    const Evaluation evaluation(corpus, split);
+    const Evaluation evaluation(corpus, split, recogniserKind(arguments));
     std::cout << corpus.utterances.size() << " recordings from " << folder << '\n';
     evaluation.print(std::cout);
     return status;
@@ -202,9 +203,10 @@ int run(std::span<char*> arguments) {
     if (arguments.empty()) throw UsageError("a command is missing");
     const std::string_view command = arguments[0];
     const auto rest = arguments.subspan(1);
-    if (command == "train") return train({rest, {"-o"}});
+    if (command == "train") return train({rest, {"-o"}, {"--templates"}});
     if (command == "recognise") return recognise({rest, {}});
-    if (command == "evaluate") return evaluate({rest, {"--leave-speaker", "--test-index", "--trim"}});
+    if (command == "evaluate")
+        return evaluate({rest, {"--leave-speaker", "--test-index", "--trim"}, {"--templates"}});
     if (command == "show") return show({rest, {"-o"}});
     throw UsageError("unknown command " + std::string(command));
 }

@@ -11,23 +11,28 @@ constexpr int kMaxLifter = 10'000;
 constexpr float kMaxFrameSeconds = 1;
 
 void saveSettings(ModelWriter& writer, const FrontEndSettings& s) {
-    const std::array floats{s.frameSeconds, s.stepSeconds,    s.preEmphasis,  s.lowHz,      s.highHz,
-                            s.wordSpanDb,   s.spectrumSpanDb, s.energySpanDb, s.energyScale};
+    const std::array floats{s.frameSeconds, s.stepSeconds,  s.preEmphasis, s.lowHz,          s.highHz,
+                            s.highShare,    s.warp,         s.wordSpanDb,  s.spectrumSpanDb, s.compression,
+                            s.meanShare,    s.energySpanDb, s.energyScale};
     writer.putFloats(floats.data(), floats.size());
-    for (const int count : {s.filters, s.cepstra, s.lifter}) writer.putCount(static_cast<std::size_t>(count));
+    for (const int count : {s.filters, s.cepstra, s.lifter, s.normaliseVariance ? 1 : 0})
+        writer.putCount(static_cast<std::size_t>(count));
 }
 
 FrontEndSettings loadSettings(ModelReader& reader) {
     FrontEndSettings s;
-    for (float* const value : {&s.frameSeconds, &s.stepSeconds, &s.preEmphasis, &s.lowHz, &s.highHz, &s.wordSpanDb,
-                               &s.spectrumSpanDb, &s.energySpanDb, &s.energyScale})
+    for (float* const value :
+         {&s.frameSeconds, &s.stepSeconds, &s.preEmphasis, &s.lowHz, &s.highHz, &s.highShare, &s.warp, &s.wordSpanDb,
+          &s.spectrumSpanDb, &s.compression, &s.meanShare, &s.energySpanDb, &s.energyScale})
         reader.getFloats(value, 1);
     s.filters = static_cast<int>(reader.getCount(kMaxFilters));
     s.cepstra = static_cast<int>(reader.getCount(kMaxFilters));
     s.lifter = static_cast<int>(reader.getCount(kMaxLifter));
+    s.normaliseVariance = reader.getCount(1) == 1;
     const auto within = [](float value, float least, float most) { return value >= least && value <= most; };
     if (!within(s.frameSeconds, 0, kMaxFrameSeconds) || !within(s.stepSeconds, 0, kMaxFrameSeconds) ||
-        !within(s.wordSpanDb, 0, 1000) || !within(s.spectrumSpanDb, 0, 1000) || !within(s.energySpanDb, 0, 1000))
+        !within(s.warp, 0.1F, 10) || !within(s.compression, 0, 1) || !within(s.wordSpanDb, 0, 1000) ||
+        !within(s.spectrumSpanDb, 0, 1000) || !within(s.energySpanDb, 0, 1000))
         throw DamagedModel("a setting of its front end is out of range");
     return s;
 }

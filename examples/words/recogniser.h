@@ -2,19 +2,23 @@
 #ifndef WORDS_RECOGNISER_H
 #define WORDS_RECOGNISER_H
 
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "kels_objects.h"
+#include "front_end.h"
 #include "model_file.h"
+#include "team.h"
 
 namespace words {
 
 struct Example {
     std::string word;
-    std::shared_ptr<const Matrix> features;
+    int share = 0;  // of the training, below kShares
+    // The features of one recording; then those of its variants, of which a recogniser may learn, too.
+    std::vector<std::shared_ptr<const Matrix>> features;
 };
 
 struct Candidate {
@@ -27,8 +31,13 @@ class Recogniser {
     virtual ~Recogniser() = default;
 
     virtual std::string_view kind() const = 0;
-    // Forgets what was learned before.
-    virtual void train(std::vector<Example> examples) = 0;
+    // The features that it is made for.
+    virtual FrontEndSettings frontEnd() const = 0;
+    // How recordings are to be analysed once more each for training: as if others had spoken, or elsewhere.
+    virtual std::vector<FrontEndSettings> variants() const { return {}; }
+
+    // Forgets what was learned before.  Tells the log how it gets on.
+    virtual void train(std::vector<Example> examples, Team& team, std::ostream& log) = 0;
     // All words that it knows, the best first.  May be called from several threads at once.
     virtual std::vector<Candidate> recognise(const Matrix& features) const = 0;
     virtual void save(ModelWriter& writer) const = 0;
@@ -36,8 +45,11 @@ class Recogniser {
     virtual void load(ModelReader& reader, int featureCount) = 0;
 };
 
+inline constexpr std::string_view kHmmKind = "hidden Markov models";
+inline constexpr std::string_view kTemplatesKind = "templates";
+
 // Throws std::runtime_error for a kind that does not exist.
-std::unique_ptr<Recogniser> makeRecogniser(std::string_view kind = "templates");
+std::unique_ptr<Recogniser> makeRecogniser(std::string_view kind);
 
 }  // namespace words
 

@@ -28,9 +28,11 @@ float meanOfSmallest(std::vector<float>& costs, std::size_t count) {
 
 }  // namespace
 
-void TemplateRecogniser::train(std::vector<Example> examples) {
+void TemplateRecogniser::train(std::vector<Example> examples, Team& team, std::ostream&) {
+    if (team.size() > 1) throw std::runtime_error("templates are not learned by several processes");
     std::stable_sort(examples.begin(), examples.end(), [](const auto& a, const auto& b) { return a.word < b.word; });
-    templates_ = std::move(examples);
+    templates_.clear();
+    for (auto& example : examples) templates_.push_back({std::move(example.word), example.features.front()});
 }
 
 std::vector<Candidate> TemplateRecogniser::recognise(const Matrix& features) const {
@@ -58,7 +60,7 @@ void TemplateRecogniser::save(ModelWriter& writer) const {
 }
 
 void TemplateRecogniser::load(ModelReader& reader, int featureCount) {
-    std::vector<Example> templates;
+    std::vector<Template> templates;
     const std::size_t count = reader.getCount(std::numeric_limits<int>::max());
     for (std::size_t i = 0; i < count; ++i) {
         std::string word = reader.getText();
@@ -70,12 +72,7 @@ void TemplateRecogniser::load(ModelReader& reader, int featureCount) {
         templates.push_back({std::move(word), std::move(features)});
     }
     if (templates.empty()) throw DamagedModel("no templates");
-    train(std::move(templates));
-}
-
-std::unique_ptr<Recogniser> makeRecogniser(std::string_view kind) {
-    if (kind == TemplateRecogniser::kKind) return std::make_unique<TemplateRecogniser>();
-    throw std::runtime_error("there is no recogniser of the kind \"" + std::string(kind) + "\"");
+    templates_ = std::move(templates);
 }
 
 }  // namespace words

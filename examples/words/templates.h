@@ -8,16 +8,19 @@ namespace words {
 
 class TemplateRecogniser : public Recogniser {
   public:
-    static constexpr std::string_view kKind = "templates";
-
-    std::string_view kind() const override { return kKind; }
-    void train(std::vector<Example> examples) override;
+    std::string_view kind() const override { return kTemplatesKind; }
+    FrontEndSettings frontEnd() const override { return {}; }
+    void train(std::vector<Example> examples, Team& team, std::ostream& log) override;
     std::vector<Candidate> recognise(const Matrix& features) const override;
     void save(ModelWriter& writer) const override;
     void load(ModelReader& reader, int featureCount) override;
 
   private:
-    std::vector<Example> templates_;  // sorted by word
+    struct Template {
+        std::string word;
+        std::shared_ptr<const Matrix> features;
+    };
+    std::vector<Template> templates_;  // sorted by word
 };
 
 }  // namespace words
