@@ -2,6 +2,11 @@
 
 #include "training/vq_ordered.h"
 
+namespace kels {
+template KelStatus quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*);
+template KelStatus quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*);
+}  // namespace kels
+
 using namespace kels;
 
 namespace {

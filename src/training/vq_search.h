@@ -67,6 +67,10 @@ KelStatus quantise(const Codebook<T>& codebook, const StepRows<const T>& rows, s
     });
 }
 
+// Every search there is comes into being here, once: in vq_search.cpp.
+extern template KelStatus quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*);
+extern template KelStatus quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*);
+
 // ---- reported distances --------------------------------------------------------------------------------------------
 
 // The sum behind the distance of a vector and a codevector.
