@@ -67,7 +67,7 @@ KelStatus quantise(const Codebook<T>& codebook, const StepRows<const T>& rows, s
     });
 }
 
-// Every search there is comes into being here, once: in vq_search.cpp.
+// All searches are instantiated once, in vq_search.cpp.
 extern template KelStatus quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*);
 extern template KelStatus quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*);
 
