@@ -30,7 +30,7 @@ struct WholeColumns {
     Vec<Kel64f> load(const Kel16s* p) const { return loadWide(p); }
 };
 
-// A block that is narrower than a vector.
+// Columns too few for a vector.
 struct FewColumns {
     Vec<Kel32f> load(const Kel32f* p) const { return loadPart(p, n); }
     Vec<Kel64f> load(const Kel64f* p) const { return loadPart(p, n); }
@@ -130,14 +130,11 @@ inline constexpr std::size_t kPanelVectors = 16;
 template <class S>
 inline constexpr std::size_t kPanelColumns = kPanelVectors* lanes<S>;
 
-// body(from, n) for panels of columns.  None but the first is narrower than a vector.
+// body(from, n) for panels of columns.
 template <class S, class Body>
 void forEachPanel(int width, Body body) {
-    for (std::size_t from = 0, left = static_cast<std::size_t>(width); left > 0;) {
-        const std::size_t n = left <= kPanelColumns<S> ? left : kPanelColumns<S> - lanes<S>;
-        body(from, n);
-        from += n;
-        left -= n;
+    for (std::size_t from = 0; from < static_cast<std::size_t>(width); from += kPanelColumns<S>) {
+        body(from, std::min(static_cast<std::size_t>(width) - from, kPanelColumns<S>));
     }
 }
 
