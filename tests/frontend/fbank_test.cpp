@@ -477,6 +477,9 @@ TYPED_TEST(Bank, AccessorStatuses) {
     std::fill_n(coeffs, 20, 77.0f);
     test::expectNullChecks(F::getCenters, F::setCenters, F::getCoeffs, F::setCoeffs, F::release, F::auroraLow,
                            F::auroraHigh);
+    EXPECT_EQ(F::getCenters(held.bank, nullptr), -8);
+    EXPECT_EQ(F::getCoeffs(held.bank, 99, nullptr), -8);
+    EXPECT_EQ(F::setCoeffs(held.bank, 99, nullptr), -8);
     EXPECT_EQ(F::eval(held.bank), -69);
     EXPECT_EQ(F::getCenters(held.bank, out), -69);
     EXPECT_EQ(F::getCoeffs(held.bank, 99, coeffs), -69);
@@ -717,6 +720,7 @@ TEST(FixedBank, Statuses) {
     auto* const bank = reinterpret_cast<KelFilterBank_32s*>(buffer);
     Kel32s s = 1, d = 77;
     test::expectNullChecks(kelsEvalFBank_32f, kelsEvalFBank_16s_Sfs, kelsEvalFBank_16s32s_Sfs, kelsEvalFBank_32s_Sfs);
+    EXPECT_EQ(kelsEvalFBank_32s_Sfs(&s, nullptr, bank, 32), -8);
     EXPECT_EQ(kelsEvalFBank_32s_Sfs(&s, &d, bank, 32), -5);
     EXPECT_EQ(kelsEvalFBank_32s_Sfs(&s, &d, bank, -32), -5);
     std::vector<Kel8u> zeros(128);  // a bank of no filters
