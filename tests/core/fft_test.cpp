@@ -194,19 +194,19 @@ TEST(FftProperties, RoundingModesSurviveAndTablesDoNotDependOnThem) {
         const std::size_t n = std::size_t{1} << order;
         const Floats x = Random(5).vector<Kel32f>(n, 2);
         const std::vector<long double> exact = exactCcs(x);
-        const Spec usual = makeSpec(order, kelFftNoDiv);
+        Spec spec = makeSpec(order, kelFftNoDiv);
         Floats expected(n + 2), y(n + 2);
-        kelsFFTFwd_RToCCS_32f(x.data(), expected.data(), usual.get(), nullptr);
-        test::inEveryRoundingMode([&] {
-            const Spec spec = makeSpec(order, kelFftNoDiv);
-            kelsFFTFwd_RToCCS_32f(x.data(), y.data(), spec.get(), nullptr);
-            const int mode = std::fegetround();
-            std::fesetround(FE_TONEAREST);
+        const auto transform = [&](Floats& to) { kelsFFTFwd_RToCCS_32f(x.data(), to.data(), spec.get(), nullptr); };
+        transform(expected);
+        const auto anew = [&] {
+            spec = makeSpec(order, kelFftNoDiv);
+            transform(y);
+        };
+        test::inEveryRoundingMode(anew, [&] {
             // Errors of one sign and up to two units add up over the passes.
             EXPECT_LE(errors(y, exact).rms, 2 * kUnit * order);
-            kelsFFTFwd_RToCCS_32f(x.data(), y.data(), spec.get(), nullptr);
+            transform(y);
             EXPECT_TRUE(test::sameBits(y, expected));
-            std::fesetround(mode);
         });
     }
 }
