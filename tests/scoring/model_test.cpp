@@ -2,7 +2,7 @@
 
 #include <climits>
 #include <cmath>
-#include <memory>
+#include <deque>
 
 #include "scoring/block_matrix.h"
 #include "support/allocation.h"
@@ -56,7 +56,7 @@ TYPED_TEST(FloatModel, DeterminantIsRoundedOnce) {
             EXPECT_EQ((sign < 0 ? DETERMINANT() : DETERMINANT(_DirectVar))(v, len, &det), 0);
             const long double exact = static_cast<long double>(1.8378770664093) * len + sign * logs;
             const long double rounding = std::ldexp(std::fabs(exact), -std::numeric_limits<T>::digits);
-            EXPECT_LE(std::fabs(det - exact), bound + rounding) << len;
+            EXPECT_TRUE(test::near(det, exact, bound + rounding)) << len;
         }
     }
 }
@@ -111,8 +111,7 @@ TYPED_TEST(AnyModel, ConstantsOfAnyLength) {
         test::Guarded<T> result(len), inPlace(det.vector());
         EXPECT_EQ(CONSTANTS(, const T*, const T*, T*, int)(weight, det, result, len), 0);
         EXPECT_EQ(CONSTANTS(_I, const T*, T*, int)(weight, inPlace, len), 0);
-        EXPECT_EQ(result.vector(), expected) << len;
-        EXPECT_EQ(inPlace.vector(), expected) << len;
+        EXPECT_TRUE(result.vector() == expected && inPlace.vector() == expected) << len;
     }
 }
 
@@ -123,15 +122,6 @@ TEST(Model, ChecksPointersThenLength) {
                              kelsOutProbPreCalc_32s_I);
 }
 
-TEST(Model, IntegerHalvesGoUpAndResultsSaturate) {
-    const Kel32s weight[] = {10, 10, 10, INT_MIN, INT_MAX, 0, INT_MIN};
-    const Kel32s det[] = {3, -3, 4, 1, -2, INT_MAX, INT_MIN};
-    Kel32s result[7];
-    EXPECT_EQ(kelsOutProbPreCalc_32s(weight, det, result, 7), 0);
-    EXPECT_EQ(std::vector(result, result + 7),
-              (std::vector<Kel32s>{8, 11, 8, INT_MIN, INT_MAX, -1073741824, -1073741824}));
-}
-
 template <class T>
 class BlockModel : public testing::Test {};
 using BlockTypes = testing::Types<Kel16s, Kel32f, Kel64f>;
@@ -140,15 +130,14 @@ TYPED_TEST_SUITE(BlockModel, BlockTypes);
 template <class T>
 struct Source {
     std::vector<int> sizes;
-    std::vector<std::unique_ptr<test::Guarded<T>>> values;
+    std::deque<test::Guarded<T>> values;
     std::vector<const T*> rows;
 
     explicit Source(std::vector<int> blockSizes) : sizes(std::move(blockSizes)) {
         test::Random random(4);
         for (const int n : sizes) {
             for (int i = 0; i < n; ++i) {
-                values.push_back(std::make_unique<test::Guarded<T>>(random.vector<T>(n)));
-                rows.push_back(values.back()->data());
+                rows.push_back(values.emplace_back(random.vector<T>(n)).data());
             }
         }
     }
@@ -172,7 +161,7 @@ TYPED_TEST(BlockModel, HoldsTheRowsOfItsBlocks) {
             for (int i = 0; i < sizes[b]; ++i, ++row) {
                 const T* const p = matrix.rowPointers[row];
                 EXPECT_EQ(reinterpret_cast<uintptr_t>(p) % 16, 0u);
-                EXPECT_EQ(std::vector<T>(p, p + sizes[b]), source.values[row]->vector());
+                EXPECT_EQ(std::vector<T>(p, p + sizes[b]), source.values[row].vector());
             }
         }
         EXPECT_EQ(Blocks<T>::free(opaque), 0);

@@ -106,17 +106,6 @@ TEST_P(Selection, SetsExactlyTheBitsOfTheLists) {
     }
 }
 
-TEST(Selection, TheFirstBitIsTheMostSignificant) {
-    Kel8u row[2] = {0, 0}, *rows[] = {row}, sign = 0;
-    const Kel8u* const constRows[] = {row};
-    const Kel32s numbers[] = {0, 3, 8}, cluster = 0;
-    ASSERT_EQ(kelsFillShortlist_Row_1u(numbers, 9, 3, rows, 1, 2, 0), 0);
-    EXPECT_EQ(row[0], 0x90);
-    EXPECT_EQ(row[1], 0x80);
-    ASSERT_EQ(kelsBuildSignTable_8u1u(&cluster, 1, const_cast<const Kel8u**>(constRows), 1, 2, 3, &sign, 1, 6), 0);
-    EXPECT_EQ(sign, 0x84);
-}
-
 // Faults in the order in which they must be found; of two, the first wins and nothing is written.
 TEST_P(Selection, ReportsTheFirstFault) {
     const Form& form = GetParam();
