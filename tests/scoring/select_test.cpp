@@ -27,33 +27,19 @@ struct Form {
     bool variable;
     std::function<KelStatus(const Call&)> run;
 };
+#define FORM(kind, variable, name, ...)                                                    \
+    {                                                                                      \
+#name, Kind::kind, variable, [](const Call& c) { return kels##name(__VA_ARGS__); } \
+    }
 const Form kForms[] = {
-    {"Row", Kind::Rows, false,
-     [](const Call& c) {
-         return kelsFillShortlist_Row_1u(c.numbers, c.bound, c.n, c.rows, c.lists, c.step, c.offset);
-     }},
-    {"RowVar", Kind::Rows, true,
-     [](const Call& c) {
-         return kelsFillShortlist_RowVar_1u(c.numbers, c.bound, c.counts, c.rows, c.lists, c.step, c.offset);
-     }},
-    {"Column", Kind::Columns, false,
-     [](const Call& c) {
-         return kelsFillShortlist_Column_1u(c.numbers, c.n, c.rows, c.bound, c.step, c.offset, c.lists);
-     }},
-    {"ColumnVar", Kind::Columns, true,
-     [](const Call& c) {
-         return kelsFillShortlist_ColumnVar_1u(c.numbers, c.counts, c.rows, c.bound, c.step, c.offset, c.lists);
-     }},
-    {"Signs", Kind::Signs, false,
-     [](const Call& c) {
-         return kelsBuildSignTable_8u1u(c.numbers, c.n, const_cast<const Kel8u**>(c.rows), c.bound, c.step, c.offset,
-                                        c.dst, c.lists, c.width);
-     }},
-    {"SignsVar", Kind::Signs, true,
-     [](const Call& c) {
-         return kelsBuildSignTable_Var_8u1u(c.numbers, c.counts, const_cast<const Kel8u**>(c.rows), c.bound, c.step,
-                                            c.offset, c.dst, c.lists, c.width);
-     }},
+    FORM(Rows, false, FillShortlist_Row_1u, c.numbers, c.bound, c.n, c.rows, c.lists, c.step, c.offset),
+    FORM(Rows, true, FillShortlist_RowVar_1u, c.numbers, c.bound, c.counts, c.rows, c.lists, c.step, c.offset),
+    FORM(Columns, false, FillShortlist_Column_1u, c.numbers, c.n, c.rows, c.bound, c.step, c.offset, c.lists),
+    FORM(Columns, true, FillShortlist_ColumnVar_1u, c.numbers, c.counts, c.rows, c.bound, c.step, c.offset, c.lists),
+    FORM(Signs, false, BuildSignTable_8u1u, c.numbers, c.n, const_cast<const Kel8u**>(c.rows), c.bound, c.step,
+         c.offset, c.dst, c.lists, c.width),
+    FORM(Signs, true, BuildSignTable_Var_8u1u, c.numbers, c.counts, const_cast<const Kel8u**>(c.rows), c.bound, c.step,
+         c.offset, c.dst, c.lists, c.width),
 };
 void PrintTo(const Form& form, std::ostream* out) {
     *out << form.name;
@@ -73,8 +59,8 @@ struct Problem {
                   : form.kind == Kind::Columns ? lists
                                                : width),
           rowBytes((offset + rowBits + 7) / 8),
-          table(static_cast<std::size_t>((form.kind == Kind::Rows ? lists : bound) * rowBytes)),
-          dst(static_cast<std::size_t>(lists * ((width + 7) / 8))) {
+          table((form.kind == Kind::Rows ? lists : bound) * rowBytes),
+          dst(std::vector<Kel8u>(lists * ((width + 7) / 8), 0xa5)) {
         for (int i = 0; i < lists; ++i) counts.push_back(form.variable ? random.between(1, n) : n);
         for (const int count : counts) {
             for (int k = 0; k < count; ++k) numbers.push_back(random.between(0, bound - 1));
@@ -83,17 +69,10 @@ struct Problem {
         for (std::size_t i = 0; i < table.size(); ++i) {
             table[i] = static_cast<Kel8u>(random.between(0, 255) & random.between(0, 255));
         }
-        for (std::size_t i = 0; i < dst.size(); ++i) dst[i] = 0xa5;
-        for (std::size_t at = 0; at < table.size(); at += static_cast<std::size_t>(rowBytes)) {
-            rows.insert(rows.begin(), table.data() + at);
-        }
+        for (Kel8u* row = table + table.size(); row != table; rows.push_back(row)) row -= rowBytes;
         call = {numbers.data(), counts.data(), n, bound, lists, rowBytes, offset, width, rows.data(), dst.data()};
     }
 };
-
-bool bit(const Kel8u* row, int p) {
-    return (row[p >> 3] & (1 << (7 - (p & 7)))) != 0;
-}
 
 class Selection : public ::testing::TestWithParam<Form> {};
 INSTANTIATE_TEST_SUITE_P(Forms, Selection, ::testing::ValuesIn(kForms),
@@ -106,50 +85,25 @@ TEST_P(Selection, SetsExactlyTheBitsOfTheLists) {
         const int lists = random.between(1, 20), bound = random.between(1, 40), n = random.between(1, 6);
         const int offset = random.between(0, 19), width = round % 4 ? random.between(1, 41) : 8 * random.between(1, 9);
         Problem p(form, random, lists, bound, n, width, offset);
-        std::vector<std::vector<int>> before;
-        for (const Kel8u* row : p.rows) {
-            auto& bits = before.emplace_back();
-            for (int i = 0; i < 8 * p.rowBytes; ++i) bits.push_back(bit(row, i));
+        auto table = p.table.vector(), dst = p.dst.vector();
+        if (form.kind == Kind::Signs) std::fill(dst.begin(), dst.end(), Kel8u{0});
+        const auto mask = [](std::size_t bit) { return static_cast<Kel8u>(128 >> bit % 8); };
+        const Kel32s* number = p.numbers.data();
+        for (int i = 0; i < lists; ++i) {
+            for (int k = 0; k < p.counts[i]; ++k, ++number) {
+                const Kel8u* const row = p.rows[form.kind == Kind::Rows ? i : *number];
+                const std::size_t first = 8 * (row - p.table.data()) + offset;
+                const std::size_t flipped = first + (form.kind == Kind::Rows ? *number : i);
+                if (form.kind != Kind::Signs) table[flipped / 8] ^= mask(flipped);
+                for (int j = 0; form.kind == Kind::Signs && j < width; ++j) {
+                    if (table[(first + j) / 8] & mask(first + j)) dst[i * ((width + 7) / 8) + j / 8] |= mask(j);
+                }
+            }
         }
         ASSERT_EQ(form.run(p.call), 0);
-
-        auto expected = before;
-        std::size_t at = 0;
-        for (int i = 0; i < lists; ++i) {
-            std::vector<int> sign(static_cast<std::size_t>(8 * ((width + 7) / 8)));
-            for (int k = 0; k < p.counts[static_cast<std::size_t>(i)]; ++k) {
-                const int number = p.numbers[at++];
-                const auto row = static_cast<std::size_t>(form.kind == Kind::Rows ? i : number);
-                if (form.kind != Kind::Signs) {
-                    expected[row][static_cast<std::size_t>(offset + (form.kind == Kind::Rows ? number : i))] ^= 1;
-                    continue;
-                }
-                for (int j = 0; j < width; ++j) {
-                    sign[static_cast<std::size_t>(j)] |= before[row][static_cast<std::size_t>(offset + j)];
-                }
-            }
-            if (form.kind != Kind::Signs) continue;
-            for (std::size_t j = 0; j < sign.size(); ++j) {
-                ASSERT_EQ(bit(p.dst + i * ((width + 7) / 8), static_cast<int>(j)), sign[j]) << i << ' ' << j;
-            }
-        }
-        for (std::size_t row = 0; row < expected.size(); ++row) {
-            for (std::size_t i = 0; i < expected[row].size(); ++i) {
-                ASSERT_EQ(bit(p.rows[row], static_cast<int>(i)), expected[row][i]) << row << ' ' << i;
-            }
-        }
+        ASSERT_EQ(p.table.vector(), table);
+        ASSERT_EQ(p.dst.vector(), dst);
     }
-}
-
-TEST(Selection, TheFirstBitIsTheMostSignificant) {
-    Kel8u row[2] = {0, 0}, *rows[] = {row}, sign = 0;
-    const Kel8u* const constRows[] = {row};
-    const Kel32s numbers[] = {0, 3, 8}, cluster = 0;
-    ASSERT_EQ(kelsFillShortlist_Row_1u(numbers, 9, 3, rows, 1, 2, 0), 0);
-    EXPECT_EQ(row[0], 0x90);
-    EXPECT_EQ(row[1], 0x80);
-    ASSERT_EQ(kelsBuildSignTable_8u1u(&cluster, 1, const_cast<const Kel8u**>(constRows), 1, 2, 3, &sign, 1, 6), 0);
-    EXPECT_EQ(sign, 0x84);
 }
 
 // Faults in the order in which they must be found; of two, the first wins and nothing is written.
@@ -159,16 +113,15 @@ TEST_P(Selection, ReportsTheFirstFault) {
         KelStatus status;
         std::function<void(Problem&)> make;
     };
-    std::vector<Fault> faults = {{kelStatusNullPtr, [](Problem& p) { p.call.numbers = nullptr; }},
-                                 {kelStatusNullPtr, [](Problem& p) { p.call.rows = nullptr; }}};
+    std::vector<Fault> faults;
     const auto add = [&](KelStatus status, auto make) { faults.push_back({status, make}); };
+    const bool signs = form.kind == Kind::Signs;
+    add(kelStatusNullPtr, [](Problem& p) { p.call.numbers = nullptr; });
+    add(kelStatusNullPtr, [](Problem& p) { p.call.rows = nullptr; });
     if (form.variable) add(kelStatusNullPtr, [](Problem& p) { p.call.counts = nullptr; });
-    if (form.kind == Kind::Signs) add(kelStatusNullPtr, [](Problem& p) { p.call.dst = nullptr; });
-    if (form.variable)
-        add(kelStatusSize, [](Problem& p) { p.counts.back() = 0; });
-    else
-        add(kelStatusSize, [](Problem& p) { p.call.n = 0; });
-    if (form.kind == Kind::Signs) add(kelStatusSize, [](Problem& p) { p.call.width = 0; });
+    if (signs) add(kelStatusNullPtr, [](Problem& p) { p.call.dst = nullptr; });
+    add(kelStatusSize, [](Problem& p) { p.call.n = p.counts.back() = 0; });
+    if (signs) add(kelStatusSize, [](Problem& p) { p.call.width = 0; });
     add(kelStatusSize, [](Problem& p) { p.call.lists = 0; });
     add(kelStatusSize, [](Problem& p) { p.call.bound = 0; });
     add(kelStatusSize, [](Problem& p) { p.call.step = 0; });

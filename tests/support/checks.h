@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -25,7 +26,7 @@ struct Places {
 template <Places places, class... A>
 void expectChecks(const std::vector<KelStatus>& order, int leastHeight, KelStatus (*f)(A...)) {
     constexpr auto n = static_cast<int>(sizeof...(A));
-    std::array<unsigned char, 64> memory;
+    alignas(std::max_align_t) std::array<unsigned char, 64> memory;  // also for what a check reads of a structure
     for (int faults = 1; faults < 16; ++faults) {
         const bool step = places.step >= 0 && faults & 1, height = places.height >= 0 && faults & 2, width = faults & 4;
         for (int null = faults & 8 ? 0 : n; null < (faults & 8 ? n : n + 1); ++null) {

@@ -43,6 +43,11 @@ template <class A, class B>
     return ::testing::AssertionSuccess();
 }
 
+inline ::testing::AssertionResult near(long double got, long double exact, long double bound) {
+    if (std::fabs(got - exact) <= bound) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << got << " instead of " << exact << ", bound " << bound;
+}
+
 // The value made opaque to the optimiser, so that it is computed in the rounding mode of this moment.
 template <class T>
 T opaque(T v) {

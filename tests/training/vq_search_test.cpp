@@ -18,58 +18,52 @@ class VqSearch : public ::testing::Test {};
 using ElementTypes = ::testing::Types<Kel32f, Kel16s>;
 TYPED_TEST_SUITE(VqSearch, ElementTypes);
 
-struct Shape {
-    int width, count, height;
-    bool weighted;
-};
-std::vector<Shape> shapes() {
-    std::vector<Shape> all;
+// Codebooks of vectors on a small lattice, where many distances are equal, and rows to look for: also from outside of
+// what the codevectors span.  Calls body(codebook, vectors, weights, width, rows).
+template <class T, class Body>
+void forCodebooks(int height, Body body) {
+    Random random(3);
     for (const int width : {1, 2, 3, 4, 5, 8, 9, 17, 39, 129}) {
         for (const int count : {1, 2, 10, 11, 65, 130}) {
-            for (const int height : {1, 5, 67})
-                all.push_back({width, count, height, (width + count + height) % 2 == 0});
+            SCOPED_TRACE(::testing::Message() << width << " wide, " << count << " codevectors, " << height << " rows");
+            const int range = width <= 2 ? 30 : 3;
+            const bool weighted = (width + count + height) % 2 == 0;
+            const auto vectors = test::smallIntegers<T>(random, count * width, -range, range);
+            const auto weights = weighted ? test::smallIntegers<T>(random, width, 0, 3) : std::vector<T>();
+            const Owned<T> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
+            ASSERT_EQ(codebook.status, 0);
+            const int places = (height - 1) * (width + 2) + width;
+            const Guarded<T> rows(test::smallIntegers<T>(random, places, -2 * range, 2 * range));
+            body(codebook, vectors, weights, width, rows);
         }
     }
-    return all;
+}
+
+template <class T>
+typename Vq<T>::Distance rounded(double square) {
+    return static_cast<typename Vq<T>::Distance>(std::is_integral_v<T> ? std::nearbyint(std::sqrt(square))
+                                                                       : std::sqrt(square));
 }
 
 TYPED_TEST(VqSearch, FindsTheFirstOfTheNearest) {
     using T = TypeParam;
-    Random random(3);
     int grids = 0;
-    for (const auto& [width, count, height, weighted] : shapes()) {
-        SCOPED_TRACE(::testing::Message() << width << " wide, " << count << " codevectors, " << height << " rows");
-        const int range = width <= 2 ? 30 : 3, step = width + 2;
-        const auto vectors = test::smallIntegers<T>(random, count * width, -range, range);
-        const auto weights = weighted ? test::smallIntegers<T>(random, width, 0, 3) : std::vector<T>();
-        const Owned<T> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
-        ASSERT_EQ(codebook.status, 0);
-        if constexpr (std::is_same_v<T, Kel32f>) grids += codebook.get()->flags & kelCdbkHasGrid;
-
-        // Also from outside of what the codevectors span.
-        const auto rows = test::smallIntegers<T>(random, (height - 1) * step + width, -2 * range, 2 * range);
-        const Guarded<T> src(rows);
-        Guarded<Kel32s> indices(static_cast<std::size_t>(height)), again(static_cast<std::size_t>(height));
-        Guarded<typename Vq<T>::Distance> distances(static_cast<std::size_t>(height));
-        ASSERT_EQ(Vq<T>::quantise(src.data(), step, indices, height, codebook.get()), 0);
-        ASSERT_EQ(Vq<T>::distances(src.data(), step, again, distances, height, codebook.get(), 0), 0);
-        for (int i = 0; i < height; ++i) {
-            const auto exact = test::squaredDistances(src.data() + i * step, vectors, weights, width);
-            const int nearest = test::inOrder(exact)[0];
-            ASSERT_EQ(indices[i], nearest) << "row " << i;
-            ASSERT_EQ(again[i], nearest) << "row " << i;
-            const double root = std::sqrt(exact[static_cast<std::size_t>(nearest)]);
-            ASSERT_EQ(distances[i], std::is_integral_v<T> ? std::nearbyint(root) : static_cast<Kel32f>(root));
-        }
-        if (weighted) continue;
-        const auto expected = indices.vector();
-        ASSERT_EQ(Vq<T>::full(src.data(), step, again, height, codebook.get(), width), 0);
-        EXPECT_EQ(again.vector(), expected);
-        for (int k = 0; k < 4; ++k) {
-            const KelStatus status = Vq<T>::fixedFull[k](src.data(), step, again, height, codebook.get());
-            ASSERT_EQ(status, width == 1 << k ? 0 : kelStatusSize);
-            EXPECT_EQ(again.vector(), expected);
-        }
+    for (const int height : {1, 5, 67}) {
+        forCodebooks<T>(height, [&](auto& codebook, auto& vectors, auto& weights, int width, auto& src) {
+            if constexpr (std::is_same_v<T, Kel32f>) grids += codebook.get()->flags & kelCdbkHasGrid;
+            const int step = width + 2;
+            Guarded<Kel32s> indices(height), again(height);
+            Guarded<typename Vq<T>::Distance> distances(height);
+            ASSERT_EQ(Vq<T>::quantise(src.data(), step, again, height, codebook.get()), 0);
+            ASSERT_EQ(Vq<T>::distances(src.data(), step, indices, distances, height, codebook.get(), 0), 0);
+            EXPECT_EQ(again.vector(), indices.vector());
+            for (int i = 0; i < height; ++i) {
+                const auto exact = test::squaredDistances(src.data() + i * step, vectors, weights, width);
+                ASSERT_EQ(indices[i], test::inOrder(exact)[0]) << "row " << i;
+                ASSERT_EQ(distances[i], rounded<T>(exact[indices[i]]));
+            }
+            if (weights.empty()) test::quantised(src, step, height, codebook);
+        });
     }
     EXPECT_GE(grids, (std::is_same_v<T, Kel32f> ? 4 : 0)) << "too few shapes had a grid";
 }
@@ -80,17 +74,17 @@ TEST(VqSearch32f, IsAsNearAsRoundingAllows) {
     for (const int width : {1, 2, 3, 8, 39, 200}) {
         for (const int height : {1, 50}) {
             const int count = 90;
-            const auto vectors = random.vector<Kel32f>(static_cast<std::size_t>(count * width), 2);
-            const auto rows = random.vector<Kel32f>(static_cast<std::size_t>(height * width), 2);
+            const auto vectors = random.vector<Kel32f>(count * width, 2);
+            const auto rows = random.vector<Kel32f>(height * width, 2);
             const Owned<Kel32f> codebook(vectors, {}, width, width, count, kelCdbkExhaustive);
-            Guarded<Kel32s> indices(static_cast<std::size_t>(height));
-            Guarded<Kel32f> distances(static_cast<std::size_t>(height));
+            Guarded<Kel32s> indices(height);
+            Guarded<Kel32f> distances(height);
             ASSERT_EQ(kelsVQDist_32f(rows.data(), width, indices, distances, height, codebook.get()), 0);
             // Each term is rounded three times at most, and a sum of n terms n - 1 times.
             const double bound = (width + 3) * std::numeric_limits<Kel32f>::epsilon() / 2;
             for (int i = 0; i < height; ++i) {
                 const auto exact = test::squaredDistances(rows.data() + i * width, vectors, {}, width);
-                const double found = exact[static_cast<std::size_t>(indices[i])];
+                const double found = exact[indices[i]];
                 EXPECT_LE(found, *std::min_element(exact.begin(), exact.end()) * (1 + 1e-6) * (1 + 2.1 * bound));
                 EXPECT_NEAR(distances[i], std::sqrt(found), std::sqrt(found) * (bound / 2 + 6e-8));
             }
@@ -102,11 +96,9 @@ TEST(VqSearch32f, IsAsNearAsRoundingAllows) {
 TEST(VqSearch16s, IsExactOverTheWholeRange) {
     Random random(7);
     for (const int width : {1, 2, 3, 39, 300}) {
-        const auto some = [&](int n) { return random.vector<Kel16s>(static_cast<std::size_t>(n * width)); };
-        std::vector<Kel16s> weights = test::smallIntegers<Kel16s>(random, width, 32000, 32767);
+        const auto some = [&](int n) { return random.vector<Kel16s>(n * width); };
         const auto vectors = some(30), rows = some(20);
-        for (const bool weighted : {false, true}) {
-            const std::vector<Kel16s> used = weighted ? weights : std::vector<Kel16s>();
+        for (const auto& used : {std::vector<Kel16s>(), test::smallIntegers<Kel16s>(random, width, 32000, 32767)}) {
             const Owned<Kel16s> codebook(vectors, used, width, width, 30, kelCdbkExhaustive);
             for (const int scaleFactor : {0, 1, 5, 40, -1, -9, -40, INT_MAX, INT_MIN}) {
                 Guarded<Kel32s> indices(20), distances(20);
@@ -115,12 +107,10 @@ TEST(VqSearch16s, IsExactOverTheWholeRange) {
                 });
                 for (int i = 0; i < 20; ++i) {
                     const auto exact = test::squaredDistances(rows.data() + i * width, vectors, used, width);
-                    EXPECT_EQ(indices[i], test::inOrder(exact)[0]);
-                    const int held = std::clamp(scaleFactor, -200, 200);
-                    const long double root =
-                        std::sqrt(static_cast<long double>(exact[static_cast<std::size_t>(indices[i])]));
-                    const long double scaled = std::min(std::ldexp(root, -held), 2147483647.0L);
-                    EXPECT_EQ(distances[i], std::nearbyint(scaled)) << scaleFactor;
+                    ASSERT_EQ(indices[i], test::inOrder(exact)[0]);
+                    const long double root = std::sqrt(static_cast<long double>(exact[indices[i]]));
+                    const long double scaled = std::ldexp(root, -std::clamp(scaleFactor, -200, 200));
+                    EXPECT_EQ(distances[i], std::nearbyint(std::min(scaled, 2147483647.0L))) << scaleFactor;
                 }
             }
         }
@@ -131,49 +121,40 @@ TEST(VqSearch16s, IsExactOverTheWholeRange) {
 
 TYPED_TEST(VqSearch, ListsInOrder) {
     using T = TypeParam;
-    Random random(11);
-    for (const auto& [width, count, height, weighted] : shapes()) {
-        if (height != 5) continue;
-        const auto vectors = test::smallIntegers<T>(random, count * width, -3, 3);
-        const auto weights = weighted ? test::smallIntegers<T>(random, width, 0, 3) : std::vector<T>();
-        const Owned<T> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
-        const Guarded<T> src(test::smallIntegers<T>(random, width, -4, 4));
+    forCodebooks<T>(1, [&](auto& codebook, auto& vectors, auto& weights, int width, auto& src) {
         const auto exact = test::squaredDistances(src.data(), vectors, weights, width);
         const auto order = test::inOrder(exact);
-        const auto root = [&](int i) {
-            const double r = std::sqrt(exact[static_cast<std::size_t>(i)]);
-            return std::is_integral_v<T> ? std::nearbyint(r) : static_cast<Kel32f>(r);
+        const int count = codebook.size();
+        // The first n, for a threshold those that are near enough, with and without distances.
+        const auto expect = [&](int n, auto plainForm, auto distanceForm) {
+            Guarded<Kel32s> plain(n), indices(n);
+            Guarded<typename Vq<T>::Distance> distances(n);
+            ASSERT_EQ(plainForm(plain), 0);
+            ASSERT_EQ(distanceForm(indices, distances), 0);
+            EXPECT_EQ(plain.vector(), std::vector(order.begin(), order.begin() + n));
+            EXPECT_EQ(indices.vector(), plain.vector());
+            for (int i = 0; i < n; ++i) ASSERT_EQ(distances[i], rounded<T>(exact[order[i]]));
         };
+        auto* const c = codebook.get();
         for (const int n : {1, (count + 1) / 2, count}) {
-            Guarded<Kel32s> plain(static_cast<std::size_t>(n)), indices(static_cast<std::size_t>(n));
-            Guarded<typename Vq<T>::Distance> distances(static_cast<std::size_t>(n));
-            ASSERT_EQ(Vq<T>::sort(src.data(), plain, codebook.get(), n), 0);
-            ASSERT_EQ(Vq<T>::sortDistances(src.data(), indices, distances, codebook.get(), n, 0), 0);
-            EXPECT_EQ(plain.vector(), indices.vector());
-            for (int i = 0; i < n; ++i) {
-                ASSERT_EQ(indices[i], order[static_cast<std::size_t>(i)]) << width << ' ' << count << ' ' << i;
-                ASSERT_EQ(distances[i], root(indices[i]));
-            }
+            expect(
+                n, [&](Kel32s* idx) { return Vq<T>::sort(src.data(), idx, c, n); },
+                [&](Kel32s* idx, auto& dist) { return Vq<T>::sortDistances(src.data(), idx, dist, c, n, 0); });
         }
         for (const Kel32f factor : {1.0f, 1.25f, 3.0f, std::numeric_limits<Kel32f>::infinity()}) {
-            const double least = *std::min_element(exact.begin(), exact.end());
             const auto listed = std::count_if(exact.begin(), exact.end(), [&](double d) {
+                const double least = exact[order[0]];
                 return least == 0 ? d == 0 : d <= least * factor * factor * 1.000001;
             });
-            Guarded<Kel32s> plain(static_cast<std::size_t>(listed)), indices(static_cast<std::size_t>(listed));
-            Guarded<typename Vq<T>::Distance> distances(static_cast<std::size_t>(listed));
             Kel32s n = -1, m = -1;
-            ASSERT_EQ(Vq<T>::thresh(src.data(), plain, codebook.get(), factor, &n), 0);
-            ASSERT_EQ(Vq<T>::threshDistances(src.data(), indices, distances, codebook.get(), factor, &m, 0), 0);
-            ASSERT_EQ(n, listed);
-            ASSERT_EQ(m, listed);
-            EXPECT_EQ(plain.vector(), indices.vector());
-            for (int i = 0; i < n; ++i) {
-                ASSERT_EQ(indices[i], order[static_cast<std::size_t>(i)]);
-                ASSERT_EQ(distances[i], root(indices[i]));
-            }
+            expect(
+                static_cast<int>(listed), [&](Kel32s* idx) { return Vq<T>::thresh(src.data(), idx, c, factor, &n); },
+                [&](Kel32s* idx, auto& dist) {
+                    return Vq<T>::threshDistances(src.data(), idx, dist, c, factor, &m, 0);
+                });
+            EXPECT_TRUE(n == listed && m == listed);
         }
-    }
+    });
 }
 
 // Distances a few parts in ten million apart, where the tolerance is not transitive.
@@ -185,7 +166,7 @@ TEST(VqSearch32f, FollowsTheToleranceFromPickToPick) {
         for (int i = 0; i < count; ++i) vectors.push_back(1.0f + 1.2e-7f * static_cast<Kel32f>(random.between(0, 40)));
         const Owned<Kel32f> codebook(vectors, {}, 1, 1, count, kelCdbkExhaustive);
         const Kel32f zero = 0;
-        Guarded<Kel32s> order(static_cast<std::size_t>(count)), nearest(1);
+        Guarded<Kel32s> order(count), nearest(1);
         ASSERT_EQ(kelsVQSingle_Sort_32f(&zero, order, codebook.get(), count), 0);
         ASSERT_EQ(kelsCdbk32VQFull_A6_1(&zero, 1, nearest, 1, codebook.get()), 0);
 
@@ -196,19 +177,19 @@ TEST(VqSearch32f, FollowsTheToleranceFromPickToPick) {
         for (int pick = 0; pick < count; ++pick) {
             int next = -1;
             for (int i = j + 1; i < count && next < 0; ++i) {
-                const Kel32f d = left[static_cast<std::size_t>(i)];
+                const Kel32f d = left[i];
                 if (d > 0 && std::fabs(d - p) <= 1e-6f * std::max(d, p)) next = i;
             }
             for (int i = 0, equal = next; i < count && equal < 0; ++i) {
-                const Kel32f d = left[static_cast<std::size_t>(i)];
-                if (d > 0 && (next < 0 || d * 1.000001f < left[static_cast<std::size_t>(next)])) next = i;
+                const Kel32f d = left[i];
+                if (d > 0 && (next < 0 || d * 1.000001f < left[next])) next = i;
             }
             ASSERT_EQ(order[pick], next) << "round " << round << ", pick " << pick;
             if (pick == 0) {
                 ASSERT_EQ(nearest[0], next);
             }
             j = next;
-            p = std::exchange(left[static_cast<std::size_t>(next)], -1.0f);
+            p = std::exchange(left[next], -1.0f);
         }
     }
 }
@@ -243,7 +224,7 @@ TEST(VqGrid, LosesNoNearestCodevector) {
             vectors.push_back(static_cast<Kel32f>(centre + spread * (round % 5 == 0 ? v * v * v : v)));
         }
         if (round % 4 == 0) weights = {0.25f, 9.0f};
-        weights.resize(weights.empty() ? 0 : static_cast<std::size_t>(width));
+        weights.resize(weights.empty() ? 0 : width);
         const Owned<Kel32f> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
         grids += codebook.get()->flags & kelCdbkHasGrid;
         std::vector<Kel32f> rows = vectors;
@@ -253,24 +234,13 @@ TEST(VqGrid, LosesNoNearestCodevector) {
         }
         for (int i = 0; i < 200; ++i) rows.push_back(vectors[0] * 1.1f);
         const int height = static_cast<int>(rows.size()) / width;
-        Guarded<Kel32s> indices(static_cast<std::size_t>(height));
+        Guarded<Kel32s> indices(height);
         ASSERT_EQ(kelsVQ_32f(rows.data(), width, indices, height, codebook.get()), 0);
         for (int i = 0; i < height; ++i) {
-            // A difference is rounded once, and it is squared, weighted and added.
-            std::vector<double> d;
-            for (int c = 0; c < count; ++c) {
-                double sum = 0;
-                for (int k = 0; k < width; ++k) {
-                    const Kel32f difference = rows[static_cast<std::size_t>(i * width + k)] -
-                                              vectors[static_cast<std::size_t>(c * width + k)];
-                    sum += static_cast<double>(difference) * difference *
-                           (weights.empty() ? 1.0 : weights[static_cast<std::size_t>(k)]);
-                }
-                d.push_back(sum);
-            }
+            // A difference is rounded once, and it is squared, weighted and added: five roundings in either distance.
+            const auto d = test::squaredDistances(&rows[i * width], vectors, weights, width);
             const double least = *std::min_element(d.begin(), d.end());
-            ASSERT_LE(d[static_cast<std::size_t>(indices[i])], least * (1 + 1e-6 + 8 * 6e-8))
-                << "round " << round << ", row " << i;
+            ASSERT_LE(d[indices[i]], least * (1 + 1e-6 + 10 * 6e-8)) << "round " << round << ", row " << i;
         }
     }
     EXPECT_GT(grids, 20);

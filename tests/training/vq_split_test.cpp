@@ -1,11 +1,9 @@
 // Split quantisation, its inverse, and vectors from plain tables.
 #include <array>
 #include <bit>
-#include <climits>
-#include <numeric>
-#include <string>
 #include <tuple>
 
+#include "support/checks.h"
 #include "training/vq_support.h"
 
 namespace {
@@ -20,6 +18,10 @@ class VqSplit : public ::testing::Test {};
 using ElementTypes = ::testing::Types<Kel32f, Kel16s>;
 TYPED_TEST_SUITE(VqSplit, ElementTypes);
 
+int bitsOf(int size) {
+    return static_cast<int>(std::bit_width(size - 1u));
+}
+
 // Codebooks of several widths, sizes and kinds, and rows to be cut.
 template <class T>
 struct Parts {
@@ -33,11 +35,54 @@ struct Parts {
             owned.emplace_back(rows, std::vector<T>(), part, part, size, kind);
             codebooks.push_back(owned.back().get());
             width += part;
-            bits += static_cast<int>(std::bit_width(static_cast<unsigned>(size - 1)));
+            bits += bitsOf(size);
         }
     }
-    int streams() const { return static_cast<int>(codebooks.size()); }
 };
+
+// Rows go through indices in every form; each row begins `spare` places or bits behind the one before.
+template <class T>
+void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
+    const int n = static_cast<int>(parts.owned.size()), step = parts.width + 3, wholeStep = n + spare;
+    const int bitStep = std::max(1, parts.bits + spare), places = (height - 1) * step + parts.width;
+    SCOPED_TRACE(::testing::Message() << n << " streams, " << height << " rows, " << spare << " spare places");
+    auto** const codebooks = parts.codebooks.data();
+
+    // What is expected, by each codebook for itself.
+    const Guarded<T> src(test::smallIntegers<T>(random, places, -900, 900));
+    std::vector<Kel16s> indices((height - 1) * wholeStep + n, 77);
+    std::vector<T> vectors(places, T(99));
+    std::vector<Kel8u> bits((height * bitStep + 7) / 8);
+    for (int r = 0; r < height; ++r) {
+        int column = r * step, bit = r * bitStep;
+        for (int k = 0; k < n; ++k) {
+            const Owned<T>& codebook = parts.owned[k];
+            Kel32s index = -1;
+            ASSERT_EQ(Vq<T>::quantise(src.data() + column, codebook.width(), &index, 1, codebook.get()), 0);
+            indices[r * wholeStep + k] = static_cast<Kel16s>(index);
+            const auto all = codebook.codevectors();
+            std::copy_n(&all[index * codebook.width()], codebook.width(), &vectors[column]);
+            column += codebook.width();
+            for (int left = bitsOf(codebook.size()) - 1; left >= 0; --left, ++bit) {
+                bits[bit / 8] |= (index >> left & 1) << (7 - bit % 8);
+            }
+        }
+    }
+
+    const auto expect = [&](auto split, auto form, int packedStep, auto& packed, const auto& expected) {
+        ASSERT_EQ(split(src.data(), step, packed, packedStep, height, codebooks, n), 0);
+        ASSERT_EQ(packed.vector(), expected);
+        Guarded<T> dst(std::vector<T>(places, T(99)));
+        ASSERT_EQ(form(packed, packedStep, dst, step, height, codebooks, n), 0);
+        ASSERT_EQ(dst.vector(), vectors);
+    };
+    const std::vector<Kel8u> bytes(indices.begin(), indices.end());
+    Guarded<Kel16s> words(std::vector<Kel16s>(indices.size(), 77));
+    Guarded<Kel8u> narrow(std::vector<Kel8u>(indices.size(), 77)), packed(std::vector<Kel8u>(bits.size(), 0xff));
+    expect(Vq<T>::split16s, Vq<T>::form16s, wholeStep, words, indices);
+    expect(Vq<T>::split8u, Vq<T>::form8u, wholeStep, narrow, bytes);
+    expect(Vq<T>::split1u, Vq<T>::form1u, bitStep, packed, bits);
+}
 
 TYPED_TEST(VqSplit, StoresIndicesAndBringsTheirVectorsBack) {
     using T = TypeParam;
@@ -48,66 +93,17 @@ TYPED_TEST(VqSplit, StoresIndicesAndBringsTheirVectorsBack) {
                                                                {{1, 2, 2}, {8, 129, 2}, {5, 33, 1}, {2, 3, 3}}};
     for (const auto& cut : cuts) {
         Parts<T> parts(random, cut);
-        const int n = parts.streams();
         for (const int height : {1, 3, 300}) {
-            for (const int spare : {0, 1, 11}) {
-                SCOPED_TRACE(::testing::Message()
-                             << n << " streams, " << height << " rows, " << spare << " spare places");
-                const int step = parts.width + 3, wholeStep = n + spare, bitStep = std::max(1, parts.bits + spare);
-                const Guarded<T> src(test::smallIntegers<T>(random, (height - 1) * step + parts.width, -900, 900));
-                Guarded<Kel16s> words(static_cast<std::size_t>((height - 1) * wholeStep + n));
-                Guarded<Kel8u> bytes(words.size()), packed(static_cast<std::size_t>((height * bitStep + 7) / 8));
-                for (std::size_t i = 0; i < words.size(); ++i) words[i] = bytes[i] = 77;
-                for (std::size_t i = 0; i < packed.size(); ++i) packed[i] = 0xff;
-                auto** const codebooks = parts.codebooks.data();
-                ASSERT_EQ(Vq<T>::split16s(src.data(), step, words, wholeStep, height, codebooks, n), 0);
-                ASSERT_EQ(Vq<T>::split8u(src.data(), step, bytes, wholeStep, height, codebooks, n), 0);
-                ASSERT_EQ(Vq<T>::split1u(src.data(), step, packed, bitStep, height, codebooks, n), 0);
-
-                const Guarded<T> untouched(
-                    std::vector<T>(static_cast<std::size_t>((height - 1) * step + parts.width), T(99)));
-                std::vector<T> expected = untouched.vector();
-                std::string bitString;
-                for (int r = 0; r < height; ++r) {
-                    int column = r * step;
-                    for (int k = 0; k < n; ++k) {
-                        const Owned<T>& codebook = parts.owned[static_cast<std::size_t>(k)];
-                        Kel32s index = -1;
-                        ASSERT_EQ(Vq<T>::quantise(src.data() + column, codebook.width(), &index, 1, codebook.get()), 0);
-                        ASSERT_EQ(words[r * wholeStep + k], index);
-                        ASSERT_EQ(bytes[r * wholeStep + k], index);
-                        const auto vectors = codebook.codevectors();
-                        std::copy_n(vectors.begin() + index * codebook.width(), codebook.width(),
-                                    expected.begin() + column);
-                        column += codebook.width();
-                        for (int bit = std::bit_width(static_cast<unsigned>(codebook.size() - 1)) - 1; bit >= 0;
-                             --bit) {
-                            bitString += (index >> bit & 1) != 0 ? '1' : '0';
-                        }
-                    }
-                    for (int i = 0; r + 1 < height && i < spare; ++i) ASSERT_EQ(words[r * wholeStep + n + i], 77);
-                    bitString.resize(static_cast<std::size_t>((r + 1) * bitStep), '0');
-                }
-                bitString.resize(8 * packed.size(), '0');
-                for (std::size_t i = 0; i < bitString.size(); ++i) {
-                    ASSERT_EQ(packed[i / 8] >> (7 - i % 8) & 1, bitString[i] - '0') << "bit " << i;
-                }
-
-                Guarded<T> dst(untouched.vector());
-                ASSERT_EQ(Vq<T>::form16s(words, wholeStep, dst, step, height, codebooks, n), 0);
-                ASSERT_EQ(dst.vector(), expected);
-                Guarded<T> dst8(untouched.vector()), dst1(untouched.vector());
-                ASSERT_EQ(Vq<T>::form8u(bytes, wholeStep, dst8, step, height, codebooks, n), 0);
-                ASSERT_EQ(dst8.vector(), expected);
-                ASSERT_EQ(Vq<T>::form1u(packed, bitStep, dst1, step, height, codebooks, n), 0);
-                ASSERT_EQ(dst1.vector(), expected);
-            }
+            for (const int spare : {0, 1, 11}) expectRoundTrip(parts, random, height, spare);
         }
     }
 }
 
 TYPED_TEST(VqSplit, ChecksInOrder) {
     using T = TypeParam;
+    using test::Places;
+    test::expectChecks<Places{-1, -1, 6}>({-8, -6}, 1, Vq<T>::split16s, Vq<T>::split8u, Vq<T>::split1u, Vq<T>::form16s,
+                                          Vq<T>::form8u, Vq<T>::form1u);
     Random random(47);
     Parts<T> parts(random, {{2, 5, 1}, {1, 300, 1}});
     auto** const codebooks = parts.codebooks.data();
@@ -118,18 +114,13 @@ TYPED_TEST(VqSplit, ChecksInOrder) {
     T dst[8];
     std::fill(words, words + 8, Kel16s(-7));
     std::fill(bytes, bytes + 8, Kel8u(7));
-    const auto split = [&](const T* s, int step, Kel16s* d, int dstStep, int height, auto** c, int n) {
-        return Vq<T>::split16s(s, step, d, dstStep, height, c, n);
+    const auto split = [&](int step, int dstStep, int height, auto** c, int n) {
+        return Vq<T>::split16s(src, step, words, dstStep, height, c, n);
     };
-    EXPECT_EQ(split(src, 0, words, 2, 1, static_cast<typename Vq<T>::Codebook**>(nullptr), 2), kelStatusNullPtr);
-    EXPECT_EQ(split(nullptr, 0, words, 2, 1, codebooks, 2), kelStatusNullPtr);
-    EXPECT_EQ(split(src, 0, nullptr, 2, 1, codebooks, 2), kelStatusNullPtr);
-    EXPECT_EQ(split(src, 0, words, 2, 1, holed, 2), kelStatusNullPtr);
-    EXPECT_EQ(split(src, 3, words, 2, 1, holed, 0), kelStatusSize);
-    EXPECT_EQ(split(src, 3, words, 0, 1, codebooks, 2), kelStatusSize);
-    EXPECT_EQ(split(src, 3, words, 2, 0, codebooks, 2), kelStatusSize);
-    EXPECT_EQ(split(src, 2, words, 2, 1, codebooks, 2), kelStatusSize);
-    EXPECT_EQ(split(src, 3, words, 1, 1, codebooks, 2), kelStatusSize);
+    EXPECT_EQ(split(0, 2, 1, holed, 2), kelStatusNullPtr);
+    for (const auto& [step, dstStep, height] : {std::array{3, 0, 1}, {3, 2, 0}, {2, 2, 1}, {3, 1, 1}}) {
+        EXPECT_EQ(split(step, dstStep, height, codebooks, 2), kelStatusSize);
+    }
     EXPECT_EQ(Vq<T>::split8u(src, 3, bytes, 2, 1, codebooks, 2), kelStatusSize) << "300 codevectors in bytes";
     EXPECT_EQ(Vq<T>::split1u(src, 3, bytes, 11, 1, codebooks, 2), kelStatusSize) << "12 bits";
     EXPECT_EQ(words[0], -7);
@@ -138,24 +129,21 @@ TYPED_TEST(VqSplit, ChecksInOrder) {
 
     // One index too large, in the last row: nothing is written.
     std::fill(dst, dst + 8, T(9));
-    const auto form = [&](const Kel16s* s, int step, T* d, int dstStep, int height, auto** c, int n) {
-        return Vq<T>::form16s(const_cast<Kel16s*>(s), step, d, dstStep, height, c, n);
+    const auto form = [&](Kel16s* indices, int step, int dstStep, int height, auto** c, int n) {
+        return Vq<T>::form16s(indices, step, dst, dstStep, height, c, n);
     };
     for (const Kel16s beyond : {300, -1}) {
-        const Kel16s indices[] = {4, 299, 4, beyond};
-        EXPECT_EQ(form(indices, 2, dst, 3, 2, codebooks, 2), kelStatusSize);
+        Kel16s indices[] = {4, 299, 4, beyond};
+        EXPECT_EQ(form(indices, 2, 3, 2, codebooks, 2), kelStatusSize);
         EXPECT_EQ(std::count(dst, dst + 8, T(9)), 8);
     }
-    EXPECT_EQ(form(nullptr, 0, dst, 3, 1, codebooks, 2), kelStatusNullPtr);
-    EXPECT_EQ(form(words, 0, nullptr, 3, 1, codebooks, 2), kelStatusNullPtr);
-    EXPECT_EQ(form(words, 0, dst, 3, 1, holed, 2), kelStatusNullPtr);
-    EXPECT_EQ(form(words, 2, dst, 3, 1, holed, 0), kelStatusSize);
-    EXPECT_EQ(form(words, 2, dst, 3, 0, codebooks, 2), kelStatusSize);
-    EXPECT_EQ(form(words, 2, dst, 2, 1, codebooks, 2), kelStatusSize);
-    EXPECT_EQ(form(words, 1, dst, 3, 1, codebooks, 2), kelStatusSize);
+    EXPECT_EQ(form(words, 0, 3, 1, holed, 2), kelStatusNullPtr);
+    for (const auto& [step, dstStep, height] : {std::array{0, 3, 1}, {2, 3, 0}, {2, 2, 1}, {1, 3, 1}}) {
+        EXPECT_EQ(form(words, step, dstStep, height, codebooks, 2), kelStatusSize);
+    }
     EXPECT_EQ(Vq<T>::form1u(bytes, 11, dst, 3, 1, codebooks, 2), kelStatusSize);
-    const Kel8u beyond[] = {0xff, 0xff};  // index 7 of 5
-    EXPECT_EQ(Vq<T>::form1u(const_cast<Kel8u*>(beyond), 12, dst, 3, 1, codebooks, 2), kelStatusSize);
+    Kel8u beyond[] = {0xff, 0xff};  // index 7 of 5
+    EXPECT_EQ(Vq<T>::form1u(beyond, 12, dst, 3, 1, codebooks, 2), kelStatusSize);
 }
 
 // ---- plain tables --------------------------------------------------------------------------------------------------
@@ -193,14 +181,9 @@ void checkPlain(Form form) {
     indices[N - 1][2] = 0;
     EXPECT_EQ(run(tables, dst, heights, zero, steps, 3), kelStatusSize);
     EXPECT_EQ(run(tables, dst, heights, widths, zero, 3), kelStatusSize);
-    EXPECT_EQ(run(tables, dst, heights, widths, steps, 0), kelStatusSize);
     EXPECT_EQ(run(holed, dst, heights, widths, zero, 3), kelStatusNullPtr);
-    EXPECT_EQ(run(nullptr, dst, heights, widths, steps, 0), kelStatusNullPtr);
-    EXPECT_EQ(run(tables, nullptr, heights, widths, steps, 0), kelStatusNullPtr);
-    EXPECT_EQ(run(tables, dst, nullptr, widths, steps, 0), kelStatusNullPtr);
-    arrays[N - 1] = nullptr;
-    EXPECT_EQ(run(tables, dst, heights, widths, steps, 0), kelStatusNullPtr);
     EXPECT_EQ(dst.vector(), std::vector<T>(expected.size(), T(1)));
+    test::expectChecks<test::Places{-1, -1, 5 + N}>({-8, -6}, 1, form);
 }
 
 TEST(VqForm, TakesRowsOfPlainTables) {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <memory>
+#include <numeric>
 #include <type_traits>
 #include <vector>
 
@@ -70,6 +71,14 @@ struct Vq<Kel16s> {
     static constexpr auto threshDistances = kelsVQDistSingle_Thresh_16s32s_Sfs;
 };
 
+// The plain constructor, or that with weights if there are some.
+template <class T>
+KelStatus makeCodebook(typename Vq<T>::Codebook** made, const T* rows, const T* weights, int width, int step,
+                       int height, int size, int kind) {
+    return weights == nullptr ? Vq<T>::init(made, rows, width, step, height, size, kind)
+                              : Vq<T>::initWeighted(made, rows, weights, width, step, height, size, kind);
+}
+
 // A codebook with the five words that both types begin with.
 template <class T>
 struct Owned {
@@ -84,9 +93,8 @@ struct Owned {
         typename Vq<T>::Codebook* made = nullptr;
         const int height = (static_cast<int>(rows.size()) - width) / step + 1;
         const Guarded<T> guardedRows(rows), guardedWeights(weights);
-        status = weights.empty() ? Vq<T>::init(&made, guardedRows.data(), width, step, height, size, kind)
-                                 : Vq<T>::initWeighted(&made, guardedRows.data(), guardedWeights.data(), width, step,
-                                                       height, size, kind);
+        status = makeCodebook<T>(&made, guardedRows.data(), weights.empty() ? nullptr : guardedWeights.data(), width,
+                                 step, height, size, kind);
         record.reset(made);
     }
     auto* get() const { return record.get(); }
@@ -95,7 +103,7 @@ struct Owned {
     int size() const { return word(1); }
     int width() const { return word(2); }
     std::vector<T> codevectors() const {
-        Guarded<T> values(static_cast<std::size_t>(size() * width()));
+        Guarded<T> values(size() * width());
         EXPECT_EQ(Vq<T>::codevectors(get(), values.data(), width()), 0);
         return values.vector();
     }
@@ -107,7 +115,7 @@ double squaredDistance(const T* x, const T* c, const std::vector<T>& weights, in
     double sum = 0;
     for (int k = 0; k < width; ++k) {
         const double d = static_cast<double>(x[k]) - static_cast<double>(c[k]);
-        sum += d * d * (weights.empty() ? 1.0 : static_cast<double>(weights[static_cast<std::size_t>(k)]));
+        sum += d * d * (weights.empty() ? 1.0 : static_cast<double>(weights[k]));
     }
     return sum;
 }
@@ -121,13 +129,30 @@ std::vector<double> squaredDistances(const T* x, const std::vector<T>& codevecto
     return all;
 }
 
+// The indices by the function for any codebook; those for its kind, for any width and for this one, must agree.
+template <class T>
+std::vector<Kel32s> quantised(const Guarded<T>& src, int step, int height, const Owned<T>& codebook) {
+    const auto run = [&](auto form, KelStatus expected, auto... width) {
+        Guarded<Kel32s> indices(std::vector<Kel32s>(height, -1));
+        EXPECT_EQ(form(src.data(), step, indices, height, codebook.get(), width...), expected);
+        return indices.vector();
+    };
+    const auto indices = run(Vq<T>::quantise, 0);
+    const bool exhaustive = codebook.word(4) == kelCdbkExhaustive;
+    EXPECT_EQ(run(exhaustive ? Vq<T>::full : Vq<T>::tree, 0, codebook.width()), indices);
+    for (int k = 0; k < 4; ++k) {
+        const KelStatus status = codebook.width() == 1 << k ? kelStatusOk : kelStatusSize;
+        const auto again = run((exhaustive ? Vq<T>::fixedFull : Vq<T>::fixedTree)[k], status);
+        EXPECT_EQ(again, status == 0 ? indices : std::vector<Kel32s>(height, -1));
+    }
+    return indices;
+}
+
 // The indices in the order of distances that are equal or far apart.
 inline std::vector<int> inOrder(const std::vector<double>& distances) {
     std::vector<int> order(distances.size());
-    for (std::size_t i = 0; i < order.size(); ++i) order[i] = static_cast<int>(i);
-    std::stable_sort(order.begin(), order.end(), [&](int a, int b) {
-        return distances[static_cast<std::size_t>(a)] < distances[static_cast<std::size_t>(b)];
-    });
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return distances[a] < distances[b]; });
     return order;
 }
 
