@@ -280,6 +280,11 @@ TEST(ResampleLong, AnHourKeepsItsTime) {
 
 // ---- fixed form ----------------------------------------------------------------------------------------------------
 
+// The sample at which the filter of an output at place / phases begins.
+int firstTap(int place, int len, int phases) {
+    return static_cast<int>(ceill((2 * place - len * phases) / (2.0L * phases)));
+}
+
 TYPED_TEST(Resample, FixedFiltersAreTheDesignAtTheirPhases) {
     for (const auto& [in, out, len, rollf, alpha] : kFixedCases) {
         const auto state = makeFixed<TypeParam>({in, out, len, 0.85f, 5});
@@ -289,8 +294,7 @@ TYPED_TEST(Resample, FixedFiltersAreTheDesignAtTheirPhases) {
         ASSERT_EQ(Of<TypeParam>::get(state.get(), filters.data(), taps, phases), kelStatusOk);
         const LD stretch = std::min(1.0L, static_cast<LD>(out) / in);
         const auto weight = [&](int i) {
-            const int p = i / taps, twice = 2 * p - len * phases;  // where the filter begins, in halves of phases
-            const int first = (twice >= 0 ? twice + 2 * phases - 1 : twice) / (2 * phases);
+            const int p = i / taps, first = firstTap(p, len, phases);
             const int place = 2 * (p - (first + i % taps) * phases);
             if (std::abs(place) > len * phases) return 0.0L;
             return windowedSinc(stretch * place / (2 * phases), 0.85f, 5, len * stretch / 2);
@@ -317,15 +321,15 @@ TYPED_TEST(Resample, FixedFormIsTheSumOverItsFilters) {
             // A time off the grid counts as the nearest one.
             const int place = random.between(-40 * phases, phases * 3);
             Kel64f time = (place + random.uniform(-0.4, 0.4)) / phases;
-            const auto firstTap = [&](int at) { return static_cast<int>(ceill((2 * at - reach) / (2.0L * phases))); };
             std::size_t outputs = 0;
             for (int at = place; 2 * at + reach <= 2 * phases * (n - 1); at += down) ++outputs;
             const auto weight = [&](int i, int j) {
-                const int at = place + i * down, phase = (at % phases + phases) % phases, k = j - firstTap(at);
+                const int at = place + i * down, phase = (at % phases + phases) % phases,
+                          k = j - firstTap(at, len, phases);
                 return k < 0 || k >= taps ? 0 : kUnit<T> * filters[static_cast<std::size_t>(phase * taps + k)];
             };
             expectSums<T>(
-                random, std::max(0, -firstTap(place)), n, outputs, 0.4f,
+                random, std::max(0, -firstTap(place, len, phases)), n, outputs, 0.4f,
                 [&](const T* x, int length, T* y, int* count) {
                     return Of<T>::fixedRun(state.get(), x, length, y, 0.4f, &time, count);
                 },
