@@ -55,7 +55,7 @@ TEST_F(Cpu, AgreesWithTheSystemsView) {
 TEST_F(Cpu, SimdControlWord) {
     kel_set_cw_ssx(0x1f80 | 0x4000 | 0x0020);
     EXPECT_EQ(mxcsr(), 0x5fa0u);
-    kel_set_rc_ssx(0x2000 | 0x1c00 | 0x0001);  // only the field counts
+    kel_set_rc_ssx(0x2000 | 0x8000 | 0x0001);  // only the field counts
     EXPECT_EQ(mxcsr(), 0x3fa0u);
     const volatile float one = 1, three = 3;
     EXPECT_LT(one / three * three, 1.0f) << "rounding down";

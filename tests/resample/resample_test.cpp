@@ -156,7 +156,7 @@ void checkGeneral(const Filter& f, Kel64f factor, Kel64f start, int len, Kel32f 
     const auto timeOf = [&](int n) { return start + static_cast<LD>(n) / factor; };
     int outputs = 0;
     while ((len - 1 - timeOf(outputs)) * scale >= last - slack) ++outputs;
-    // Of the two points of the table around the place of x[j], and how far between them it is.
+    // What `size` makes of the two points of the table around the place of x[j] and of how far between them it is.
     const auto between = [&](int i, int j, auto size) {
         const LD place = fabsl(timeOf(i) - j) * scale;
         if (place > last + slack) return 0.0L;
@@ -167,8 +167,7 @@ void checkGeneral(const Filter& f, Kel64f factor, Kel64f start, int len, Kel32f 
     expectSums<T>(
         random, std::max(0, -static_cast<int>(floorl(start - last / scale))), len, static_cast<std::size_t>(outputs),
         norm * (factor < 1 ? factor * state->gain : 1),
-        [&](auto... args) {
-            const auto [x, n, y, count] = std::tuple(args...);
+        [&](const T* x, int n, T* y, int* count) {
             return Of<T>::run(state.get(), x, n, y, factor, norm, &time, count);
         },
         [&](int i, int j) { return between(i, j, [](LD low, LD high, LD a) { return low + a * (high - low); }); },
