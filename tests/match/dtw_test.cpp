@@ -13,6 +13,7 @@
 #endif
 
 #include "support/allocation.h"
+#include "support/checks.h"
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"
@@ -24,34 +25,17 @@ constexpr Kel32f kNoBeam = std::numeric_limits<Kel32f>::infinity();
 
 template <class T>
 struct Forms;
-template <>
-struct Forms<Kel32f> {
-    using Dist = Kel32f;
-    static constexpr auto d2 = kelsDTW_L2_32f_D2;
-    static constexpr auto d2l = kelsDTW_L2_32f_D2L;
-};
-template <>
-struct Forms<Kel8u> {
-    using Dist = Kel32s;
-    static constexpr auto d2 = kelsDTW_L2_8u32s_D2Sfs;
-    static constexpr auto d2l = kelsDTW_L2_8u32s_D2LSfs;
-};
-template <>
-struct Forms<Kel16s> {
-    using Dist = Kel32s;
-    static constexpr auto d2 = kelsDTW_L2Low_16s32s_D2Sfs;
-    static constexpr auto d2l = kelsDTW_L2Low_16s32s_D2LSfs;
-};
-
-// Adds the scale factor 0 where there is one.
-template <class F, class... A>
-KelStatus unscaled(F* form, A... args) {
-    if constexpr (std::is_invocable_v<F*, A..., int>) {
-        return form(args..., 0);
-    } else {
-        return form(args...);
-    }
-}
+#define FORMS(T, DIST, BLOCK, LIST)       \
+    template <>                           \
+    struct Forms<T> {                     \
+        using Dist = DIST;                \
+        static constexpr auto d2 = BLOCK; \
+        static constexpr auto d2l = LIST; \
+    };
+FORMS(Kel32f, Kel32f, kelsDTW_L2_32f_D2, kelsDTW_L2_32f_D2L)
+FORMS(Kel8u, Kel32s, kelsDTW_L2_8u32s_D2Sfs, kelsDTW_L2_8u32s_D2LSfs)
+FORMS(Kel16s, Kel32s, kelsDTW_L2Low_16s32s_D2Sfs, kelsDTW_L2Low_16s32s_D2LSfs)
+#undef FORMS
 
 // A sequence in both layouts: rows `step` apart up to a guard page, and rows of their own between guard pages.
 template <class T>
@@ -77,11 +61,16 @@ struct Sequence {
     double at(int i, int k) const { return block[static_cast<std::size_t>(i * step + k)]; }
 };
 
-Kel32f warp(Sequence<Kel32f>& a, Sequence<Kel32f>& b, int delta, Kel32f beam) {
-    Kel32f dist = -1, dist2 = -2;
-    EXPECT_EQ(kelsDTW_L2_32f_D2(a.block, a.height, b.block, b.height, a.width, a.step, &dist, delta, beam), 0);
-    EXPECT_EQ(kelsDTW_L2_32f_D2L(a.list.data(), a.height, b.list.data(), b.height, a.width, &dist2, delta, beam), 0);
-    EXPECT_TRUE(test::sameBits(dist, dist2)) << dist << " " << dist2;
+// What both layouts give.
+template <class T, class... Scale>
+auto warp(Sequence<T>& a, Sequence<T>& b, int delta, typename Forms<T>::Dist beam, Scale... scaleFactor) {
+    typename Forms<T>::Dist dist = -1, other = -2;
+    EXPECT_EQ(Forms<T>::d2(a.block, a.height, b.block, b.height, a.width, a.step, &dist, delta, beam, scaleFactor...),
+              0);
+    EXPECT_EQ(
+        Forms<T>::d2l(a.list.data(), a.height, b.list.data(), b.height, a.width, &other, delta, beam, scaleFactor...),
+        0);
+    EXPECT_EQ(dist, other);
     return dist;
 }
 // One component a row.
@@ -141,23 +130,30 @@ struct Case {
           beam(std::vector{-3.0f, 0.0f, 2.0f, 9.0f, 60.0f, kNoBeam}[static_cast<std::size_t>(random.between(0, 5))]) {}
 };
 
+// Rows of `c`, given the values of one: their steps exceed their widths now and then.
+template <class T, class Row>
+Sequence<T> sequence(const Case& c, int height, Row row) {
+    std::vector<T> values;
+    for (int i = 0; i < height; ++i) {
+        const std::vector<T> next = row();
+        values.insert(values.end(), next.begin(), next.end());
+    }
+    return Sequence<T>(values, c.width, c.width + c.n % 5);
+}
+
 // Rows differ in one component only, by integers: every distance, cost and bound is exact in any order and rounding
 // mode, and costs right on the bound are frequent.
 TEST(Dtw, ExactCostsAgreeToTheBit) {
     test::Random random(3);
     for (int trial = 0; trial < 400; ++trial) {
         const Case c(random);
-        const auto common = random.vector<Kel32f>(c.width);
+        auto common = random.vector<Kel32f>(c.width);
         const int differing = random.between(0, c.width - 1), range = trial % 2 ? 3 : 90;
-        const auto sequence = [&](int height) {
-            std::vector<Kel32f> values;
-            for (int i = 0; i < height; ++i) {
-                values.insert(values.end(), common.begin(), common.end());
-                values[values.size() - c.width + differing] = static_cast<Kel32f>(random.between(-range, range));
-            }
-            return Sequence<Kel32f>(values, c.width, c.width + trial % 5);
+        const auto row = [&] {
+            common[differing] = static_cast<Kel32f>(random.between(-range, range));
+            return common;
         };
-        auto a = sequence(c.n), b = sequence(c.m);
+        auto a = sequence<Kel32f>(c, c.n, row), b = sequence<Kel32f>(c, c.m, row);
         const auto expected = static_cast<Kel32f>(reference(a, b, c.delta, c.beam, 0).dist);
         test::inEveryRoundingMode(
             [&] { EXPECT_EQ(warp(a, b, c.delta, c.beam), expected) << c.n << " x " << c.m << " x " << c.width; });
@@ -171,12 +167,8 @@ TEST(Dtw, RoundedCostsStayWithinTheirBound) {
     int clear = 0;
     for (int trial = 0; trial < 300; ++trial) {
         const Case c(random);
-        const auto sequence = [&](int height) {
-            std::vector<Kel32f> values;
-            for (int i = 0; i < height * c.width; ++i) values.push_back(static_cast<Kel32f>(random.uniform(-2, 2)));
-            return Sequence<Kel32f>(values, c.width, c.width + trial % 5);
-        };
-        auto a = sequence(c.n), b = sequence(c.m);
+        const auto row = [&] { return random.vector<Kel32f>(c.width, 1); };
+        auto a = sequence<Kel32f>(c, c.n, row), b = sequence<Kel32f>(c, c.m, row);
         const double margin = (c.width / 2.0 + 3 + std::max(c.n, c.m)) * std::ldexp(1.0, -24);
         const Outcome expected = reference(a, b, c.delta, c.beam, 4 * margin);
         if (!expected.clear) continue;
@@ -184,7 +176,7 @@ TEST(Dtw, RoundedCostsStayWithinTheirBound) {
         const Kel32f got = warp(a, b, c.delta, c.beam);
         EXPECT_NEAR(got, expected.dist, margin * expected.dist) << c.n << " x " << c.m << " x " << c.width;
         if (c.n != c.m) {
-            EXPECT_TRUE(test::sameBits(warp(b, a, c.delta, c.beam), got));
+            EXPECT_EQ(warp(b, a, c.delta, c.beam), got);
         }
     }
     EXPECT_GT(clear, 200);
@@ -223,54 +215,36 @@ TYPED_TEST_SUITE(DtwForms, AllForms);
 
 TYPED_TEST(DtwForms, StatusesInOrder) {
     using Form = Forms<TypeParam>;
-    const TypeParam values[4] = {};
-    const TypeParam* rows[2] = {values, values + 2};
-    typename Form::Dist dist = 7;
-    struct Fault {
-        int null, height1, height2, width, step;
-        KelStatus expected;
-    };
-    for (const Fault& f : std::vector<Fault>{{1, 2, 2, 2, 2, -8},
-                                             {2, 2, 2, 2, 2, -8},
-                                             {3, 2, 2, 2, 2, -8},
-                                             {3, 0, 0, 0, 0, -8},
-                                             {0, 0, 2, 2, 2, -6},
-                                             {0, 2, 0, 2, 2, -6},
-                                             {0, 2, 2, 0, 2, -6},
-                                             {0, 2, 2, 2, 1, -6},
-                                             {0, 2, 2, 2, INT_MIN, -6}}) {
-        const auto unless = [&f](int null, auto* p) { return f.null == null ? nullptr : p; };
-        EXPECT_EQ(unscaled(Form::d2, unless(1, values), f.height1, unless(2, values), f.height2, f.width, f.step,
-                           unless(3, &dist), 1, 1),
-                  f.expected);
-        if (f.step < f.width) continue;  // no fault without a step
-        EXPECT_EQ(unscaled(Form::d2l, unless(1, rows), f.height1, unless(2, rows), f.height2, f.width, unless(3, &dist),
-                           1, 1),
-                  f.expected);
-    }
-    EXPECT_EQ(dist, 7);
+    test::expectChecks<test::Places{-1, 1, 4}>({-8, -6}, 1, Form::d2, Form::d2l);
+    test::expectChecks<test::Places{-1, 3, 4}>({-8, -6}, 1, Form::d2, Form::d2l);
+    test::expectChecks<test::Places{-1, -1, 5}>({-8, -6}, 1, Form::d2);  // a step below the width
 }
 
 TYPED_TEST(DtwForms, EveryFailedAllocationIsReported) {
     using Form = Forms<TypeParam>;
     constexpr int height = 200, width = 30;
+    constexpr bool floats = std::is_same_v<TypeParam, Kel32f>;
     const std::vector<TypeParam> values(height * width, 1);
-    const int copies = std::is_same_v<TypeParam, Kel32f> ? 0 : 2;
+    const TypeParam* const x = values.data();
     int failures = 0;
     test::failEachAllocation([&](int n, const test::AllocationWatch& watch) {
 #if defined(__SANITIZE_ADDRESS__)
         const __lsan::ScopedDisabler oneBlockStays;
 #endif
         typename Form::Dist dist = 7;
-        const KelStatus status =
-            unscaled(Form::d2, values.data(), height, values.data(), height, width, width, &dist, height, 1000);
+        KelStatus status;
+        if constexpr (floats) {
+            status = Form::d2(x, height, x, height, width, width, &dist, height, 1000);
+        } else {
+            status = Form::d2(x, height, x, height, width, width, &dist, height, 1000, 0);
+        }
         const bool failed = watch.calls() == n + 1;
         EXPECT_EQ(status, failed ? kelStatusNoMemory : kelStatusOk);
         EXPECT_EQ(dist, failed ? 7 : 0);
-        EXPECT_EQ(watch.unreleased(), copies == 2 && n == 1 ? 1 : 0);
+        EXPECT_EQ(watch.unreleased(), !floats && n == 1 ? 1 : 0);
         failures += failed;
     });
-    EXPECT_EQ(failures, copies + 2);
+    EXPECT_EQ(failures, floats ? 2 : 4);
 }
 
 TEST(Dtw, SmallProblemsAllocateNothing) {
@@ -298,7 +272,6 @@ Kel32s scaled(Kel32f dist, int scaleFactor) {
 }
 
 TYPED_TEST(DtwIntegers, ScaleTheFloatResult) {
-    using Form = Forms<TypeParam>;
     test::Random random(5);
     for (int trial = 0; trial < 60; ++trial) {
         const Case c(random);
@@ -310,12 +283,7 @@ TYPED_TEST(DtwIntegers, ScaleTheFloatResult) {
         for (const int scaleFactor : {0, 1, 4, 31, -2, -20, 100}) {
             test::inEveryRoundingMode([&] {
                 const Kel32s expected = scaled(warp(fa, fb, c.delta, static_cast<Kel32f>(beam)), scaleFactor);
-                Kel32s dist = -1, dist2 = -1;
-                EXPECT_EQ(Form::d2(a.block, c.n, b.block, c.m, c.width, step, &dist, c.delta, beam, scaleFactor), 0);
-                EXPECT_EQ(
-                    Form::d2l(a.list.data(), c.n, b.list.data(), c.m, c.width, &dist2, c.delta, beam, scaleFactor), 0);
-                EXPECT_EQ(dist, expected) << scaleFactor;
-                EXPECT_EQ(dist2, expected) << scaleFactor;
+                EXPECT_EQ(warp(a, b, c.delta, beam, scaleFactor), expected) << scaleFactor;
             });
         }
     }

@@ -6,12 +6,13 @@
 #include <cfenv>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <numeric>
+#include <tuple>
 
 #include "kels/core.h"
 #include "support/allocation.h"
+#include "support/checks.h"
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"
@@ -20,7 +21,7 @@ namespace {
 
 using LD = long double;
 constexpr LD kPi = 3.141592653589793238462643383279502884L;
-constexpr Kel64f kNaN = std::numeric_limits<Kel64f>::quiet_NaN(), kInf = HUGE_VAL;
+constexpr Kel64f kNaN = NAN, kInf = HUGE_VAL;
 
 // ---- the functions by type -----------------------------------------------------------------------------------------
 
@@ -50,6 +51,10 @@ struct Filter {
     int nStep;
     Kel32f rollf, alpha;
 };
+struct FixedFilter {
+    int in, out, len;
+    Kel32f rollf = 0.9f, alpha = 6;
+};
 template <class T>
 auto makeGeneral(Filter f, int hint = 0) {
     typename Of<T>::General* state = nullptr;
@@ -57,15 +62,10 @@ auto makeGeneral(Filter f, int hint = 0) {
     return std::unique_ptr<typename Of<T>::General, decltype(Of<T>::release)>(state, Of<T>::release);
 }
 template <class T>
-auto makeFixed(int in, int out, int len, Kel32f rollf = 0.9f, Kel32f alpha = 6) {
+auto makeFixed(FixedFilter f) {
     typename Of<T>::Fixed* state = nullptr;
-    EXPECT_EQ(Of<T>::fixedInit(&state, in, out, len, rollf, alpha, 0), kelStatusOk);
+    EXPECT_EQ(Of<T>::fixedInit(&state, f.in, f.out, f.len, f.rollf, f.alpha, 0), kelStatusOk);
     return std::unique_ptr<typename Of<T>::Fixed, decltype(Of<T>::fixedRelease)>(state, Of<T>::fixedRelease);
-}
-
-template <class T>
-std::vector<T> samples(test::Random& random, std::size_t n) {
-    return random.vector<T>(n, 2);
 }
 
 // One filter weight in units of the samples, and what its storage may be off by.
@@ -82,16 +82,35 @@ void expectTap(T got, LD exact) {
         ASSERT_LE(fabsl(got - exact), fabsl(exact) * 0x1p-24L + 1e-15L);
     }
 }
-// The result that a sum must give; `parts` is the sum of the absolute products, `terms` their number.
-template <class T>
-void expectSum(T got, LD exact, LD parts, std::size_t terms) {
-    const LD rounding = static_cast<LD>(2 * terms + 8) * 0x1p-24L * parts;
-    if constexpr (std::is_same_v<T, Kel16s>) {
-        ASSERT_LE(fabsl(got - std::clamp(exact, -32768.0L, 32767.0L)), 0.5L + rounding);
-    } else {
-        ASSERT_LE(fabsl(got - exact), rounding);
+// Runs `run(x, len, y, &count)` on a signal with nothing but the promised samples before and behind it, and compares each
+// output with gain times the sum of weight(i, j) x[j]; magnitude(i, j) is at least the weight's size.
+template <class T, class Run, class Weight, class Magnitude>
+void expectSums(test::Random& random, int history, int len, std::size_t outputs, LD gain, Run run, Weight weight,
+                Magnitude magnitude) {
+    const test::Guarded<T> guarded(random.vector<T>(static_cast<std::size_t>(history + len), 2),
+                                   history > 0 && random.between(0, 1) ? test::Edge::Begin : test::Edge::End);
+    const T* const x = guarded.data() + history;
+    test::Guarded<T> y(outputs);
+    int n = -1;
+    ASSERT_EQ(run(x, len, y.data(), &n), kelStatusOk);
+    ASSERT_EQ(static_cast<std::size_t>(n), outputs);
+    for (int i = 0; i < n; ++i) {
+        LD sum = 0, parts = 0, terms = 0;
+        for (int j = -history; j < len; ++j) {
+            sum += gain * weight(i, j) * x[j];
+            parts += gain * magnitude(i, j) * fabsl(x[j]);
+            terms += magnitude(i, j) > 0;
+        }
+        const LD rounding = (2 * terms + 8) * 0x1p-24L * parts;
+        if constexpr (std::is_same_v<T, Kel16s>) {
+            ASSERT_LE(fabsl(y[i] - std::clamp(sum, -32768.0L, 32767.0L)), 0.5L + rounding) << i;
+        } else {
+            ASSERT_LE(fabsl(y[i] - sum), rounding) << i;
+        }
     }
 }
+template <class T>
+constexpr LD kUnit = std::is_same_v<T, Kel16s> ? 0x1p-15L : 1;  // of the weights
 
 template <class T>
 class Resample : public ::testing::Test {};
@@ -104,16 +123,18 @@ const Filter kFilters[] = {{16, 32, 0.9f, 6},   {7.5f, 16, 1, 1},     {2.0f / 16
                            {10.3f, 7, 0.8f, 2}, {3, 1, 0.95f, 1.5f},  {40, 100, 0.95f, 10},
                            {1, 5, 1, 4},        {2.0f / 41, 41, 1, 1}};
 
+const FixedFilter kFixedCases[] = {{1, 1, 8},          {8000, 16000, 33},  {16000, 8000, 48}, {48000, 16000, 91},
+                                   {44100, 48000, 32}, {48000, 44100, 35}, {7, 5, 1},         {3, 70, 20},
+                                   {50, 3, 7},         {2, 3, 2}};
+
 TYPED_TEST(Resample, TableIsTheDesign) {
     for (const Filter& f : kFilters) {
         for (const int hint : {0, 1, 2, 7}) {
             const auto state = makeGeneral<TypeParam>(f, hint);
             const int last = std::max(1, static_cast<int>(f.window * 0.5 * f.nStep));
             ASSERT_EQ(state->tableLen, last + 1);
-            EXPECT_EQ(state->nStep, f.nStep);
-            EXPECT_EQ(state->invStep, 1.0f / static_cast<Kel32f>(f.nStep));
-            EXPECT_EQ(state->gain, 1);
-            EXPECT_EQ(state->flags, hint == 2 ? 1 : 2);
+            EXPECT_TRUE(state->nStep == f.nStep && state->invStep == 1.0f / static_cast<Kel32f>(f.nStep));
+            EXPECT_TRUE(state->gain == 1 && state->flags == (hint == 2 ? 1 : 2));
             EXPECT_EQ(static_cast<void*>(state->pTable), state.get() + 1);
             const auto h = [&](int k) {
                 return windowedSinc(static_cast<LD>(k) / f.nStep, f.rollf, f.alpha, static_cast<LD>(last) / f.nStep);
@@ -126,41 +147,32 @@ TYPED_TEST(Resample, TableIsTheDesign) {
     }
 }
 
-// Every output of one call beside the sum over the table, with nothing but the promised samples around it.
 template <class T>
 void checkGeneral(const Filter& f, Kel64f factor, Kel64f start, int len, Kel32f norm, test::Random& random) {
     const auto state = makeGeneral<T>(f);
     state->gain = 1.25f;
     const int last = state->tableLen - 1;
     const LD scale = f.nStep * std::min(1.0L, static_cast<LD>(factor)), slack = 1e-5L * std::min(1.0L, scale);
-    const int history = std::max(0, -static_cast<int>(floorl(start - last / scale)));
-    const test::Guarded<T> guarded(samples<T>(random, static_cast<std::size_t>(history + len)),
-                                   history > 0 && random.between(0, 1) ? test::Edge::Begin : test::Edge::End);
-    const T* const x = guarded.data() + history;
-    int expected = 0;
     const auto timeOf = [&](int n) { return start + static_cast<LD>(n) / factor; };
-    while ((len - 1 - timeOf(expected)) * scale >= last - slack) ++expected;
-    test::Guarded<T> y(static_cast<std::size_t>(expected));
+    int outputs = 0;
+    while ((len - 1 - timeOf(outputs)) * scale >= last - slack) ++outputs;
+    // What `size` makes of the two points of the table around the place of x[j] and of how far between them it is.
+    const auto between = [&](int i, int j, auto size) {
+        const LD place = fabsl(timeOf(i) - j) * scale;
+        if (place > last + slack) return 0.0L;
+        const int k = static_cast<int>(place);
+        return size(state->pTable[k] * kUnit<T>, state->pTable[k + 1] * kUnit<T>, place - k);
+    };
     Kel64f time = start;
-    int n = -1;
-    ASSERT_EQ(Of<T>::run(state.get(), x, len, y.data(), factor, norm, &time, &n), kelStatusOk);
-    ASSERT_EQ(n, expected);
-    ASSERT_NEAR(time, static_cast<Kel64f>(timeOf(n)), 1e-12 * len);
-    const LD unit = std::is_same_v<T, Kel16s> ? 0x1p-15L : 1, gain = norm * (factor < 1 ? factor * state->gain : 1);
-    for (int i = 0; i < n; ++i) {
-        LD sum = 0, parts = 0;
-        std::size_t terms = 0;
-        for (int j = -history; j < len; ++j) {
-            const LD place = fabsl(timeOf(i) - j) * scale;
-            if (place > last + slack) continue;
-            const int k = static_cast<int>(place);
-            const LD low = state->pTable[k] * unit, high = state->pTable[k + 1] * unit, a = place - k;
-            sum += x[j] * (low + a * (high - low));
-            parts += fabsl(x[j]) * (fabsl(low) + fabsl(high) + 1e-7L);
-            ++terms;
-        }
-        expectSum(y[i], gain * sum, gain * parts, terms);
-    }
+    expectSums<T>(
+        random, std::max(0, -static_cast<int>(floorl(start - last / scale))), len, static_cast<std::size_t>(outputs),
+        norm * (factor < 1 ? factor * state->gain : 1),
+        [&](const T* x, int n, T* y, int* count) {
+            return Of<T>::run(state.get(), x, n, y, factor, norm, &time, count);
+        },
+        [&](int i, int j) { return between(i, j, [](LD low, LD high, LD a) { return low + a * (high - low); }); },
+        [&](int i, int j) { return between(i, j, [](LD a, LD b, LD) { return fabsl(a) + fabsl(b) + 1e-7L; }); });
+    ASSERT_NEAR(time, static_cast<Kel64f>(timeOf(outputs)), 1e-12 * len);
 }
 
 TYPED_TEST(Resample, GeneralFormIsTheSumOverTheTable) {
@@ -185,9 +197,9 @@ void checkBlocks(Run run, Kel64f reach, bool exact, unsigned seed) {
     test::Random random(seed);
     constexpr int kLen = 6000;
     const auto history = static_cast<int>(std::ceil(reach));
-    auto x = samples<T>(random, static_cast<std::size_t>(history + kLen));
+    auto x = random.vector<T>(history + kLen, 2);
     std::fill_n(x.begin(), history, T());
-    std::vector<T> whole(20 * kLen), blocks(20 * kLen);
+    std::vector<T> whole(24 * kLen), blocks(24 * kLen);
     Kel64f time = 0, wholeTime = 0;
     int n, wholeN, blocksN = 0;
     std::fesetround(FE_UPWARD);  // which must neither matter nor change
@@ -215,79 +227,73 @@ void checkBlocks(Run run, Kel64f reach, bool exact, unsigned seed) {
 }
 
 TYPED_TEST(Resample, BlocksOfAnyLengthsGiveWhatOneCallGives) {
+    using T = TypeParam;
     for (const Filter& f : {Filter{24, 64, 0.9f, 7}, Filter{9.3f, 10, 1, 2}}) {
-        const auto state = makeGeneral<TypeParam>(f);
+        const auto state = makeGeneral<T>(f);
         for (const Kel64f factor : {1.0, 2.0, 0.5, 0.25, 0.125, 8.0, 1 / 3.0, 160 / 147.0, 147 / 160.0, 0.7, 0.15}) {
             const Kel64f scale = f.nStep * std::min(1.0, factor);
             // 1 / factor a binary fraction: times, and places in a table of 2^n points, have no rounding.
             const bool exact = std::ldexp(1 / factor, 3) == std::floor(std::ldexp(1 / factor, 3));
-            checkBlocks<TypeParam>([&](const TypeParam* x, int len, TypeParam* y, Kel64f* time,
-                                       int* n) { Of<TypeParam>::run(state.get(), x, len, y, factor, 0.3f, time, n); },
-                                   (state->tableLen - 1) / scale, exact, static_cast<unsigned>(factor * 1000));
+            checkBlocks<T>([&](const T* x, int len, T* y, Kel64f* time,
+                               int* n) { Of<T>::run(state.get(), x, len, y, factor, 0.3f, time, n); },
+                           (state->tableLen - 1) / scale, exact, static_cast<unsigned>(factor * 1000));
             if (::testing::Test::HasFatalFailure()) FAIL() << factor;
         }
     }
-    const int rates[][3] = {{1, 1, 9},      {1, 2, 40},     {2, 1, 41},  {3, 1, 30},
-                            {147, 160, 33}, {160, 147, 38}, {5, 67, 12}, {9, 2, 6}};
-    for (const auto& [in, out, len] : rates) {
-        const auto state = makeFixed<TypeParam>(in, out, len);
-        checkBlocks<TypeParam>([&](const TypeParam* x, int n, TypeParam* y, Kel64f* time,
-                                   int* outLen) { Of<TypeParam>::fixedRun(state.get(), x, n, y, 0.3f, time, outLen); },
-                               len / 2.0, true,
-                               static_cast<unsigned>(out));  // phases are found exactly whatever the rates
-        if (::testing::Test::HasFatalFailure()) FAIL() << in << " " << out;
+    for (const FixedFilter& f : kFixedCases) {
+        const auto state = makeFixed<T>(f);
+        checkBlocks<T>([&](const T* x, int n, T* y, Kel64f* time,
+                           int* count) { Of<T>::fixedRun(state.get(), x, n, y, 0.3f, time, count); },
+                       f.len / 2.0, true, static_cast<unsigned>(f.out));  // phases are found exactly whatever the rates
+        if (::testing::Test::HasFatalFailure()) FAIL() << f.in << " " << f.out;
     }
 }
 
 TEST(ResampleLong, AnHourKeepsItsTime) {
     // 48 kHz to about 100 Hz, a call for each output: where rounding would add up it has 350000 chances.
-    const Kel64f factor = 1 / 477.7;
     const auto general = makeGeneral<Kel32f>({2.0f / 500, 500, 1, 1});
-    const auto fixed = makeFixed<Kel32f>(48000, 101, 3);
-    std::vector<Kel32f> x(600), y(8);
-    Kel64f times[2] = {10, 10};
-    int64_t bases[2] = {}, counts[2] = {};
-    while (bases[0] < 3600 * 48000) {
-        for (const int form : {0, 1}) {
-            Kel64f& time = times[form];
-            int n;
-            if (form == 0) {
-                kelsResamplePolyphase_32f(general.get(), x.data(), 480, y.data(), factor, 1, &time, &n);
-            } else {
-                kelsResamplePolyphaseFixed_32f(fixed.get(), x.data(), 480, y.data(), 1, &time, &n);
-            }
+    const auto fixed = makeFixed<Kel32f>({48000, 101, 3});
+    const std::vector<Kel32f> x(600);
+    std::vector<Kel32f> y(8);
+    const auto walk = [&](auto run) {
+        Kel64f time = 10;
+        int64_t base = 0, count = 0;
+        for (int n; base < 3600 * 48000; count += n) {
+            run(&time, &n);
             const Kel64f whole = std::floor(time) - 10;
             time -= whole;
-            bases[form] += static_cast<int64_t>(whole);
-            counts[form] += n;
+            base += static_cast<int64_t>(whole);
         }
-    }
-    EXPECT_NEAR(static_cast<Kel64f>(bases[0]) + times[0], 10 + static_cast<Kel64f>(counts[0]) / factor, 1e-6);
-    // The fixed form is at a multiple of 1/101, rounded once as a time of up to 600.
-    const int64_t place = 10 * 101 + counts[1] * 48000 - bases[1] * 101;
-    EXPECT_NEAR(times[1], static_cast<Kel64f>(place) / 101, 0x1p-43);
+        return std::tuple(base, time, count);
+    };
+    const Kel64f factor = 1 / 477.7;
+    const auto [base, time, count] = walk(
+        [&](Kel64f* t, int* n) { kelsResamplePolyphase_32f(general.get(), x.data(), 480, y.data(), factor, 1, t, n); });
+    EXPECT_NEAR(static_cast<Kel64f>(base) + time, 10 + static_cast<Kel64f>(count) / factor, 1e-6);
+    const auto [fixedBase, fixedTime, fixedCount] =
+        walk([&](Kel64f* t, int* n) { kelsResamplePolyphaseFixed_32f(fixed.get(), x.data(), 480, y.data(), 1, t, n); });
+    // At a multiple of 1/101, rounded once as a time of up to 600.
+    const int64_t place = 10 * 101 + fixedCount * 48000 - fixedBase * 101;
+    EXPECT_NEAR(fixedTime, static_cast<Kel64f>(place) / 101, 0x1p-43);
 }
 
 // ---- fixed form ----------------------------------------------------------------------------------------------------
 
-struct FixedCase {
-    int in, out, len;
-};
-const FixedCase kFixedCases[] = {{1, 1, 8},          {8000, 16000, 33},  {16000, 8000, 48}, {48000, 16000, 91},
-                                 {44100, 48000, 32}, {48000, 44100, 35}, {7, 5, 1},         {3, 70, 20},
-                                 {50, 3, 7},         {2, 3, 2}};
+// The sample at which the filter of an output at place / phases begins.
+int firstTap(int place, int len, int phases) {
+    return static_cast<int>(ceill((2 * place - len * phases) / (2.0L * phases)));
+}
 
 TYPED_TEST(Resample, FixedFiltersAreTheDesignAtTheirPhases) {
-    for (const auto& [in, out, len] : kFixedCases) {
-        const auto state = makeFixed<TypeParam>(in, out, len, 0.85f, 5);
+    for (const auto& [in, out, len, rollf, alpha] : kFixedCases) {
+        const auto state = makeFixed<TypeParam>({in, out, len, 0.85f, 5});
         const int phases = out / std::gcd(in, out);
         const int taps = len + 1;
         std::vector<TypeParam> filters(static_cast<std::size_t>(phases * taps));
         ASSERT_EQ(Of<TypeParam>::get(state.get(), filters.data(), taps, phases), kelStatusOk);
         const LD stretch = std::min(1.0L, static_cast<LD>(out) / in);
         const auto weight = [&](int i) {
-            const int p = i / taps, twice = 2 * p - len * phases;  // where the filter begins, in halves of phases
-            const int first = (twice >= 0 ? twice + 2 * phases - 1 : twice) / (2 * phases);
+            const int p = i / taps, first = firstTap(p, len, phases);
             const int place = 2 * (p - (first + i % taps) * phases);
             if (std::abs(place) > len * phases) return 0.0L;
             return windowedSinc(stretch * place / (2 * phases), 0.85f, 5, len * stretch / 2);
@@ -301,51 +307,39 @@ TYPED_TEST(Resample, FixedFiltersAreTheDesignAtTheirPhases) {
 }
 
 TYPED_TEST(Resample, FixedFormIsTheSumOverItsFilters) {
+    using T = TypeParam;
     test::Random random;
-    for (const auto& [in, out, len] : kFixedCases) {
-        const auto state = makeFixed<TypeParam>(in, out, len);
-        const int64_t phases = out / std::gcd(in, out), down = in / std::gcd(in, out);
+    for (const auto& [in, out, len, rollf, alpha] : kFixedCases) {
+        const auto state = makeFixed<T>({in, out, len});
+        const int phases = out / std::gcd(in, out), down = in / std::gcd(in, out), taps = len + 1;
+        const int reach = len * phases;  // of a filter, in halves of phases
         // Filters of one's own, so that nothing rests on symmetry.
-        const int taps = len + 1;
-        const auto filters = samples<TypeParam>(random, static_cast<std::size_t>(phases * taps));
-        ASSERT_EQ(Of<TypeParam>::set(state.get(), filters.data(), taps, static_cast<int>(phases)), kelStatusOk);
-        for (const int n : {1, len, 3000}) {
+        const auto filters = random.vector<T>(static_cast<std::size_t>(phases * taps), 2);
+        ASSERT_EQ(Of<T>::set(state.get(), filters.data(), taps, phases), kelStatusOk);
+        for (const int n : {1, len, 300}) {
             // A time off the grid counts as the nearest one.
-            const int64_t place = random.between(-40 * static_cast<int>(phases), static_cast<int>(phases) * 3);
-            Kel64f time = (static_cast<Kel64f>(place) + random.uniform(-0.4, 0.4)) / static_cast<Kel64f>(phases);
-            const auto firstTap = [&](int64_t at) {
-                return static_cast<int>(ceill((2 * at - len * phases) / (2.0L * phases)));
+            const int place = random.between(-40 * phases, phases * 3);
+            Kel64f time = (place + random.uniform(-0.4, 0.4)) / phases;
+            std::size_t outputs = 0;
+            for (int at = place; 2 * at + reach <= 2 * phases * (n - 1); at += down) ++outputs;
+            const auto weight = [&](int i, int j) {
+                const int at = place + i * down, phase = (at % phases + phases) % phases,
+                          k = j - firstTap(at, len, phases);
+                return k < 0 || k >= taps ? 0 : kUnit<T> * filters[static_cast<std::size_t>(phase * taps + k)];
             };
-            const int history = std::max(0, -firstTap(place));
-            const test::Guarded<TypeParam> guarded(samples<TypeParam>(random, static_cast<std::size_t>(history + n)),
-                                                   history > 0 && n > 1 ? test::Edge::Begin : test::Edge::End);
-            const TypeParam* const x = guarded.data() + history;
-            std::vector<int64_t> places;
-            for (int64_t at = place; 2 * at + len * phases <= 2 * phases * (n - 1); at += down) places.push_back(at);
-            test::Guarded<TypeParam> y(places.size());
-            int count = -1;
-            ASSERT_EQ(Of<TypeParam>::fixedRun(state.get(), x, n, y.data(), 0.4f, &time, &count), kelStatusOk);
-            ASSERT_EQ(static_cast<std::size_t>(count), places.size());
-            const LD unit = std::is_same_v<TypeParam, Kel16s> ? 0x1p-15L : 1;
-            for (std::size_t i = 0; i < places.size(); ++i) {
-                const auto phase = static_cast<std::size_t>((places[i] % phases + phases) % phases);
-                LD sum = 0, parts = 0;
-                for (int k = 0; k < taps && firstTap(places[i]) + k < n; ++k) {
-                    const LD product = unit *
-                                       filters[phase * static_cast<std::size_t>(taps) + static_cast<std::size_t>(k)] *
-                                       x[firstTap(places[i]) + k];
-                    sum += product;
-                    parts += fabsl(product);
-                }
-                expectSum(y[i], 0.4f * sum, 0.4f * parts, static_cast<std::size_t>(taps));
-                if (::testing::Test::HasFatalFailure()) FAIL() << in << " " << out << " output " << i;
-            }
+            expectSums<T>(
+                random, std::max(0, -firstTap(place, len, phases)), n, outputs, 0.4f,
+                [&](const T* x, int length, T* y, int* count) {
+                    return Of<T>::fixedRun(state.get(), x, length, y, 0.4f, &time, count);
+                },
+                weight, [&](int i, int j) { return fabsl(weight(i, j)); });
+            if (::testing::Test::HasFatalFailure()) FAIL() << in << " " << out;
         }
     }
 }
 
 TYPED_TEST(Resample, FiltersAreExchangedUpToTheSmallerSize) {
-    const auto state = makeFixed<TypeParam>(1, 3, 5);
+    const auto state = makeFixed<TypeParam>({1, 3, 5});
     const auto read = [&](int len, int height) {
         std::vector<TypeParam> taps(static_cast<std::size_t>(len * height), 77);
         Of<TypeParam>::get(state.get(), taps.data(), len, height);
@@ -368,14 +362,14 @@ TYPED_TEST(Resample, StatesInTheCallersBufferMayMove) {
     int bytes = 0, n;
     ASSERT_EQ(F::fixedSize(44100, 48000, 31, 0.9f, 6, 0, &bytes), kelStatusOk);
     test::Random random;
-    const auto x = samples<TypeParam>(random, 2000);
+    const auto x = random.vector<TypeParam>(2000, 2);
     const auto run = [&](const typename F::Fixed* state) {
         std::vector<TypeParam> y(2300);
         Kel64f time = 20.25;
         F::fixedRun(state, x.data(), 2000, y.data(), 1, &time, &n);
         return y;
     };
-    const auto expected = run(makeFixed<TypeParam>(44100, 48000, 31).get());
+    const auto expected = run(makeFixed<TypeParam>({44100, 48000, 31}).get());
     const std::size_t words = static_cast<std::size_t>(bytes + 3) / 4;
     for (std::size_t offset = 0; offset < 16; ++offset) {
         test::Guarded<Kel32s> buffer(offset + words), moved(words);
@@ -394,100 +388,80 @@ constexpr Kel32f kLeast = 2 / 10.0f;
 constexpr KelStatus kNull = kelStatusNullPtr, kSize = kelStatusSize, kBad = kelStatusBadArg,
                     kMemory = kelStatusAllocError;
 
+const std::pair<KelStatus, Filter> kRefused[] = {
+    {kSize, {0, 0, 0, 0}},         {kBad, {std::nextafter(kLeast, 0.0f), 10, 1, 1}},
+    {kBad, {-1, 10, 0, 0}},        {kBad, {NAN, 10, 1, 1}},
+    {kBad, {9, 9, 0, 0}},          {kBad, {9, 9, 1.0001f, 1}},
+    {kBad, {9, 9, NAN, 1}},        {kBad, {9, 9, 1, 0.999f}},
+    {kBad, {9, 9, 1, 701}},        {kBad, {9, 9, 1, NAN}},
+    {kMemory, {1e10f, 2, 1, 1}},   {kMemory, {2e9f, 2, 1, 1}},
+    {kMemory, {INFINITY, 2, 1, 1}}};
+constexpr int kMost = INT32_MAX, kHuge = 1 << 29;
+const std::pair<KelStatus, FixedFilter> kFixedRefused[] = {{kSize, {0, 1, 1, 0, 0}},
+                                                           {kSize, {1, 0, 1, 0, 0}},
+                                                           {kSize, {1, 1, 0, 0, 0}},
+                                                           {kBad, {1, 1, 1, 0, 0}},
+                                                           {kBad, {1, 1, 1, 1.0001f, 1}},
+                                                           {kBad, {1, 1, 1, 1, 0.9f}},
+                                                           {kBad, {1, 1, 1, 1, NAN}},
+                                                           {kMemory, {kHuge + 1, kHuge, 3, 1, 1}},
+                                                           {kMemory, {1, 1, kHuge, 1, 1}},
+                                                           {kMemory, {1, 1, kMost, 1, 1}},
+                                                           {kMemory, {kMost, kMost - 1, 1, 1, 1}}};
+
 TYPED_TEST(Resample, DesignsThatAreRefused) {
     using F = Of<TypeParam>;
-    const struct {
-        Kel32f window;
-        int nStep;
-        Kel32f rollf, alpha;
-        KelStatus status;
-    } general[] = {{0, 0, 0, 0, kSize},          {std::nextafter(kLeast, 0.0f), 10, 1, 1, kBad},
-                   {-1, 10, 0, 0, kBad},         {kNaN, 10, 1, 1, kBad},
-                   {9, 9, 0, 0, kBad},           {9, 9, 1.0001f, 1, kBad},
-                   {9, 9, kNaN, 1, kBad},        {9, 9, 1, 0.999f, kBad},
-                   {9, 9, 1, 701, kBad},         {9, 9, 1, kNaN, kBad},
-                   {1e10f, 2, 1, 1, kMemory},    {2e9f, 2, 1, 1, kMemory},
-                   {HUGE_VALF, 2, 1, 1, kMemory}};
     typename F::General* g = nullptr;
-    for (const auto& c : general) EXPECT_EQ(F::init(&g, c.window, c.nStep, c.rollf, c.alpha, 0), c.status) << c.window;
-    EXPECT_EQ(F::init(nullptr, 0, 0, 0, 0, 0), kNull);
+    for (const auto& [status, f] : kRefused) {
+        EXPECT_EQ(F::init(&g, f.window, f.nStep, f.rollf, f.alpha, 0), status) << f.window;
+        EXPECT_EQ(F::init(nullptr, f.window, f.nStep, f.rollf, f.alpha, 0), kNull);
+    }
     EXPECT_EQ(g, nullptr);
     EXPECT_NE(makeGeneral<TypeParam>({kLeast, 10, 1, 1}), nullptr);
-
-    const struct {
-        int in, out, len;
-        Kel32f rollf, alpha;
-        KelStatus status;
-    } fixed[] = {{0, 1, 1, 0, 0, kSize},
-                 {1, 0, 1, 0, 0, kSize},
-                 {1, 1, 0, 0, 0, kSize},
-                 {1, 1, 1, 0, 0, kBad},
-                 {1, 1, 1, 1.0001f, 1, kBad},
-                 {1, 1, 1, 1, 0.9f, kBad},
-                 {1, 1, 1, 1, kNaN, kBad},
-                 {(1 << 29) + 1, 1 << 29, 3, 1, 1, kMemory},
-                 {1, 1, 1 << 29, 1, 1, kMemory},
-                 {1, 1, INT32_MAX, 1, 1, kMemory},
-                 {INT32_MAX, INT32_MAX - 1, 1, 1, 1, kMemory}};
     typename F::Fixed* f = nullptr;
     int bytes = -1;
     Kel64f buffer = 7;
     auto* const place = reinterpret_cast<typename F::Fixed*>(&buffer);
-    for (const auto& c : fixed) {
-        EXPECT_EQ(F::fixedInit(&f, c.in, c.out, c.len, c.rollf, c.alpha, 0), c.status) << c.in << " " << c.len;
-        EXPECT_EQ(F::fixedSize(c.in, c.out, c.len, c.rollf, c.alpha, 0, &bytes), c.status);
-        EXPECT_EQ(F::fixedPlace(place, c.in, c.out, c.len, c.rollf, c.alpha, 0), c.status);
-        EXPECT_EQ(F::fixedInit(nullptr, c.in, c.out, c.len, c.rollf, c.alpha, 0), kNull);
-        EXPECT_EQ(F::fixedSize(c.in, c.out, c.len, c.rollf, c.alpha, 0, nullptr), kNull);
-        EXPECT_EQ(F::fixedPlace(nullptr, c.in, c.out, c.len, c.rollf, c.alpha, 0), kNull);
+    for (const auto& [status, filter] : kFixedRefused) {
+        const auto [in, out, len, rollf, alpha] = filter;
+        EXPECT_EQ(F::fixedInit(&f, in, out, len, rollf, alpha, 0), status) << in << " " << len;
+        EXPECT_EQ(F::fixedSize(in, out, len, rollf, alpha, 0, &bytes), status);
+        EXPECT_EQ(F::fixedPlace(place, in, out, len, rollf, alpha, 0), status);
+        EXPECT_EQ(F::fixedInit(nullptr, in, out, len, rollf, alpha, 0), kNull);
+        EXPECT_EQ(F::fixedSize(in, out, len, rollf, alpha, 0, nullptr), kNull);
+        EXPECT_EQ(F::fixedPlace(nullptr, in, out, len, rollf, alpha, 0), kNull);
     }
-    EXPECT_EQ(f, nullptr);
-    EXPECT_EQ(bytes, -1);
-    EXPECT_EQ(buffer, 7);
+    EXPECT_TRUE(f == nullptr && bytes == -1 && buffer == 7);
 }
 
 TYPED_TEST(Resample, CallsThatAreRefusedOrGiveNothing) {
     using F = Of<TypeParam>;
     const auto state = makeGeneral<TypeParam>({4, 8, 1, 2});
-    const auto fixed = makeFixed<TypeParam>(2, 3, 4);
+    const auto fixed = makeFixed<TypeParam>({2, 3, 4});
     TypeParam x[20] = {}, y[40];
     std::fill_n(y, 40, TypeParam(5));
     Kel64f time = 3;
     int n = 99;
-    for (int missing = 0; missing < 5; ++missing) {
-        const auto but = [=](int i, auto* p) { return i == missing ? nullptr : p; };
-        auto *const s = but(0, state.get()), *const dst = but(2, y);
-        EXPECT_EQ(F::run(s, but(1, x), 0, dst, 0, 1, but(3, &time), but(4, &n)), kNull);
-        EXPECT_EQ(F::fixedRun(but(0, fixed.get()), but(1, x), 0, dst, 1, but(3, &time), but(4, &n)), kNull);
-    }
     for (const Kel64f factor : {0.0, -1.0, kNaN, kInf}) {
         EXPECT_EQ(F::run(state.get(), x, 20, y, factor, 1, &time, &n), kBad);
     }
     EXPECT_EQ(F::run(state.get(), x, 0, y, 1, 1, &time, &n), kBad);
     EXPECT_EQ(F::fixedRun(fixed.get(), x, 0, y, 1, &time, &n), kBad);
     for (const int size : {0, 1}) {
-        EXPECT_EQ(F::set(nullptr, x, size, 0), kNull);
-        EXPECT_EQ(F::set(fixed.get(), nullptr, size, 0), kNull);
-        EXPECT_EQ(F::get(nullptr, y, size, 0), kNull);
-        EXPECT_EQ(F::get(fixed.get(), nullptr, size, 0), kNull);
         EXPECT_EQ(F::set(fixed.get(), x, size, 1 - size), kSize);
         EXPECT_EQ(F::get(fixed.get(), y, size, 1 - size), kSize);
     }
-    EXPECT_EQ(F::release(nullptr), kNull);
-    EXPECT_EQ(F::fixedRelease(nullptr), kNull);
-    EXPECT_EQ(time, 3);
-    EXPECT_EQ(n, 99);
+    test::expectChecks<test::Places{-1, -1, 2}>({-8, kBad}, 1, F::fixedRun);
+    test::expectNullChecks(F::run, F::set, F::get, F::release, F::fixedRelease);
+    EXPECT_TRUE(time == 3 && n == 99);
 
     // A block that is too short, times that are none, a filter that is stretched beyond all numbers.
     for (const Kel64f t : {18.0, kNaN, kInf, -kInf, 1e300}) {
         time = t;
-        n = 99;
-        EXPECT_EQ(F::run(state.get(), x, 20, y, 1, 1, &time, &n), kelStatusOk);
-        EXPECT_EQ(n, 0);
-        n = 99;
-        EXPECT_EQ(F::fixedRun(fixed.get(), x, 20, y, 1, &time, &n), kelStatusOk);
-        EXPECT_EQ(n, 0);
-        EXPECT_TRUE(test::sameBits(time, t));
+        int m = 99;
+        EXPECT_EQ(F::run(state.get(), x, 20, y, 1, 1, &time, &(n = 99)), kelStatusOk);
+        EXPECT_EQ(F::fixedRun(fixed.get(), x, 20, y, 1, &time, &m), kelStatusOk);
+        EXPECT_TRUE(n == 0 && m == 0 && test::sameBits(time, t));
     }
     EXPECT_EQ(F::run(state.get(), x, 20, y, 5e-324, 1, &(time = 0), &n), kelStatusOk);
     EXPECT_EQ(n, 0);
