@@ -19,9 +19,10 @@
  *
  *   samples, autocorrelations, cepstra, val       n as a source; as a result the value times 2^-scaleFactor
  *   predictors, prediction errors                 as a result the value times 2^-scaleFactor, so -12 stands for Q12
- *   predictors as a source of reflection or LSP   n 2^scaleFactor: the same scaleFactor that made them, Q12 for -12
+ *   LSP, and predictors on the other side of LSP  n 2^scaleFactor in both directions
+ *   predictors as a source of reflection          n 2^scaleFactor: the same scaleFactor that made them, Q12 for -12
  *   predictors as a source of cepstrum, spectrum  n
- *   reflection coefficients, LSP, thresholds      Q15 in both directions: n / 32768
+ *   reflection coefficients, thresholds           Q15 in both directions: n / 32768
  *   spectra, area ratios, tilts                   the value times 2^-scaleFactor
  *
  * Checks, in this order unless told otherwise: a null pointer -8; a size below 1 -6; a row step below the width -37.

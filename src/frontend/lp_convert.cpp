@@ -193,7 +193,7 @@ KelStatus kelsLPToLSP_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, int len, int sca
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     const NearestScope nearest;
-    return pairsOf(scaledSource(pSrc, scaleFactor), 0, q15Result(pDst), 0, len, 1);
+    return pairsOf(scaledSource(pSrc, scaleFactor), 0, scaledResult(pDst, scaleFactor), 0, len, 1);
 }
 KelStatus kelsLPToLSP_32f_D2(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, int width, int height) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
@@ -207,7 +207,7 @@ KelStatus kelsLPToLSP_16s_D2Sfs(const Kel16s* pSrc, int srcStep, Kel16s* pDst, i
     if (width < 1 || height < 1) return kelStatusSize;
     if (stepTooSmall(srcStep, width) || stepTooSmall(dstStep, width)) return kelStatusStep;
     const NearestScope nearest;
-    return pairsOf(scaledSource(pSrc, scaleFactor), srcStep, q15Result(pDst), dstStep, width, height);
+    return pairsOf(scaledSource(pSrc, scaleFactor), srcStep, scaledResult(pDst, scaleFactor), dstStep, width, height);
 }
 KelStatus kelsLSPToLP_32f(const Kel32f* pSrc, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
@@ -218,7 +218,7 @@ KelStatus kelsLSPToLP_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, int len, int sca
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     const NearestScope nearest;
-    return predictorsOf(q15Source(pSrc), 0, scaledResult(pDst, scaleFactor), 0, len, 1);
+    return predictorsOf(scaledSource(pSrc, scaleFactor), 0, scaledResult(pDst, scaleFactor), 0, len, 1);
 }
 KelStatus kelsLSPToLP_32f_D2(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, int width, int height) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
@@ -232,5 +232,6 @@ KelStatus kelsLSPToLP_16s_D2Sfs(const Kel16s* pSrc, int srcStep, Kel16s* pDst, i
     if (width < 1 || height < 1) return kelStatusSize;
     if (stepTooSmall(srcStep, width) || stepTooSmall(dstStep, width)) return kelStatusStep;
     const NearestScope nearest;
-    return predictorsOf(q15Source(pSrc), srcStep, scaledResult(pDst, scaleFactor), dstStep, width, height);
+    return predictorsOf(scaledSource(pSrc, scaleFactor), srcStep, scaledResult(pDst, scaleFactor), dstStep, width,
+                        height);
 }

@@ -360,7 +360,7 @@ auto with(F f, int scaleFactor) {
 }
 Kel32f lastError;
 Kel16s lastError16;
-constexpr double q15 = 1.0 / 32768, q12 = 1.0 / 4096;
+constexpr double q15 = 1.0 / 32768, q14 = 1.0 / 16384, q12 = 1.0 / 4096;
 
 #define FLOATS(call) [](const Kel32f* s, Kel32f* d, int n) { return call; }
 #define INTEGERS(call) [](const Kel16s* s, Kel16s* d, int n) { return call; }
@@ -382,12 +382,12 @@ const Forms kForms[] = {
      INTEGERS(kelsLPToSpectrum_16s_Sfs(s, n, d, 8, 7, -12))},
     {"LPToReflection", q12, q15, 400, kelsLPToReflection_32f, with(kelsLPToReflection_16s_Sfs, -12)},
     {"ReflectionToLP", q15, q12, 20000, kelsReflectionToLP_32f, with(kelsReflectionToLP_16s_Sfs, -12)},
-    {"LPToLSP", q12, q15, 200, kelsLPToLSP_32f, with(kelsLPToLSP_16s_Sfs, -12)},
-    {"LSPToLP", q15, q12, 0, kelsLSPToLP_32f, with(kelsLSPToLP_16s_Sfs, -12)},
-    {"LPToLSP rows", q12, q15, 200, FLOATS(kelsLPToLSP_32f_D2(s, 5, d, 4, 3, (n + 2) / 5)),
+    {"LPToLSP", q12, q12, 200, kelsLPToLSP_32f, with(kelsLPToLSP_16s_Sfs, -12)},
+    {"LSPToLP", q14, q14, 0, kelsLSPToLP_32f, with(kelsLSPToLP_16s_Sfs, -14)},
+    {"LPToLSP rows", q12, q12, 200, FLOATS(kelsLPToLSP_32f_D2(s, 5, d, 4, 3, (n + 2) / 5)),
      INTEGERS(kelsLPToLSP_16s_D2Sfs(s, 5, d, 4, 3, (n + 2) / 5, -12))},
-    {"LSPToLP rows", q15, q12, 32767, FLOATS(kelsLSPToLP_32f_D2(s, 2, d, 3, 1, (n + 2) / 3)),
-     INTEGERS(kelsLSPToLP_16s_D2Sfs(s, 2, d, 3, 1, (n + 2) / 3, -12))},
+    {"LSPToLP rows", q14, q14, 16384, FLOATS(kelsLSPToLP_32f_D2(s, 2, d, 3, 1, (n + 2) / 3)),
+     INTEGERS(kelsLSPToLP_16s_D2Sfs(s, 2, d, 3, 1, (n + 2) / 3, -14))},
     {"AR", q15, 0.5, 32767, kelsReflectionToAR_32f, with(kelsReflectionToAR_16s_Sfs, -1)},
     {"TrueAR", q15, 0.5, 32767, kelsReflectionToTrueAR_32f, with(kelsReflectionToTrueAR_16s_Sfs, -1)},
     {"LAR", q15, q12, 32767, FLOATS(kelsReflectionToLAR_32f(s, d, n, 0.875f)),
@@ -411,7 +411,7 @@ TEST(LinearPrediction, SixteenBitFormsRoundTheFloatForms) {
                 const int uniform = random.between(-form.range, form.range);
                 integers.push_back(form.range == 32767 ? random.value<Kel16s>() : static_cast<Kel16s>(uniform));
                 if (form.range == 0)
-                    integers[i] = static_cast<Kel16s>(32768 * std::cos(std::numbers::pi * (i + 1) / (n + 1)));
+                    integers[i] = static_cast<Kel16s>(std::cos(std::numbers::pi * (i + 1) / (n + 1)) / form.srcUnit);
             }
             if (isAutocorrelation) integers[0] = 32000;
             const Guarded<Kel16s> source(integers);
