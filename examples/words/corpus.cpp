@@ -9,39 +9,35 @@
 namespace words {
 namespace {
 
-using Features = std::shared_ptr<const Matrix>;
-
 struct Prepared {
     Recording recording;
-    std::vector<Features> features;
+    std::vector<Views> variants;
     std::string complaint;
 };
 
-// One front end for each sample rate that turns up.
+// Front ends for each sample rate that turns up.
 class FrontEnds {
   public:
-    explicit FrontEnds(const FrontEndSettings& settings) : settings_(settings) {}
-    const FrontEnd& at(int rate) {
+    explicit FrontEnds(const std::vector<FrontEndSettings>& settings) : settings_(settings) {}
+    const std::vector<FrontEnd>& at(int rate) {
         const std::lock_guard lock(guard_);
-        return frontEnds_.try_emplace(rate, rate, settings_).first->second;
+        auto& frontEnds = frontEnds_[rate];
+        if (frontEnds.empty()) frontEnds = frontEndsFor(rate, settings_);
+        return frontEnds;
     }
 
   private:
-    FrontEndSettings settings_;
+    std::vector<FrontEndSettings> settings_;
     std::mutex guard_;
-    std::map<int, FrontEnd> frontEnds_;
+    std::map<int, std::vector<FrontEnd>> frontEnds_;
 };
-
-Features featuresOf(const Recording& recording, const FrontEnd& frontEnd) {
-    return std::make_shared<const Matrix>(frontEnd.analyse(recording).features);
-}
 
 Prepared prepare(const std::filesystem::path& file, FrontEnds& frontEnds) {
     Prepared result;
     try {
         result.recording = readRecording(file);
         try {
-            result.features.push_back(featuresOf(result.recording, frontEnds.at(result.recording.rate)));
+            result.variants.push_back(analyse(result.recording, frontEnds.at(result.recording.rate)));
         } catch (const std::runtime_error& error) {
             result.complaint = file.string() + ": " + error.what();
         }
@@ -55,7 +51,7 @@ Prepared prepare(const std::filesystem::path& file, FrontEnds& frontEnds) {
 int mostFrequentRate(const std::vector<Prepared>& recordings, Team& team) {
     std::ostringstream rates;
     for (const auto& recording : recordings)
-        if (!recording.features.empty()) rates << recording.recording.rate << ' ';
+        if (!recording.variants.empty()) rates << recording.recording.rate << ' ';
     std::map<int, int> counts;
     for (const auto& member : team.gather(rates.str())) {
         std::istringstream text(member);
@@ -66,15 +62,15 @@ int mostFrequentRate(const std::vector<Prepared>& recordings, Team& team) {
     return best == counts.end() ? 0 : best->first;
 }
 
-void addVariants(std::vector<Prepared>& recordings, int rate, const std::vector<FrontEndSettings>& variants) {
-    std::vector<FrontEnd> frontEnds;
-    for (const auto& settings : variants) frontEnds.emplace_back(rate, settings);
+void addVariants(std::vector<Prepared>& recordings, int rate,
+                 const std::vector<std::vector<FrontEndSettings>>& variants) {
+    std::vector<std::vector<FrontEnd>> frontEnds;
+    for (const auto& settings : variants) frontEnds.push_back(frontEndsFor(rate, settings));
     Progress progress("analysing variants", static_cast<int>(recordings.size()));
     forEachInParallel(static_cast<int>(recordings.size()), [&](int i) {
         Prepared& recording = recordings[static_cast<std::size_t>(i)];
         if (recording.complaint.empty())
-            for (const auto& frontEnd : frontEnds)
-                recording.features.push_back(featuresOf(recording.recording, frontEnd));
+            for (const auto& variant : frontEnds) recording.variants.push_back(analyse(recording.recording, variant));
         progress.advance();
     });
 }
@@ -121,7 +117,7 @@ Corpus loadCorpus(const std::filesystem::path& folder, const Analyses& analyses,
         if (!recording.complaint.empty()) continue;
         const double seconds = recording.recording.seconds();
         corpus.seconds += seconds;
-        Example example{files[i].label.word, shares[i], std::move(recording.features)};
+        Example example{files[i].label.word, shares[i], std::move(recording.variants)};
         corpus.utterances.push_back({std::move(files[i]), std::move(example), seconds});
     }
     return corpus;

@@ -15,7 +15,6 @@ struct Utterance {
     LabelledFile file;
     Example example;
     double seconds = 0;  // of speech
-    const Matrix& features() const { return *example.features.front(); }
 };
 
 struct Corpus {
@@ -28,8 +27,8 @@ struct Corpus {
 
 // How recordings are analysed: for recognition, and in which other ways for training.
 struct Analyses {
-    FrontEndSettings plain;
-    std::vector<FrontEndSettings> variants;
+    std::vector<FrontEndSettings> plain;
+    std::vector<std::vector<FrontEndSettings>> variants;
 };
 
 // The recordings of the folder's most frequent sample rate; those of other rates are complained about.  A member of a

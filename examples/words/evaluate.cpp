@@ -94,7 +94,7 @@ void Evaluation::runFold(const Corpus& corpus, const std::vector<bool>& isTest) 
     const ProcessorTimer timer;
     forEachInParallel(static_cast<int>(tests.size()), [&](int i) {
         const auto index = static_cast<std::size_t>(i);
-        recognised[index] = recogniser->recognise(tests[index]->features()).front().word;
+        recognised[index] = recogniser->recognise(tests[index]->example.views()).front().word;
         progress.advance();
     });
     const double matching = timer.seconds();

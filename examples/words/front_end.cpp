@@ -204,4 +204,17 @@ Matrix FrontEnd::statics(const Spectra& spectra, int begin, int end) const {
     return result;
 }
 
+std::vector<FrontEnd> frontEndsFor(int rate, const std::vector<FrontEndSettings>& settings) {
+    std::vector<FrontEnd> result;
+    for (const auto& one : settings) result.emplace_back(rate, one);
+    return result;
+}
+
+Views analyse(const Recording& recording, const std::vector<FrontEnd>& frontEnds) {
+    Views views;
+    for (const auto& frontEnd : frontEnds)
+        views.push_back(std::make_shared<const Matrix>(frontEnd.analyse(recording).features));
+    return views;
+}
+
 }  // namespace words

@@ -2,6 +2,9 @@
 #ifndef WORDS_FRONT_END_H
 #define WORDS_FRONT_END_H
 
+#include <memory>
+#include <vector>
+
 #include "audio.h"
 #include "kels_objects.h"
 #include "voice_activity.h"
@@ -49,6 +52,9 @@ struct Analysis {
     Matrix features;  // a row a frame of the word: cepstra c1..cM and energy, their deltas, their accelerations
 };
 
+// The features of one recording from several front ends, in their order.
+using Views = std::vector<std::shared_ptr<const Matrix>>;
+
 // Computes the features of recordings of one sample rate.  One front end may serve several threads at once.
 class FrontEnd {
   public:
@@ -87,6 +93,11 @@ class FrontEnd {
     DctLifter dct_;
     SpeechDetector speechDetector_;
 };
+
+// A front end for each of the settings.
+std::vector<FrontEnd> frontEndsFor(int rate, const std::vector<FrontEndSettings>& settings);
+// Throws what the front ends throw.
+Views analyse(const Recording& recording, const std::vector<FrontEnd>& frontEnds);
 
 }  // namespace words
 

@@ -35,7 +35,7 @@ std::map<std::string, int> countWords(const std::vector<Example>& examples, Team
     return counts;
 }
 
-void save(ModelWriter& writer, const Mixture& mixture) {
+void saveMixture(ModelWriter& writer, const Mixture& mixture) {
     writer.putCount(static_cast<std::size_t>(mixture.components()));
     writer.putFloats(mixture.weights().data(), mixture.components());
     for (int i = 0; i < mixture.components(); ++i) {
@@ -65,26 +65,56 @@ Mixture loadMixture(ModelReader& reader, int width) {
     return mixture;
 }
 
-}  // namespace
-
-FrontEndSettings HmmRecogniser::frontEnd() const {
-    FrontEndSettings settings;
-    settings.highShare = 1 / 1.12F;  // leaves room for the highest warp
-    settings.compression = 0.2F;
-    settings.meanShare = 0.8F;
-    settings.normaliseVariance = false;
-    return settings;
+void saveWord(ModelWriter& writer, const WordModel& model) {
+    writer.putText(model.word);
+    writer.putCount(static_cast<std::size_t>(model.hmm.stateCount()));
+    for (int i = 0; i < model.hmm.stateCount(); ++i) {
+        writer.putFloats(model.hmm.state(i).logSteps.data(), kSteps);
+        saveMixture(writer, model.hmm.state(i).mixture);
+    }
 }
 
-std::vector<FrontEndSettings> HmmRecogniser::variants() const {
-    std::vector<FrontEndSettings> result;
+WordModel loadWord(ModelReader& reader, int width) {
+    std::string word = reader.getText();
+    const std::size_t count = reader.getCount(kMaxStates);
+    if (count == 0) throw DamagedModel("a word without states");
+    std::vector<State> states;
+    for (std::size_t i = 0; i < count; ++i) {
+        StepLogs logSteps{};
+        reader.getFloats(logSteps.data(), kSteps);
+        states.push_back({loadMixture(reader, width), logSteps});
+    }
+    return {std::move(word), Hmm(std::move(states))};
+}
+
+}  // namespace
+
+std::vector<FrontEndSettings> HmmRecogniser::frontEnds() const {
+    // Without pre-emphasis the vowels' first resonances count, with it, from 300 Hz on, what is above them.
+    FrontEndSettings logarithms;
+    logarithms.highShare = 1 / 1.12F;  // leaves room for the highest warp
+    logarithms.preEmphasis = 0;
+    logarithms.meanShare = 0.4F;
+    logarithms.normaliseVariance = false;
+    FrontEndSettings powers = logarithms;
+    powers.compression = 0.2F;
+    FrontEndSettings highPowers = powers;
+    highPowers.preEmphasis = 0.97F;
+    highPowers.lowHz = 300;
+    return {logarithms, powers, highPowers};
+}
+
+std::vector<std::vector<FrontEndSettings>> HmmRecogniser::variants() const {
+    std::vector<std::vector<FrontEndSettings>> result;
     for (const float warp : kWarps) {
         for (const float span : kWordSpansDb) {
-            FrontEndSettings settings = frontEnd();
-            if (warp == settings.warp && span == settings.wordSpanDb) continue;
-            settings.warp = warp;
-            settings.wordSpanDb = span;
-            result.push_back(settings);
+            auto settings = frontEnds();
+            if (warp == settings[0].warp && span == settings[0].wordSpanDb) continue;
+            for (auto& one : settings) {
+                one.warp = warp;
+                one.wordSpanDb = span;
+            }
+            result.push_back(std::move(settings));
         }
     }
     return result;
@@ -100,50 +130,49 @@ void HmmRecogniser::train(std::vector<Example> examples, Team& team, std::ostrea
         indices[word] = static_cast<int>(words.size());
         words.push_back(word);
     }
-    std::vector<TrainingExample> training;
-    for (const auto& example : examples)
-        for (const auto& features : example.features)
-            training.push_back({indices[example.word], example.share, features});
-    models_ = Trainer({}, team, log).train(words, training);
+    models_.clear();
+    const std::size_t views = frontEnds().size();
+    for (std::size_t view = 0; view < views; ++view) {
+        std::vector<TrainingExample> training;
+        for (const auto& example : examples)
+            for (const auto& variant : example.variants)
+                training.push_back({indices[example.word], example.share, variant[view]});
+        log << "models for front end " << view + 1 << " of " << views << '\n';
+        models_.push_back(Trainer({}, team, log).train(words, training));
+    }
 }
 
-std::vector<Candidate> HmmRecogniser::recognise(const Matrix& features) const {
+std::vector<Candidate> HmmRecogniser::recognise(const Views& views) const {
     std::vector<Candidate> candidates;
-    for (const auto& [word, hmm] : models_)
-        candidates.push_back({word, -hmm.logLikelihood(features) / static_cast<float>(features.rows())});
+    for (std::size_t word = 0; word < models_.front().size(); ++word) {
+        float cost = 0;
+        for (std::size_t view = 0; view < models_.size(); ++view) {
+            const Matrix& features = *views[view];
+            cost -= models_[view][word].hmm.logLikelihood(features) / static_cast<float>(features.rows());
+        }
+        candidates.push_back({models_.front()[word].word, cost / static_cast<float>(models_.size())});
+    }
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const auto& a, const auto& b) { return a.cost < b.cost; });
     return candidates;
 }
 
 void HmmRecogniser::save(ModelWriter& writer) const {
-    writer.putCount(models_.size());
-    for (const auto& [word, hmm] : models_) {
-        writer.putText(word);
-        writer.putCount(static_cast<std::size_t>(hmm.stateCount()));
-        for (int i = 0; i < hmm.stateCount(); ++i) {
-            writer.putFloats(hmm.state(i).logSteps.data(), kSteps);
-            words::save(writer, hmm.state(i).mixture);
-        }
-    }
+    writer.putCount(models_.front().size());
+    for (const auto& models : models_)
+        for (const auto& model : models) saveWord(writer, model);
 }
 
-void HmmRecogniser::load(ModelReader& reader, int featureCount) {
-    std::vector<WordModel> models;
+void HmmRecogniser::load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) {
+    std::vector<std::vector<WordModel>> models(frontEnds.size());
     const std::size_t count = reader.getCount(kMaxWords);
-    for (std::size_t i = 0; i < count; ++i) {
-        std::string word = reader.getText();
-        const std::size_t stateCount = reader.getCount(kMaxStates);
-        if (stateCount == 0) throw DamagedModel("a word without states");
-        std::vector<State> states;
-        for (std::size_t state = 0; state < stateCount; ++state) {
-            StepLogs logSteps{};
-            reader.getFloats(logSteps.data(), kSteps);
-            states.push_back({loadMixture(reader, featureCount), logSteps});
+    if (count == 0) throw DamagedModel("no words");
+    for (std::size_t view = 0; view < models.size(); ++view) {
+        for (std::size_t i = 0; i < count; ++i) {
+            models[view].push_back(loadWord(reader, frontEnds[view].featureCount()));
+            if (models[view][i].word != models[0][i].word) throw DamagedModel("front ends with different words");
         }
-        models.push_back({std::move(word), Hmm(std::move(states))});
     }
-    if (models.empty()) throw DamagedModel("no words");
     models_ = std::move(models);
 }
 

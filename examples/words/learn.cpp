@@ -21,13 +21,13 @@ std::size_t countWords(const Corpus& corpus, Team& team) {
 
 }  // namespace
 
-Corpus loadCorpusFor(std::string_view kind, const std::filesystem::path& folder, Team& team,
-                     std::optional<Trim> trim) {
+Corpus loadCorpusFor(std::string_view kind, const std::filesystem::path& folder, Team& team, std::optional<Trim> trim) {
     const auto recogniser = makeRecogniser(kind);
-    Analyses analyses{recogniser->frontEnd(), recogniser->variants()};
+    Analyses analyses{recogniser->frontEnds(), recogniser->variants()};
     if (trim) {
-        analyses.plain.trim = *trim;
-        for (auto& variant : analyses.variants) variant.trim = *trim;
+        for (auto& frontEnd : analyses.plain) frontEnd.trim = *trim;
+        for (auto& variant : analyses.variants)
+            for (auto& frontEnd : variant) frontEnd.trim = *trim;
     }
     return loadCorpus(folder, analyses, team);
 }
@@ -44,7 +44,7 @@ bool learn(std::string_view kind, const std::filesystem::path& folder, const std
     if (words < 2) throw std::runtime_error(folder.string() + ": holds recordings of fewer than two words");
 
     auto recogniser = makeRecogniser(kind);
-    Model model{FrontEnd(corpus.rate, recogniser->frontEnd()), std::move(recogniser)};
+    Model model{frontEndsFor(corpus.rate, recogniser->frontEnds()), std::move(recogniser)};
     std::vector<Example> examples;
     for (auto& utterance : corpus.utterances) examples.push_back(std::move(utterance.example));
     std::ostringstream unread;

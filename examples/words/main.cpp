@@ -135,7 +135,7 @@ int recognise(const Arguments& arguments) {
             const Recording recording = readRecording(file);
             std::vector<Candidate> candidates;
             try {
-                candidates = model.recogniser->recognise(model.frontEnd.analyse(recording).features);
+                candidates = model.recogniser->recognise(analyse(recording, model.frontEnds));
             } catch (const std::runtime_error& error) {
                 throw std::runtime_error(file + ": " + error.what());
             }
@@ -205,8 +205,7 @@ int run(std::span<char*> arguments) {
     const auto rest = arguments.subspan(1);
     if (command == "train") return train({rest, {"-o"}, {"--templates"}});
     if (command == "recognise") return recognise({rest, {}});
-    if (command == "evaluate")
-        return evaluate({rest, {"--leave-speaker", "--test-index", "--trim"}, {"--templates"}});
+    if (command == "evaluate") return evaluate({rest, {"--leave-speaker", "--test-index", "--trim"}, {"--templates"}});
     if (command == "show") return show({rest, {"-o"}});
     throw UsageError("unknown command " + std::string(command));
 }

@@ -6,6 +6,7 @@ namespace words {
 namespace {
 
 constexpr int kMaxRate = 1'000'000;
+constexpr int kMaxFrontEnds = 100;
 constexpr int kMaxFilters = 512;
 constexpr int kMaxLifter = 10'000;
 constexpr float kMaxFrameSeconds = 1;
@@ -41,8 +42,9 @@ FrontEndSettings loadSettings(ModelReader& reader) {
 
 void saveModel(const Model& model, const std::filesystem::path& file) {
     ModelWriter writer;
-    writer.putCount(static_cast<std::size_t>(model.frontEnd.rate()));
-    saveSettings(writer, model.frontEnd.settings());
+    writer.putCount(static_cast<std::size_t>(model.frontEnds.front().rate()));
+    writer.putCount(model.frontEnds.size());
+    for (const auto& frontEnd : model.frontEnds) saveSettings(writer, frontEnd.settings());
     writer.putText(model.recogniser->kind());
     model.recogniser->save(writer);
     writeModelFile(file, writer);
@@ -52,9 +54,12 @@ Model loadModel(const std::filesystem::path& file) {
     ModelReader reader = readModelFile(file);
     try {
         const auto rate = static_cast<int>(reader.getCount(kMaxRate));
-        const FrontEndSettings settings = loadSettings(reader);
-        Model model{FrontEnd(rate, settings), makeRecogniser(reader.getText())};
-        model.recogniser->load(reader, model.frontEnd.featureCount());
+        const std::size_t count = reader.getCount(kMaxFrontEnds);
+        if (count == 0) throw DamagedModel("no front end");
+        std::vector<FrontEndSettings> settings;
+        while (settings.size() < count) settings.push_back(loadSettings(reader));
+        Model model{frontEndsFor(rate, settings), makeRecogniser(reader.getText())};
+        model.recogniser->load(reader, model.frontEnds);
         reader.expectEnd();
         return model;
     } catch (const std::runtime_error& error) {

@@ -8,7 +8,7 @@
 namespace words {
 
 struct Model {
-    FrontEnd frontEnd;
+    std::vector<FrontEnd> frontEnds;  // of one sample rate, at least one
     std::unique_ptr<Recogniser> recogniser;
 };
 

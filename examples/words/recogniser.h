@@ -17,8 +17,9 @@ namespace words {
 struct Example {
     std::string word;
     int share = 0;  // of the training, below kShares
-    // The features of one recording; then those of its variants, of which a recogniser may learn, too.
-    std::vector<std::shared_ptr<const Matrix>> features;
+    // The views of one recording; then those of its variants, of which a recogniser may learn, too.
+    std::vector<Views> variants;
+    const Views& views() const { return variants.front(); }
 };
 
 struct Candidate {
@@ -31,18 +32,18 @@ class Recogniser {
     virtual ~Recogniser() = default;
 
     virtual std::string_view kind() const = 0;
-    // The features that it is made for.
-    virtual FrontEndSettings frontEnd() const = 0;
-    // How recordings are to be analysed once more each for training: as if others had spoken, or elsewhere.
-    virtual std::vector<FrontEndSettings> variants() const { return {}; }
+    // The front ends through which it looks at a recording, one at least.
+    virtual std::vector<FrontEndSettings> frontEnds() const = 0;
+    // Front ends for training to look through once more each: as if others had spoken, or elsewhere.
+    virtual std::vector<std::vector<FrontEndSettings>> variants() const { return {}; }
 
     // Forgets what was learned before.  Tells the log how it gets on.
     virtual void train(std::vector<Example> examples, Team& team, std::ostream& log) = 0;
     // All words that it knows, the best first.  May be called from several threads at once.
-    virtual std::vector<Candidate> recognise(const Matrix& features) const = 0;
+    virtual std::vector<Candidate> recognise(const Views& views) const = 0;
     virtual void save(ModelWriter& writer) const = 0;
-    // Throws DamagedModel if what it reads cannot have come from save() for features of this many columns.
-    virtual void load(ModelReader& reader, int featureCount) = 0;
+    // Throws DamagedModel if what it reads cannot have come from save() for these front ends.
+    virtual void load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) = 0;
 };
 
 inline constexpr std::string_view kHmmKind = "hidden Markov models";

@@ -32,14 +32,14 @@ void TemplateRecogniser::train(std::vector<Example> examples, Team& team, std::o
     if (team.size() > 1) throw std::runtime_error("templates are not learned by several processes");
     std::stable_sort(examples.begin(), examples.end(), [](const auto& a, const auto& b) { return a.word < b.word; });
     templates_.clear();
-    for (auto& example : examples) templates_.push_back({std::move(example.word), example.features.front()});
+    for (auto& example : examples) templates_.push_back({std::move(example.word), example.views().front()});
 }
 
-std::vector<Candidate> TemplateRecogniser::recognise(const Matrix& features) const {
+std::vector<Candidate> TemplateRecogniser::recognise(const Views& views) const {
     std::vector<Candidate> candidates;
     std::vector<float> costs;
     for (std::size_t i = 0; i < templates_.size(); ++i) {
-        costs.push_back(distance(features, *templates_[i].features));
+        costs.push_back(distance(*views.front(), *templates_[i].features));
         const bool lastOfWord = i + 1 == templates_.size() || templates_[i + 1].word != templates_[i].word;
         if (!lastOfWord) continue;
         candidates.push_back({templates_[i].word, meanOfSmallest(costs, kNearest)});
@@ -59,7 +59,8 @@ void TemplateRecogniser::save(ModelWriter& writer) const {
     }
 }
 
-void TemplateRecogniser::load(ModelReader& reader, int featureCount) {
+void TemplateRecogniser::load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) {
+    const int featureCount = frontEnds.front().featureCount();
     std::vector<Template> templates;
     const std::size_t count = reader.getCount(std::numeric_limits<int>::max());
     for (std::size_t i = 0; i < count; ++i) {

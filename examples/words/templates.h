@@ -9,11 +9,11 @@ namespace words {
 class TemplateRecogniser : public Recogniser {
   public:
     std::string_view kind() const override { return kTemplatesKind; }
-    FrontEndSettings frontEnd() const override { return {}; }
+    std::vector<FrontEndSettings> frontEnds() const override { return {FrontEndSettings()}; }
     void train(std::vector<Example> examples, Team& team, std::ostream& log) override;
-    std::vector<Candidate> recognise(const Matrix& features) const override;
+    std::vector<Candidate> recognise(const Views& views) const override;
     void save(ModelWriter& writer) const override;
-    void load(ModelReader& reader, int featureCount) override;
+    void load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) override;
 
   private:
     struct Template {

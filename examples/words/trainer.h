@@ -12,7 +12,7 @@
 namespace words {
 
 struct TrainingSettings {
-    int states = 8;  // of every word
+    int states = 12;  // of every word
     // Components of a state: passes over all recordings with one, then each is split, and so on.
     struct Stage {
         int components;
