@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <type_traits>
 
 #include "core/memory.h"
 #include "core/simd.h"
@@ -94,6 +95,73 @@ void FilterRows::fill(const T* h, int last) {
     row(nStep_ + 2)[2 * half_ + 1] = 0;
 }
 
+// How the rows of a place relate to those of the one before it.
+enum class RowStep { Same, Next, Other };
+inline RowStep rowStep(const FilterRows::Place& before, const FilterRows::Place& place) {
+    if (place.low == before.low && place.high == before.high) return RowStep::Same;
+    return place.low == before.high ? RowStep::Next : RowStep::Other;
+}
+
+// Walks along the rows of four places: each(k, i, low, high) for every vector i and every place k.  Places that share
+// rows share their loads.
+template <RowStep B, RowStep C, RowStep D, class Each>
+[[gnu::always_inline]] inline void alongRows(const FilterRows::Place (&places)[4], std::size_t begin, std::size_t end,
+                                             Each& each) {
+    const Kel32f* const rows[4][2] = {{places[0].low, places[0].high},
+                                      {places[1].low, places[1].high},
+                                      {places[2].low, places[2].high},
+                                      {places[3].low, places[3].high}};
+    for (std::size_t i = begin; i < end; i += lanes<Kel32f>) {
+        Vec<Kel32f> low = held(load(rows[0][0] + i)), high = held(load(rows[0][1] + i));
+        const auto visit = [&](auto k, RowStep step) __attribute__((always_inline)) {
+            if (step != RowStep::Same) {
+                low = step == RowStep::Next ? high : held(load(rows[k][0] + i));
+                high = held(load(rows[k][1] + i));
+            }
+            each(k, i, low, high);
+        };
+        visit(std::integral_constant<int, 0>(), RowStep::Same);
+        visit(std::integral_constant<int, 1>(), B);
+        visit(std::integral_constant<int, 2>(), C);
+        visit(std::integral_constant<int, 3>(), D);
+    }
+}
+// The same with `make()` giving each, and finish(each) in the end.
+template <class Make, class Finish>
+[[gnu::always_inline]] inline void alongRows(const FilterRows::Place (&places)[4], std::size_t begin, std::size_t end,
+                                             Make make, Finish finish) {
+    constexpr RowStep same = RowStep::Same, next = RowStep::Next, other = RowStep::Other;
+    const auto run = [&](auto b, auto c, auto d) __attribute__((always_inline)) {
+        auto each = make();
+        alongRows<b(), c(), d()>(places, begin, end, each);
+        finish(each);
+    };
+    const std::integral_constant<RowStep, same> s;
+    const std::integral_constant<RowStep, next> n;
+    const std::integral_constant<RowStep, other> o;
+    const RowStep b = rowStep(places[0], places[1]), c = rowStep(places[1], places[2]),
+                  d = rowStep(places[2], places[3]);
+    if (b == other || c == other || d == other) return run(o, o, o);
+    switch ((b == next) + 2 * (c == next) + 4 * (d == next)) {
+        case 0:
+            return run(s, s, s);
+        case 1:
+            return run(n, s, s);
+        case 2:
+            return run(s, n, s);
+        case 3:
+            return run(n, n, s);
+        case 4:
+            return run(s, s, n);
+        case 5:
+            return run(n, s, n);
+        case 6:
+            return run(s, n, n);
+        default:
+            return run(n, n, n);
+    }
+}
+
 // The table itself.
 template <class T>
 struct FilterTable {
@@ -109,8 +177,6 @@ struct FilterTable {
         return low + a * (factorOf(h[k + 1]) - low);
     }
 };
-
-constexpr std::size_t kMostOutputs = 4096, kMostInputs = 8192, kMostKeys = 2048;  // done at once
 
 // The time line of one call.
 struct ResampleTimes {

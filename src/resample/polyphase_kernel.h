@@ -91,22 +91,15 @@ void resample(const FilterRows& rows, const FilterTable<T>& table, const Resampl
     const Period period = periodOf(times.step, down ? 8 : 256);
     if (period.outputs > 0 && (down ? 2 * times.reach + 1 : static_cast<Kel64f>(rows.taps())) <= kMostTaps)
         return resampleInPeriods(rows, table, times, period, count, src, len, dst, gain);
-    alignas(64) Kel32f sums[kMostOutputs + lanes<Kel32f>];
-    int chunk = kMostOutputs;
-    const Kel64f most = (kMostInputs - 2 * times.reach - 2) * times.factor;
-    const bool byRow = most >= 256;
-    if (down && byRow) chunk = static_cast<int>(std::min<Kel64f>(chunk, most));
-    const int chunks = (count - 1) / chunk + 1;
-    chunk = (count - 1) / chunks + 1;
-    for (int done = 0; done < count; done += chunk) {
-        const auto n = static_cast<std::size_t>(std::min(chunk, count - done));
-        if (!down)
-            interpolate(rows, times, done, n, src, len, sums);
-        else if (byRow)
-            decimate(rows, times, done, n, src, len, sums);
+    const int chunk = down ? static_cast<int>(kMostOutputs) : 8192;
+    const int chunks = (count - 1) / chunk + 1, each = (count - 1) / chunks + 1;
+    for (int done = 0; done < count; done += each) {
+        const auto n = static_cast<std::size_t>(std::min(each, count - done));
+        const auto put = [=](std::size_t k, Kel32f sum) { storeSample(dst + done + k, sum, gain); };
+        if (down)
+            decimate(rows, times, done, n, src, len, put);
         else
-            decimateInTime(rows, times, done, n, src, len, sums);
-        storeSamples(dst + done, sums, n, gain);
+            interpolate(rows, times, done, n, src, len, put);
     }
 }
 
