@@ -49,7 +49,7 @@ constexpr std::ptrdiff_t kMargin = 512;
 
 // As interpolate, for factor < 1.
 template <class S, class Put>
-[[gnu::noinline]] void decimate(const FilterRows& rows, const ResampleTimes& times, int64_t firstOutput,
+[[gnu::noinline]] void decimate(const FilterRows rows, const ResampleTimes& times, int64_t firstOutput,
                                 std::size_t count, const S* src, int len, Put put) {
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
     constexpr std::size_t kParts = 8;
@@ -68,55 +68,46 @@ template <class S, class Put>
     std::fill_n(part, roundUp(count, lanes<Kel32f>) + 2 * kMargin, 0.0f);
     std::fill_n(sums, roundUp(count, lanes<Kel32f>), 0.0f);
 
-    struct Input {
-        Kel64f fraction;
-        std::ptrdiff_t zero;  // output that the first value of its rows belongs to
-        FilterRows::Place place;
-        Kel32f lowWeight, highWeight;
-    };
-    const auto onGrid = [&](std::size_t n) {
-        return (static_cast<Kel64f>(begin + static_cast<std::ptrdiff_t>(n)) - start) * times.factor;
+    const Kel64f beforeStart = static_cast<Kel64f>(begin) - start;
+    const auto onGrid = [&](std::ptrdiff_t n) {
+        return (static_cast<Kel64f>(static_cast<int>(n)) + beforeStart) * times.factor;
     };
     const Kel64f lowestK = std::floor(onGrid(0));
     const std::ptrdiff_t firstZero = static_cast<std::ptrdiff_t>(lowestK) - rows.half();
-    const auto at = [&](std::size_t n) __attribute__((always_inline)) {
-        const Kel64f u = onGrid(n) - lowestK;
-        const auto k = static_cast<std::ptrdiff_t>(u);
-        const Kel64f fraction = u - static_cast<Kel64f>(k);
-        const auto place = rows.at(fraction);
-        const auto sample = static_cast<Kel32f>(x[begin + static_cast<std::ptrdiff_t>(n)]);
-        return Input{fraction, firstZero + k, place, sample * (1 - place.weight), sample * place.weight};
-    };
     const std::ptrdiff_t padded = roundUp(static_cast<std::ptrdiff_t>(rows.taps()), w);
-    const FractionOrder order(onGrid(0) - lowestK, times.factor, inputs);
-    std::size_t next = order.lowest();
+    const FractionOrder order(onGrid(0) - lowestK, times.factor, static_cast<std::ptrdiff_t>(inputs));
+    std::ptrdiff_t next = order.lowest();
 
-    int part_ = 1;
+    int parts = 1;
     const auto finishPart = [&] {
         for (std::ptrdiff_t n = 0; n < outputs; n += w) {
             store(sums + n, Vec<Kel32f>(load(sums + n) + load(part + kMargin + n)));
             store(part + kMargin + n, Vec<Kel32f>(0));
         }
-        ++part_;
+        ++parts;
     };
     for (std::size_t i = 0; i < inputs; i += 4) {
-        Input input[4];
-        FilterRows::Place places[4];
-        const std::size_t n = std::min<std::size_t>(4, inputs - i);
-        std::ptrdiff_t from = padded, to = 0;
+        Kel64f u[4];
+        Kel32f sample[4];
         for (std::size_t k = 0; k < 4; ++k) {
-            if (k < n) {
-                input[k] = at(next);
-                next = order.after(next);
-            } else {
-                input[k] = input[k - 1];
-                input[k].lowWeight = input[k].highWeight = 0;
-            }
-            places[k] = input[k].place;
-            from = std::min(from, -input[k].zero);
-            to = std::max(to, outputs - input[k].zero);
+            u[k] = onGrid(next) - lowestK;
+            sample[k] = i + k < inputs ? static_cast<Kel32f>(x[begin + next]) : 0.0f;
+            next = order.after(next);
         }
-        while (part_ <= input[0].fraction * kParts) finishPart();
+        int whole[4];
+        FourPlaces places;
+        rows.find(u, whole, places);
+        while (parts <= (u[0] - whole[0]) * kParts) finishPart();
+        std::ptrdiff_t zero[4];
+        Kel32f lowWeight[4], highWeight[4];
+        std::ptrdiff_t from = padded, to = 0;
+        for (int k = 0; k < 4; ++k) {
+            lowWeight[k] = sample[k] * (1 - places.weight[k]);
+            highWeight[k] = sample[k] * places.weight[k];
+            zero[k] = firstZero + whole[k];
+            from = std::min(from, -zero[k]);
+            to = std::max(to, outputs - zero[k]);
+        }
         from = from <= 0 ? 0 : from / w * w;
         to = std::min(to, padded);
         if (padded <= kMargin) {
@@ -125,18 +116,17 @@ template <class S, class Put>
                 [&] {
                     FourSpread four;
                     for (int k = 0; k < 4; ++k) {
-                        four.sums[k] = part + kMargin + input[k].zero;
-                        four.lowWeight[k] = Vec<Kel32f>(input[k].lowWeight);
-                        four.highWeight[k] = Vec<Kel32f>(input[k].highWeight);
+                        four.sums[k] = part + kMargin + zero[k];
+                        four.lowWeight[k] = Vec<Kel32f>(lowWeight[k]);
+                        four.highWeight[k] = Vec<Kel32f>(highWeight[k]);
                     }
                     return four;
                 },
                 [](const FourSpread&) {});
         } else {
-            for (std::size_t k = 0; k < n; ++k)
-                spread(places[k], {input[k].zero, input[k].lowWeight, input[k].highWeight},
-                       input[k].zero >= 0 ? 0 : -input[k].zero / w * w, std::min(padded, outputs - input[k].zero),
-                       part + kMargin);
+            for (int k = 0; k < 4; ++k)
+                spread({places.low[k], places.high[k], 0}, {zero[k], lowWeight[k], highWeight[k]},
+                       zero[k] >= 0 ? 0 : -zero[k] / w * w, std::min(padded, outputs - zero[k]), part + kMargin);
         }
     }
     finishPart();

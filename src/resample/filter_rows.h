@@ -54,22 +54,25 @@ class FilterRows {
     std::size_t knots() const { return static_cast<std::size_t>(nStep_); }
     std::size_t taps() const { return 2 * static_cast<std::size_t>(half_) + 2; }
 
+    // Two rows, each at m = -half and with kMargin zeros in front and behind, and the weight of the second.
     struct Place {
-        const Kel32f *low, *high;  // the two rows, at m = -half; kMargin zeros in front and behind
-        Kel32f weight;             // of the second
+        const Kel32f *low, *high;
+        Kel32f weight;
     };
+    // The places of four times that are not negative, and their integer parts.  In fours, for the compiler makes vectors.
+    void find(const Kel64f (&times)[4], int (&whole)[4], struct FourPlaces& found) const;
     Place at(Kel64f fraction) const {
         const Kel64f place = fraction * nStep_;
         const int p = std::min(static_cast<int>(place), nStep_ - 1);
         const Kel64f a = place - p;
-        // Beyond L the filter ends; it does not run out over one more step, as the two rows would have it.
-        const int low = p == lowEdge_ && a > tolerance_ ? nStep_ + 1 : p;
-        const int high = p == highEdge_ && a < 1 - tolerance_ ? nStep_ + 2 : p + 1;
-        return {row(low), row(high), static_cast<Kel32f>(a)};
+        return {low(p, a), high(p, a), static_cast<Kel32f>(a)};
     }
 
   private:
     std::size_t stride() const { return roundUp<std::size_t>(taps(), kWidth) + kMargin; }
+    // Beyond L the filter ends; it does not run out over one more step, as the two rows would have it.
+    const Kel32f* low(int p, Kel64f a) const { return row(p == lowEdge_ && a > tolerance_ ? nStep_ + 1 : p); }
+    const Kel32f* high(int p, Kel64f a) const { return row(p == highEdge_ && a < 1 - tolerance_ ? nStep_ + 2 : p + 1); }
     Kel32f* row(int p) const { return rows_ + static_cast<std::size_t>(p) * stride() + kMargin; }
 
     Kel32f* rows_;
@@ -95,22 +98,45 @@ void FilterRows::fill(const T* h, int last) {
     row(nStep_ + 2)[2 * half_ + 1] = 0;
 }
 
-// How the rows of a place relate to those of the one before it.
-enum class RowStep { Same, Next, Other };
-inline RowStep rowStep(const FilterRows::Place& before, const FilterRows::Place& place) {
-    if (place.low == before.low && place.high == before.high) return RowStep::Same;
-    return place.low == before.high ? RowStep::Next : RowStep::Other;
+// Four places, and how their rows follow each other.
+struct FourPlaces {
+    static constexpr int kOther = 8;
+
+    const Kel32f *low[4], *high[4];
+    Kel32f weight[4];
+    int steps;  // bit k: place k + 1 takes the next rows, not the same ones; kOther where it may be any
+};
+
+[[gnu::always_inline]] inline void FilterRows::find(const Kel64f (&times)[4], int (&whole)[4],
+                                                    FourPlaces& found) const {
+    Kel64f place[4];
+    int p[4];
+    for (int k = 0; k < 4; ++k) whole[k] = static_cast<int>(times[k]);
+    for (int k = 0; k < 4; ++k) place[k] = (times[k] - whole[k]) * nStep_;
+    for (int k = 0; k < 4; ++k) p[k] = std::min(static_cast<int>(place[k]), nStep_ - 1);
+    for (int k = 0; k < 4; ++k) place[k] -= p[k];
+    for (int k = 0; k < 4; ++k) found.weight[k] = static_cast<Kel32f>(place[k]);
+    for (int k = 0; k < 4; ++k) {
+        found.low[k] = low(p[k], place[k]);
+        found.high[k] = high(p[k], place[k]);
+    }
+    const auto step = [&](int k) {
+        const bool same = found.low[k + 1] == found.low[k] && found.high[k + 1] == found.high[k];
+        return same ? 0 : found.low[k + 1] == found.high[k] ? 1 << k : FourPlaces::kOther;
+    };
+    found.steps = std::min(step(0) + step(1) + step(2), FourPlaces::kOther);
 }
+
+enum class RowStep { Same, Next, Other };
 
 // Walks along the rows of four places: each(k, i, low, high) for every vector i and every place k.  Places that share
 // rows share their loads.
 template <RowStep B, RowStep C, RowStep D, class Each>
-[[gnu::always_inline]] inline void alongRows(const FilterRows::Place (&places)[4], std::size_t begin, std::size_t end,
-                                             Each& each) {
-    const Kel32f* const rows[4][2] = {{places[0].low, places[0].high},
-                                      {places[1].low, places[1].high},
-                                      {places[2].low, places[2].high},
-                                      {places[3].low, places[3].high}};
+[[gnu::always_inline]] inline void alongRows(const FourPlaces& places, std::size_t begin, std::size_t end, Each& each) {
+    const Kel32f* const rows[4][2] = {{places.low[0], places.high[0]},
+                                      {places.low[1], places.high[1]},
+                                      {places.low[2], places.high[2]},
+                                      {places.low[3], places.high[3]}};
     for (std::size_t i = begin; i < end; i += lanes<Kel32f>) {
         Vec<Kel32f> low = held(load(rows[0][0] + i)), high = held(load(rows[0][1] + i));
         const auto visit = [&](auto k, RowStep step) __attribute__((always_inline)) {
@@ -126,39 +152,37 @@ template <RowStep B, RowStep C, RowStep D, class Each>
         visit(std::integral_constant<int, 3>(), D);
     }
 }
-// The same with `make()` giving each, and finish(each) in the end.
+// The same with make() giving each, and finish(each) in the end.
 template <class Make, class Finish>
-[[gnu::always_inline]] inline void alongRows(const FilterRows::Place (&places)[4], std::size_t begin, std::size_t end,
-                                             Make make, Finish finish) {
-    constexpr RowStep same = RowStep::Same, next = RowStep::Next, other = RowStep::Other;
+[[gnu::always_inline]] inline void alongRows(const FourPlaces& places, std::size_t begin, std::size_t end, Make make,
+                                             Finish finish) {
     const auto run = [&](auto b, auto c, auto d) __attribute__((always_inline)) {
         auto each = make();
         alongRows<b(), c(), d()>(places, begin, end, each);
         finish(each);
     };
-    const std::integral_constant<RowStep, same> s;
-    const std::integral_constant<RowStep, next> n;
-    const std::integral_constant<RowStep, other> o;
-    const RowStep b = rowStep(places[0], places[1]), c = rowStep(places[1], places[2]),
-                  d = rowStep(places[2], places[3]);
-    if (b == other || c == other || d == other) return run(o, o, o);
-    switch ((b == next) + 2 * (c == next) + 4 * (d == next)) {
+    const std::integral_constant<RowStep, RowStep::Same> same;
+    const std::integral_constant<RowStep, RowStep::Next> next;
+    const std::integral_constant<RowStep, RowStep::Other> other;
+    switch (places.steps) {
         case 0:
-            return run(s, s, s);
+            return run(same, same, same);
         case 1:
-            return run(n, s, s);
+            return run(next, same, same);
         case 2:
-            return run(s, n, s);
+            return run(same, next, same);
         case 3:
-            return run(n, n, s);
+            return run(next, next, same);
         case 4:
-            return run(s, s, n);
+            return run(same, same, next);
         case 5:
-            return run(n, s, n);
+            return run(next, same, next);
         case 6:
-            return run(s, n, n);
+            return run(same, next, next);
+        case 7:
+            return run(next, next, next);
         default:
-            return run(n, n, n);
+            return run(other, other, other);
     }
 }
 

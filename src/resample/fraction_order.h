@@ -15,7 +15,7 @@ namespace kels {
 // may exchange neighbours; every n comes exactly once all the same.
 class FractionOrder {
   public:
-    FractionOrder(Kel64f fraction, Kel64f step, std::size_t count) : count_(count) {
+    FractionOrder(Kel64f fraction, Kel64f step, std::ptrdiff_t count) : count_(count) {
         Kel64f upBy = step - std::floor(step), downBy = 1 - upBy;
         for (;;) {
             // The next lower one than the lowest so far is as many steps further as first move it down, but not below 0.
@@ -30,15 +30,17 @@ class FractionOrder {
             }
         }
     }
-    std::size_t lowest() const { return lowest_; }
+    std::ptrdiff_t lowest() const { return lowest_; }
     // Behind the highest one comes the lowest one.
-    std::size_t after(std::size_t n) const {
-        if (n + up_ < count_) return n + up_;
-        return n >= down_ ? n - down_ : n + up_ - down_;
+    std::ptrdiff_t after(std::ptrdiff_t n) const {
+        // Without branches, which would be hard to foresee.
+        n += up_;
+        n -= n >= count_ ? up_ + down_ : 0;
+        return n + (n < 0 ? up_ : 0);
     }
 
   private:
-    std::size_t count_, up_ = 1, down_ = 1, lowest_ = 0;
+    std::ptrdiff_t count_, up_ = 1, down_ = 1, lowest_ = 0;
 };
 
 }  // namespace kels

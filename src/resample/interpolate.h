@@ -44,7 +44,7 @@ struct FourInterpolations {
 
 // put(n, sum) for n < count, without gain; the samples end at src + len.
 template <class S, class Put>
-void interpolate(const FilterRows& rows, const ResampleTimes& times, int64_t first, std::size_t count, const S* src,
+void interpolate(const FilterRows rows, const ResampleTimes& times, int64_t first, std::size_t count, const S* src,
                  int len, Put put) {
     constexpr std::size_t w = lanes<Kel32f>;
     const Kel64f base = std::floor(times.at(first));
@@ -52,55 +52,52 @@ void interpolate(const FilterRows& rows, const ResampleTimes& times, int64_t fir
     const S* const origin = src + static_cast<std::ptrdiff_t>(base) - rows.half();
     const std::size_t padded = roundUp(rows.taps(), w);
 
-    struct Output {
-        const S* x;
-        FilterRows::Place place;
-    };
-    const auto at = [&](std::size_t n) __attribute__((always_inline)) {
-        const Kel64f offset = fraction + static_cast<Kel64f>(static_cast<int>(n)) * times.step;
-        const int whole = static_cast<int>(offset);
-        return Output{origin + whole, rows.at(offset - whole)};
-    };
+    const auto timeOf = [&](std::size_t n) { return fraction + static_cast<Kel64f>(static_cast<int>(n)) * times.step; };
     // The rows end in zeros, so that samples behind the reach do no harm; but behind src + len there are none.
+    const auto room = [&](std::size_t n) {
+        return static_cast<std::size_t>(src + len - origin - static_cast<int>(timeOf(n)));
+    };
     std::size_t inside = count;
-    while (inside > 0 && static_cast<std::size_t>(src + len - at(inside - 1).x) < padded) --inside;
+    while (inside > 0 && room(inside - 1) < padded) --inside;
 
-    const FractionOrder order(fraction, times.step, inside);
-    std::size_t next = order.lowest();
+    const FractionOrder order(fraction, times.step, static_cast<std::ptrdiff_t>(inside));
+    std::ptrdiff_t next = order.lowest();
     for (std::size_t i = 0; i < inside; i += 4) {
         std::size_t n[4];
-        const S* x[4];
-        FilterRows::Place places[4];
-        for (std::size_t k = 0; k < 4; ++k) {
-            n[k] = next;  // behind the last one come the first ones again
-            const Output output = at(next);
-            x[k] = output.x;
-            places[k] = output.place;
+        for (std::size_t& output : n) {
+            output = static_cast<std::size_t>(next);  // behind the last one come the first ones again
             next = order.after(next);
         }
+        const Kel64f t[4] = {timeOf(n[0]), timeOf(n[1]), timeOf(n[2]), timeOf(n[3])};
+        int whole[4];
+        FourPlaces places;
+        rows.find(t, whole, places);
         alongRows(
             places, 0, padded,
             [&] {
-                return FourInterpolations<S>{{x[0], x[1], x[2], x[3]}, {}};
+                return FourInterpolations<S>{
+                    {origin + whole[0], origin + whole[1], origin + whole[2], origin + whole[3]}, {}};
             },
             [&](const FourInterpolations<S>& four) {
                 Kel32f sums[4];
-                sumsOf4(four.sums[0].sum(places[0].weight), four.sums[1].sum(places[1].weight),
-                        four.sums[2].sum(places[2].weight), four.sums[3].sum(places[3].weight), sums);
+                sumsOf4(four.sums[0].sum(places.weight[0]), four.sums[1].sum(places.weight[1]),
+                        four.sums[2].sum(places.weight[2]), four.sums[3].sum(places.weight[3]), sums);
                 for (std::size_t k = 0; k < 4; ++k) put(n[k], sums[k]);
             });
     }
     for (std::size_t n = inside; n < count; ++n) {
-        const auto output = at(n);
+        const Kel64f t = timeOf(n);
+        const S* const x = origin + static_cast<int>(t);
+        const auto place = rows.at(t - static_cast<int>(t));
         Interpolation a;
         const auto add = [&](std::size_t i, const Vec<Kel32f>& samples) {
-            a.add(samples, load(output.place.low + i), load(output.place.high + i));
+            a.add(samples, load(place.low + i), load(place.high + i));
         };
-        const std::size_t room = std::min(padded, static_cast<std::size_t>(src + len - output.x));
+        const std::size_t end = std::min(padded, room(n));
         std::size_t i = 0;
-        for (; i + w <= room; i += w) add(i, loadSamples(output.x + i));
-        if (i < room) add(i, loadSamples(output.x + i, room - i));
-        const auto sum = a.sum(output.place.weight);
+        for (; i + w <= end; i += w) add(i, loadSamples(x + i));
+        if (i < end) add(i, loadSamples(x + i, end - i));
+        const auto sum = a.sum(place.weight);
         Kel32f four[4];
         sumsOf4(sum, sum, sum, sum, four);
         put(n, four[0]);
