@@ -1,40 +1,27 @@
 // Outputs at any times, for factors below 1: inputs are spread over the outputs around them.
 //
-// Each input takes two rows of the table, which is larger than the nearest caches, so that the inputs are taken in the
-// order of their rows.  They are summed in kParts parts of the table before those are added: partial sums are small,
-// and rounded less.  An input's place on the grid of the outputs fixes its turn.
+// As when interpolating, the inputs come in the order of their fractions, here of their times on the grid of the
+// outputs.  An output's sum is the same however many others there are, for its inputs always come in that order.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
 
 #include "core/memory.h"
 #include "core/simd.h"
 #include "resample/filter_rows.h"
+#include "resample/four_places.h"
 #include "resample/fraction_order.h"
 #include "resample/samples.h"
 
 namespace kels {
 
-// An input's share in the outputs.
-struct InputShare {
-    std::ptrdiff_t zero;  // output that the first value of the rows belongs to
-    Kel32f lowWeight, highWeight;
-};
+constexpr int kMostSpread = 4096;        // outputs at once
+constexpr std::ptrdiff_t kMargin = 512;  // places on both sides of their sums
 
-// sums[n] += what an input gives there; `from` values of its rows belong to outputs before the first one.
-inline void spread(const FilterRows::Place& place, const InputShare& share, std::ptrdiff_t from, std::ptrdiff_t to,
-                   Kel32f* sums) {
-    const Vec<Kel32f> lowWeight(share.lowWeight), highWeight(share.highWeight);
-    for (std::ptrdiff_t i = from; i < to; i += static_cast<std::ptrdiff_t>(lanes<Kel32f>)) {
-        Kel32f* const sum = sums + (share.zero + i);
-        store(sum, mulAdd(highWeight, load(place.high + i), mulAdd(lowWeight, load(place.low + i), load(sum))));
-    }
-}
-struct FourSpread {
-    Kel32f* sums[4];
+struct FourInputs {
+    Kel32f* sums[4];  // that the first values of the rows belong to
     Vec<Kel32f> lowWeight[4], highWeight[4];
 
     template <class K>
@@ -44,93 +31,87 @@ struct FourSpread {
     }
 };
 
-constexpr std::size_t kMostOutputs = 4096;
-constexpr std::ptrdiff_t kMargin = 512;
-
-// As interpolate, for factor < 1.
+// put(sums) with the sums of `count` outputs, at most kMostSpread, for factor < 1.
 template <class S, class Put>
-[[gnu::noinline]] void decimate(const FilterRows rows, const ResampleTimes& times, int64_t firstOutput,
-                                std::size_t count, const S* src, int len, Put put) {
+void decimate(const FilterRows rows, const ResampleTimes& times, int64_t firstOutput, int count, const S* src, int len,
+              Put put) {
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
-    constexpr std::size_t kParts = 8;
     const Kel64f base = std::floor(times.at(firstOutput));
     const Kel64f start = times.at(firstOutput) - base;
-    const S* const x = src + static_cast<std::ptrdiff_t>(base);
-    const Kel64f last = start + static_cast<Kel64f>(count - 1) * times.step;
-    const auto outputs = static_cast<std::ptrdiff_t>(count);
+    const Kel64f latest = start + (count - 1) * times.step + times.reach;
     const auto begin = static_cast<std::ptrdiff_t>(std::ceil(start - times.reach));
-    const std::ptrdiff_t end = std::min(static_cast<std::ptrdiff_t>(std::floor(last + times.reach)) + 1,
-                                        len - static_cast<std::ptrdiff_t>(base));
-    const auto inputs = static_cast<std::size_t>(end - begin);
+    const std::ptrdiff_t end =
+        std::min(static_cast<std::ptrdiff_t>(std::floor(latest)) + 1, len - static_cast<std::ptrdiff_t>(base));
+    const S* const x = src + static_cast<std::ptrdiff_t>(base) + begin;
+    const auto inputs = static_cast<int>(end - begin);
 
-    alignas(64) Kel32f sums[kMostOutputs + lanes<Kel32f>];
-    alignas(64) Kel32f part[kMostOutputs + 2 * kMargin];
-    std::fill_n(part, roundUp(count, lanes<Kel32f>) + 2 * kMargin, 0.0f);
-    std::fill_n(sums, roundUp(count, lanes<Kel32f>), 0.0f);
-
+    // Times of inputs on the grid of the outputs, from `origin` on.
     const Kel64f beforeStart = static_cast<Kel64f>(begin) - start;
-    const auto onGrid = [&](std::ptrdiff_t n) {
-        return (static_cast<Kel64f>(static_cast<int>(n)) + beforeStart) * times.factor;
-    };
-    const Kel64f lowestK = std::floor(onGrid(0));
-    const std::ptrdiff_t firstZero = static_cast<std::ptrdiff_t>(lowestK) - rows.half();
-    const std::ptrdiff_t padded = roundUp(static_cast<std::ptrdiff_t>(rows.taps()), w);
-    const FractionOrder order(onGrid(0) - lowestK, times.factor, static_cast<std::ptrdiff_t>(inputs));
-    std::ptrdiff_t next = order.lowest();
+    const Kel64f origin = std::floor(beforeStart * times.factor);
+    const auto timeOf = [&](int n) { return (n + beforeStart) * times.factor - origin; };
+    const std::ptrdiff_t firstZero = static_cast<std::ptrdiff_t>(origin) - rows.half();
 
-    int parts = 1;
-    const auto finishPart = [&] {
-        for (std::ptrdiff_t n = 0; n < outputs; n += w) {
-            store(sums + n, Vec<Kel32f>(load(sums + n) + load(part + kMargin + n)));
-            store(part + kMargin + n, Vec<Kel32f>(0));
-        }
-        ++parts;
-    };
-    for (std::size_t i = 0; i < inputs; i += 4) {
-        Kel64f u[4];
+    const auto span = static_cast<std::ptrdiff_t>(rows.span());
+    const bool longRows = span > kMargin;
+    const std::ptrdiff_t lobe = std::max<std::ptrdiff_t>(rows.half() - 4, 0) / w * w;
+    const std::ptrdiff_t lobeEnd = std::min(lobe + std::max<std::ptrdiff_t>(16, w), span);
+    // What the lobe of the filter gives is kept apart: where the other sums are small, so is their rounding.
+    struct {
+        alignas(64) Kel32f rest[kMargin + kMostSpread + kMargin], lobe[kMargin + kMostSpread + kMargin];
+    } sums;
+    std::fill_n(sums.rest + kMargin, count, 0.0f);
+    std::fill_n(sums.lobe + kMargin, count, 0.0f);
+
+    const FractionOrder order(timeOf(0), times.factor, inputs);
+    int next = order.lowest();
+    for (int i = 0; i < inputs; i += 4) {
+        int whole[4];
+        Kel64f t[4];
         Kel32f sample[4];
-        for (std::size_t k = 0; k < 4; ++k) {
-            u[k] = onGrid(next) - lowestK;
-            sample[k] = i + k < inputs ? static_cast<Kel32f>(x[begin + next]) : 0.0f;
+        for (int k = 0; k < 4; ++k) {
+            t[k] = timeOf(next);
+            sample[k] = i + k < inputs ? static_cast<Kel32f>(x[next]) : 0.0f;
             next = order.after(next);
         }
-        int whole[4];
         FourPlaces places;
-        rows.find(u, whole, places);
-        while (parts <= (u[0] - whole[0]) * kParts) finishPart();
-        std::ptrdiff_t zero[4];
-        Kel32f lowWeight[4], highWeight[4];
-        std::ptrdiff_t from = padded, to = 0;
+        rows.find(t, whole, places);
+        std::ptrdiff_t zero[4];              // outputs that the first values of the rows belong to
+        std::ptrdiff_t from = span, to = 0;  // the part of the rows that belongs to outputs
         for (int k = 0; k < 4; ++k) {
-            lowWeight[k] = sample[k] * (1 - places.weight[k]);
-            highWeight[k] = sample[k] * places.weight[k];
             zero[k] = firstZero + whole[k];
             from = std::min(from, -zero[k]);
-            to = std::max(to, outputs - zero[k]);
+            to = std::max(to, count - zero[k]);
         }
-        from = from <= 0 ? 0 : from / w * w;
-        to = std::min(to, padded);
-        if (padded <= kMargin) {
-            alongRows(
-                places, static_cast<std::size_t>(from), static_cast<std::size_t>(to),
-                [&] {
-                    FourSpread four;
+        from = std::max<std::ptrdiff_t>(from, 0) / w * w;
+        to = std::min(to, span);
+        withSteps(
+            places, [&](auto... step) __attribute__((always_inline)) {
+                FourInputs four;
+                for (int k = 0; k < 4; ++k) {
+                    four.lowWeight[k] = Vec<Kel32f>(sample[k] * (1 - places.weight[k]));
+                    four.highWeight[k] = Vec<Kel32f>(sample[k] * places.weight[k]);
+                }
+                // The values of the rows from `first` up to `last`, which are kMargin at the most.
+                const auto add = [&](Kel32f * part, std::ptrdiff_t first, std::ptrdiff_t last)
+                    __attribute__((always_inline)) {
                     for (int k = 0; k < 4; ++k) {
-                        four.sums[k] = part + kMargin + zero[k];
-                        four.lowWeight[k] = Vec<Kel32f>(lowWeight[k]);
-                        four.highWeight[k] = Vec<Kel32f>(highWeight[k]);
+                        std::ptrdiff_t output = zero[k] + first;
+                        if (longRows) output = std::clamp<std::ptrdiff_t>(output, -kMargin, count);
+                        four.sums[k] = part + (kMargin + output - first);
                     }
-                    return four;
-                },
-                [](const FourSpread&) {});
-        } else {
-            for (int k = 0; k < 4; ++k)
-                spread({places.low[k], places.high[k], 0}, {zero[k], lowWeight[k], highWeight[k]},
-                       zero[k] >= 0 ? 0 : -zero[k] / w * w, std::min(padded, outputs - zero[k]), part + kMargin);
-        }
+                    alongRows<step()...>(places, static_cast<std::size_t>(first), static_cast<std::size_t>(last), four);
+                };
+                add(sums.lobe, lobe, lobeEnd);
+                for (std::ptrdiff_t first = from; first < to; first += kMargin) {
+                    const std::ptrdiff_t last = std::min(first + kMargin, to);
+                    add(sums.rest, first, std::min(lobe, last));
+                    add(sums.rest, std::max(lobeEnd, first), last);
+                }
+            });
     }
-    finishPart();
-    for (std::size_t n = 0; n < count; ++n) put(n, sums[n]);
+    for (std::ptrdiff_t n = kMargin; n < kMargin + count; n += w)
+        store(sums.rest + n, Vec<Kel32f>(load(sums.rest + n) + load(sums.lobe + n)));
+    put(sums.rest + kMargin);
 }
 
 }  // namespace kels

@@ -17,7 +17,6 @@
 #include "core/check.h"
 #include "core/memory.h"
 #include "core/simd.h"
-#include "resample/one_filter.h"
 #include "resample/samples.h"
 
 namespace kels {
@@ -113,26 +112,86 @@ template <int Members, std::size_t... Time, class S>
     run((static_cast<void>(Time), GroupSums<Members>())...);
 }
 
+// Eight outputs of a filter that is the only one, `shift` samples apart, which is a whole number of vectors: every
+// vector of samples serves four of them.  The filter is at least three shifts long.
+template <class S>
+class OverlappingOutputs {
+  public:
+    OverlappingOutputs(const Kel32f* filter, std::ptrdiff_t span, std::ptrdiff_t shift, const S* x, Kel32f* sums)
+        : filter_(filter), shift_(shift), x_(x) {
+        part<0b0001>(0, shift);
+        part<0b0011>(shift, 2 * shift);
+        part<0b0111>(2 * shift, 3 * shift);
+        part<0b1111>(3 * shift, span);
+        part<0b1110>(span, span + shift);
+        part<0b1100>(span + shift, span + 2 * shift);
+        part<0b1000>(span + 2 * shift, span + 3 * shift);
+        sumsOf4(a_, b_, c_, d_, sums);
+        sumsOf4(e_, f_, g_, h_, sums + 4);
+    }
+
+  private:
+    // What the samples from `begin` to `end` give to those of the outputs whose bit is set.
+    template <unsigned Outputs>
+    [[gnu::always_inline]] void part(std::ptrdiff_t begin, std::ptrdiff_t end) {
+        const Kel32f* const h = filter_;
+        const S* const x = x_;
+        const std::ptrdiff_t shift = shift_;
+        Vec<Kel32f> a = a_, b = b_, c = c_, d = d_, e = e_, f = f_, g = g_, last = h_;
+        for (std::ptrdiff_t i = begin; i < end; i += static_cast<std::ptrdiff_t>(lanes<Kel32f>)) {
+            const auto now = held(loadSamples(x + i)), later = held(loadSamples(x + 4 * shift + i));
+            const auto add = [&](std::ptrdiff_t member, Vec<Kel32f>& first, Vec<Kel32f>& second) {
+                const auto tap = held(load(h + i - member * shift));
+                first = mulAdd(now, tap, first);
+                second = mulAdd(later, tap, second);
+            };
+            if constexpr ((Outputs & 1) != 0) add(0, a, e);
+            if constexpr ((Outputs & 2) != 0) add(1, b, f);
+            if constexpr ((Outputs & 4) != 0) add(2, c, g);
+            if constexpr ((Outputs & 8) != 0) add(3, d, last);
+        }
+        a_ = a, b_ = b, c_ = c, d_ = d, e_ = e, f_ = f, g_ = g, h_ = last;
+    }
+
+    const Kel32f* filter_;
+    std::ptrdiff_t shift_;
+    const S* x_;
+    Vec<Kel32f> a_{0}, b_{0}, c_{0}, d_{0}, e_{0}, f_{0}, g_{0}, h_{0};
+};
+
 // `count` outputs from output q of the period that starts at src + base.
 template <int Members, class S>
 void resampleFixed(const FixedState& state, int q, int64_t base, int count, const S* src, int len, S* dst,
                    Kel32f gain) {
     constexpr int times = std::max(1, (sizeof(void*) == 8 ? 9 : 4) / Members);  // what registers hold
     const auto span = static_cast<std::ptrdiff_t>(size(state.vectors) * lanes<Kel32f>);
-    const auto oldest = static_cast<std::ptrdiff_t>(base + state.startOf(q));  // the first sample that surely exists
+    auto oldest = static_cast<std::ptrdiff_t>(base + state.startOf(q));  // the first sample that surely exists
     auto period = static_cast<std::ptrdiff_t>(base);
     int group = q / Members;
     int skip = q % Members;  // outputs of the first group that are not wanted
     int together = 0;        // groups to go in a walk through all of them that serves `times` periods
-    Kel32f sums[times * kMostMembers] = {};
+    Kel32f sums[std::max(times * kMostMembers, 8)] = {};
     const auto put = [&](int time, int first, int n) {
         for (int i = 0; i < n; ++i)
             storeSample(dst + size(time) * size(state.phases) + i, sums[time * kMostMembers + first + i], gain);
     };
     if constexpr (Members == 1) {
-        if (state.phases == 1)
-            return outputsOfOneFilter(state.filters(0), span, src + oldest, src + len, state.down, count,
-                                      [=](int n, Kel32f sum) { storeSample(dst + n, sum, gain); });
+        // Outputs this far apart start a whole number of vectors apart.
+        constexpr int w = static_cast<int>(lanes<Kel32f>);
+        const std::ptrdiff_t apart = w / std::gcd(state.down, w);
+        const int64_t shift = static_cast<int64_t>(state.down) * apart;
+        while (state.phases == 1 && 3 * shift <= span && count >= 8 * apart &&
+               oldest + (8 * apart - 1) * state.down + span <= len) {
+            for (std::ptrdiff_t i = 0; i < apart; ++i) {
+                const S* const x = src + oldest + i * state.down;
+                OverlappingOutputs<S>(state.filters(0), span, static_cast<std::ptrdiff_t>(shift), x, sums);
+                for (std::ptrdiff_t n = 0; n < 8; ++n) storeSample(dst + i + n * apart, sums[n], gain);
+            }
+            dst += 8 * apart;
+            count -= static_cast<int>(8 * apart);
+            oldest += 8 * static_cast<std::ptrdiff_t>(shift);
+            period += 8 * static_cast<std::ptrdiff_t>(shift);
+        }
     }
     while (count > 0) {
         const std::ptrdiff_t start = period + state.starts()[group];

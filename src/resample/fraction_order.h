@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cmath>
-#include <cstddef>
 
 #include "kels/types.h"
 
@@ -15,7 +14,7 @@ namespace kels {
 // may exchange neighbours; every n comes exactly once all the same.
 class FractionOrder {
   public:
-    FractionOrder(Kel64f fraction, Kel64f step, std::ptrdiff_t count) : count_(count) {
+    FractionOrder(Kel64f fraction, Kel64f step, int count) : count_(count) {
         Kel64f upBy = step - std::floor(step), downBy = 1 - upBy;
         for (;;) {
             // The next lower one than the lowest so far is as many steps further as first move it down, but not below 0.
@@ -30,9 +29,9 @@ class FractionOrder {
             }
         }
     }
-    std::ptrdiff_t lowest() const { return lowest_; }
+    int lowest() const { return lowest_; }
     // Behind the highest one comes the lowest one.
-    std::ptrdiff_t after(std::ptrdiff_t n) const {
+    int after(int n) const {
         // Without branches, which would be hard to foresee.
         n += up_;
         n -= n >= count_ ? up_ + down_ : 0;
@@ -40,7 +39,7 @@ class FractionOrder {
     }
 
   private:
-    std::ptrdiff_t count_, up_ = 1, down_ = 1, lowest_ = 0;
+    int count_, up_ = 1, down_ = 1, lowest_ = 0;
 };
 
 }  // namespace kels
