@@ -25,6 +25,10 @@ struct FourPlaces;
 // Where the rows stand and how to find the two that a place lies between.
 class FilterRows {
   public:
+    static constexpr int kSpread = 4;  // rows that are used at once, each one place further than the one before
+    static constexpr int kMargin = 2 * static_cast<int>(lanes<Kel32f>);
+    static_assert(kMargin >= static_cast<int>(lanes<Kel32f>) - 1 + kSpread - 1);
+
     // The rows of a table whose last point is L = last.  A sample up to `tolerance` beyond it counts, so that a sample
     // at L takes part whichever way its time is rounded.
     FilterRows(Kel32f* rows, int last, int nStep, Kel64f tolerance = 0)
@@ -37,8 +41,8 @@ class FilterRows {
 
     // Rows 0 to nStep and the two that replace others at the edges.
     static int64_t floats(int last, int nStep) {
-        return roundUp<int64_t>(2 * (static_cast<int64_t>(last) / nStep) + 2, lanes<Kel32f>) *
-               (static_cast<int64_t>(nStep) + 3);
+        const int64_t span = roundUp<int64_t>(2 * (static_cast<int64_t>(last) / nStep) + 2, lanes<Kel32f>);
+        return (span + kMargin) * (static_cast<int64_t>(nStep) + 3) + kMargin;
     }
 
     template <class T>
@@ -48,7 +52,7 @@ class FilterRows {
     // Values of a row, with the zeros that make it whole vectors.
     std::size_t span() const { return roundUp(2 * static_cast<std::size_t>(half_) + 2, lanes<Kel32f>); }
 
-    // Two rows, from m = -half on, and the weight of the second.
+    // Two rows, from m = -half on and with kMargin zeros in front and behind, and the weight of the second.
     struct Place {
         const Kel32f *low, *high;
         Kel32f weight;
@@ -63,10 +67,11 @@ class FilterRows {
     void find(const Kel64f (&times)[4], int (&whole)[4], FourPlaces& found) const;
 
   private:
+    std::size_t stride() const { return span() + kMargin; }
     // Beyond L the filter ends; it does not run out over one more step, as the two rows would have it.
     const Kel32f* low(int p, Kel64f a) const { return row(p == lowEdge_ && a > tolerance_ ? nStep_ + 1 : p); }
     const Kel32f* high(int p, Kel64f a) const { return row(p == highEdge_ && a < 1 - tolerance_ ? nStep_ + 2 : p + 1); }
-    Kel32f* row(int p) const { return rows_ + static_cast<std::size_t>(p) * span(); }
+    Kel32f* row(int p) const { return rows_ + static_cast<std::size_t>(p) * stride() + kMargin; }
 
     Kel32f* rows_;
     int nStep_;
@@ -77,7 +82,7 @@ class FilterRows {
 
 template <class T>
 void FilterRows::fill(const T* h, int last) {
-    std::fill_n(rows_, span() * (static_cast<std::size_t>(nStep_) + 3), 0.0f);
+    std::fill_n(rows_, stride() * (static_cast<std::size_t>(nStep_) + 3) + kMargin, 0.0f);
     const auto fillRow = [&](Kel32f* taps, int64_t p) {
         for (std::ptrdiff_t m = -half_; m <= half_ + 1; ++m) {
             const int64_t k = std::abs(p - static_cast<int64_t>(m) * nStep_);

@@ -1,6 +1,7 @@
 // Walking through equally spaced times in the order of their fractions, without sorting them.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 #include "kels/types.h"
@@ -37,6 +38,9 @@ class FractionOrder {
         n -= n >= count_ ? up_ + down_ : 0;
         return n + (n < 0 ? up_ : 0);
     }
+
+    // The distance of most neighbours.
+    int leastStep() const { return std::min(up_, down_); }
 
   private:
     int count_, up_ = 1, down_ = 1, lowest_ = 0;
