@@ -67,8 +67,8 @@
  * stays as it is. But a Set with the len of the state replaces whole filters: it makes the last taps 0.  16-bit filters
  * are Q15.
  *
- * 16-bit outputs are rounded to nearest, ties to even, and saturated; sums are formed in single precision.  A call takes
- * up to 44 KiB of the stack.
+ * 16-bit outputs are rounded to nearest, ties to even, and saturated; sums are formed in single precision.  A call
+ * takes up to 44 KiB of the stack.
  *
  * States of InitAlloc go back with Free.  FixedInit builds one in pState, GetSize bytes at any address aligned to 4,
  * which is not passed to Free.

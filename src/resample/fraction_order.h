@@ -18,7 +18,7 @@ class FractionOrder {
     FractionOrder(Kel64f fraction, Kel64f step, int count) : count_(count) {
         Kel64f upBy = step - std::floor(step), downBy = 1 - upBy;
         for (;;) {
-            // The next lower one than the lowest so far is as many steps further as first move it down, but not below 0.
+            // The next one below the lowest so far is as many steps further as first move it down, but not below 0.
             for (; downBy <= fraction && lowest_ + down_ < count; lowest_ += down_) fraction -= downBy;
             if (up_ + down_ >= count) break;
             if (upBy > downBy) {
