@@ -24,7 +24,7 @@ void resample(const FilterRows& rows, const FilterTable<T>& table, const Resampl
               int len, S* dst, Kel32f gain) {
     if (count == 0) return;
     const bool down = times.factor < 1;
-    const bool exact = std::floor(times.step * 0x1p24) == times.step * 0x1p24;
+    const bool exact = std::floor(times.step * 0x1p40) == times.step * 0x1p40;  // so are its multiples
     // To make a filter costs downwards as much as about ten outputs, upwards as one.
     const Period period =
         tapsOf(rows, times) <= Kel64f{kMostTaps} ? periodOf(times.step, down ? 8 : 256) : Period{0, 0};
