@@ -93,7 +93,7 @@ void decimateInTime(const FilterRows& rows, const ResampleTimes& times, int64_t 
         }
         room = most;
         const std::ptrdiff_t from = first <= 0 ? 0 : first / w * w;
-        const std::ptrdiff_t to = std::min(k - rows.half() + static_cast<std::ptrdiff_t>(rows.span()), outputs);
+        const std::ptrdiff_t to = std::min(k + rows.half() + 2, outputs);
         switch (n) {
             case 1:
                 spread(std::make_index_sequence<1>(), together, inputs, sums, from, to);
