@@ -27,7 +27,7 @@
  *   like speexdsp, quality 10      254   1024  0.974  11.3       96 %     113 dB    127 dB
  *   like libsamplerate, best       298   2048  0.969  15.5       95 %     138 dB    138 dB
  *
- * At factors below 1 single-precision sums keep the SNR of the general form below 130 to 135 dB whatever the filter.
+ * At factors below 1 short calls and some factors keep the SNR below 128 to 134 dB whatever the filter.
  *
  * The table.  With L = window * nStep / 2, truncated, and w = pi / nStep:  h[0] = rollf and h[k] = sin(k rollf w) / (k
  * w) times I0(alpha sqrt(1 - (k / L)^2)) / I0(alpha), k = 1 .. L; all divided by h[0] + 2 (h[nStep] + h[2 nStep] +
@@ -45,7 +45,8 @@
  * What is read.  src[j] from floor(*pTime - reach) to src[len - 1], nothing else: where *pTime < reach that is history,
  * which the caller keeps in front of src.  A signal that is to begin with its first sample begins with *pTime = 0 and
  * ceil(reach) zeros in front of src; at its end as many zeros are appended.  An infinite sample, or one that is not a
- * number, spoils outputs up to 16 samples (fixed form: 16 + 3 inRate / outRate) further from it than reach.
+ * number, spoils outputs up to 16 samples of the slower rate (fixed form: 16 + 3 inRate / outRate input samples)
+ * further from it than reach.
  *
  * Chaining blocks.  After a call the samples before floor(*pTime - reach) are no longer needed.  Move the others down
  * so that a block starts with them, add new ones behind, subtract from *pTime the number of samples by which src[0] has
@@ -66,7 +67,8 @@
  * stays as it is. But a Set with the len of the state replaces whole filters: it makes the last taps 0.  16-bit filters
  * are Q15.
  *
- * 16-bit outputs are rounded to nearest, ties to even, and saturated; sums are formed in single precision.
+ * 16-bit outputs are rounded to nearest, ties to even, and saturated; sums are formed in single precision.  A call
+ * takes up to 44 KiB of the stack.
  *
  * States of InitAlloc go back with Free.  FixedInit builds one in pState, GetSize bytes at any address aligned to 4,
  * which is not passed to Free.

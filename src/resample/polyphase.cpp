@@ -97,7 +97,8 @@ KelStatus run(const State* pState, const TapOf<State>* pSrc, int len, TapOf<Stat
     const ResampleTimes times{*pTime, 1 / factor, (last + tolerance) / scale, factor};
     const int count = times.count(len, (last - tolerance) / scale);
     const Kel64f gain = factor < 1 ? factor * pState->gain : 1;
-    resample(FilterRows(rowsOf(pState), last, pState->nStep, tolerance), times, count, pSrc, len, pDst,
+    resample(FilterRows(rowsOf(pState), last, pState->nStep, tolerance),
+             FilterTable<TapOf<State>>{pState->pTable, last, tolerance, scale}, times, count, pSrc, len, pDst,
              static_cast<Kel32f>(norm * gain));
     if (count > 0) *pTime = times.at(count);
     *pOutLen = count;

@@ -203,7 +203,7 @@ void checkBlocks(Run run, Kel64f reach, bool exact, unsigned seed) {
     Kel64f time = 0, wholeTime = 0;
     int n, wholeN, blocksN = 0;
     std::fesetround(FE_UPWARD);  // which must neither matter nor change
-    run(x.data() + history, kLen, whole.data(), &wholeTime, &wholeN);
+    run(test::Guarded<T>(x).data() + history, kLen, whole.data(), &wholeTime, &wholeN);
     const int mode = std::fegetround();
     std::fesetround(FE_TONEAREST);
     ASSERT_EQ(mode, FE_UPWARD);
@@ -228,12 +228,14 @@ void checkBlocks(Run run, Kel64f reach, bool exact, unsigned seed) {
 
 TYPED_TEST(Resample, BlocksOfAnyLengthsGiveWhatOneCallGives) {
     using T = TypeParam;
-    for (const Filter& f : {Filter{24, 64, 0.9f, 7}, Filter{9.3f, 10, 1, 2}}) {
+    // Rows of one vector and more, and of more than the margins of sums; filters for a fraction that fit or do not.
+    for (const Filter& f : {Filter{24, 64, 0.9f, 7}, Filter{9.3f, 10, 1, 2}, Filter{600, 4, 0.9f, 7}}) {
         const auto state = makeGeneral<T>(f);
-        for (const Kel64f factor : {1.0, 2.0, 0.5, 0.25, 0.125, 8.0, 1 / 3.0, 160 / 147.0, 147 / 160.0, 0.7, 0.15}) {
+        for (const Kel64f factor : {1.0, 2.0, 0.5, 0.25, 0.125, 8.0, 1 / 3.0, 160 / 147.0, 147 / 160.0, 0.7, 0.15,
+                                    32 / 23.0, 16 / 15.0, 16 / 17.0, 0.5001, 0.61803398875, 1.61803398875}) {
             const Kel64f scale = f.nStep * std::min(1.0, factor);
             // 1 / factor a binary fraction: times, and places in a table of 2^n points, have no rounding.
-            const bool exact = std::ldexp(1 / factor, 3) == std::floor(std::ldexp(1 / factor, 3));
+            const bool exact = std::ldexp(1 / factor, 4) == std::floor(std::ldexp(1 / factor, 4));
             checkBlocks<T>([&](const T* x, int len, T* y, Kel64f* time,
                                int* n) { Of<T>::run(state.get(), x, len, y, factor, 0.3f, time, n); },
                            (state->tableLen - 1) / scale, exact, static_cast<unsigned>(factor * 1000));
