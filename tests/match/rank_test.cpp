@@ -1,19 +1,13 @@
-#include <algorithm>
-#include <climits>
-#include <cmath>
+#include "kels/rank.h"
+
 #include <compare>
 #include <numeric>
 
-#include "kels.h"
-#include "support/allocation.h"
-#include "support/checks.h"
-#include "support/guarded.h"
-#include "support/numeric.h"
-#include "support/random.h"
+#include "support/support.h"
 
 namespace {
 
-using test::Guarded;
+using namespace test;
 
 // ---- the N-th largest ----------------------------------------------------------------------------------------------
 
@@ -32,28 +26,23 @@ TYPED_TEST_SUITE(NthMax, RankedTypes);
 TYPED_TEST(NthMax, IsTheElementAtThatPlaceWhateverTheOrder) {
     using T = TypeParam;
     using Limits = std::numeric_limits<T>;
-    test::Random random(1);
-    for (const int len : {1, 2, 3, 4, 7, 31, 32, 33, 34, 63, 64, 65, 200, 2047, 2048, 5000}) {
-        std::vector<T> wide = random.vector<T>(len, 40), near(len), few(len), special(len, T(-7));
-        for (auto& x : near) x = static_cast<T>(1000000 + random.between(0, 9999));  // alike in their high bits
-        for (auto& x : few) x = static_cast<T>(random.between(-2, 2));
-        const T ends[] = {-T(0), T(-Limits::quiet_NaN()), 1, Limits::infinity(), Limits::quiet_NaN(),
-                          0,     -Limits::infinity()};
-        std::copy_n(ends, std::min(len, 7), special.begin());
-        auto rising = near, falling = near;
+    const T ends[] = {-T(0), T(-Limits::quiet_NaN()), 1, Limits::infinity(), Limits::quiet_NaN(),
+                      0,     -Limits::infinity()};
+    Random random(1);
+    for (const int len : {1, 2, 3, 31, 32, 33, 34, 64, 200, 2047, 2048, 5000}) {
+        std::vector<T> wide = random.vector<T>(len, 40), alike(len), few(len);  // alike in their high bits
+        for (auto& x : alike) x = static_cast<T>(1000000 + random.between(0, 9999));
+        for (auto& x : few) x = ends[random.between(0, 6)];
+        auto rising = alike;
         std::sort(rising.begin(), rising.end());
-        std::reverse_copy(rising.begin(), rising.end(), falling.begin());
-        auto pipe = rising;
-        std::reverse(pipe.begin() + len / 2, pipe.end());
-        for (const auto& v : {wide, near, few, special, rising, falling, pipe}) {
+        for (const auto& v : {wide, alike, few, rising}) {
             auto sorted = v;
             std::sort(sorted.begin(), sorted.end(), [](T a, T b) { return std::strong_order(a, b) > 0; });
             const Guarded<T> src(v);
             for (int n = 0; n < len; n += n < 7 || n > len - 8 || len < 70 ? 1 : len / 9) {
-                T result{};
-                ASSERT_EQ(kNthMax<T>(src.data(), len, n, &result), 0);
-                ASSERT_TRUE(std::strong_order(result, sorted[n]) == 0)
-                    << n << " of " << len << ": " << result << " instead of " << sorted[n];
+                Guarded<T> result(1);
+                ASSERT_EQ(kNthMax<T>(src.data(), len, n, result), 0);
+                ASSERT_TRUE(std::strong_order(result[0], sorted[n]) == 0) << n << " of " << len << ": " << result[0];
             }
         }
     }
@@ -61,17 +50,13 @@ TYPED_TEST(NthMax, IsTheElementAtThatPlaceWhateverTheOrder) {
 
 TYPED_TEST(NthMax, ChecksAndMemory) {
     using T = TypeParam;
-    test::expectVectorChecks({-8, -6}, kNthMax<T>);
+    expectVectorChecks({-8, -6}, kNthMax<T>);
+    expectSteps(kNthMax<T>, {0, 5, 0, 0}, {{2, -1, -5}, {2, 5, -5}, {2, INT_MAX, -5}, {1, 0, -6}});
     const std::vector<T> v(5000, T(3));
-    T result(77);
-    EXPECT_EQ(kNthMax<T>(v.data(), 0, -1, &result), kelStatusSize);
-    for (const int n : {-1, 5, INT_MAX, INT_MIN}) EXPECT_EQ(kNthMax<T>(v.data(), 5, n, &result), kelStatusBadArg);
-    EXPECT_EQ(result, T(77));
-    test::failEachAllocation([&](int failing, const test::AllocationWatch& watch) {
-        result = 77;
-        const bool fails = failing == 0;
-        EXPECT_EQ(kNthMax<T>(v.data(), 5000, 9, &result), fails ? kelStatusNoMemory : kelStatusOk);
-        EXPECT_EQ(result, T(fails ? 77 : 3));
+    failEachAllocation([&](int failing, const AllocationWatch& watch) {
+        T result(77);
+        EXPECT_EQ(kNthMax<T>(v.data(), 5000, 9, &result), failing == 0 ? kelStatusNoMemory : kelStatusOk);
+        EXPECT_EQ(result, T(failing == 0 ? 77 : 3));
         EXPECT_EQ(watch.unreleased(), 0);
     });
 }
@@ -79,29 +64,24 @@ TYPED_TEST(NthMax, ChecksAndMemory) {
 // ---- language-model scaling ----------------------------------------------------------------------------------------
 
 TEST(ScaleLM, FloorsThenScales) {
-    test::Random random(2);
+    Random random(2);
     for (int len = 1; len <= 70; ++len) {
-        std::vector<Kel32f> v = random.vector<Kel32f>(len);
+        std::vector<Kel32f> v = random.vector<Kel32f>(len), expected;
         v[len / 2] = NAN;
         const Kel32f val = random.value<Kel32f>(4), mul = random.value<Kel32f>(4), add = random.value<Kel32f>(4);
+        for (const Kel32f x : v) expected.push_back(opaque((x > val ? x : val) * mul) + add);
         const Guarded<Kel32f> src(v);
-        Guarded<Kel32f> dst(len), other(len), both(v);
+        Guarded<Kel32f> dst(len), both(v);
         ASSERT_EQ(kelsScaleLM_32f(src.data(), dst, len, val, mul, add), 0);
-        ASSERT_EQ(kelsLMThreshold_32f(val, mul, add, src.data(), other, len), 0);
-        ASSERT_EQ(kelsScaleLM_32f(both, both, len, val, mul, add), 0);
-        for (int i = 0; i < len; ++i) {
-            const Kel32f product = test::opaque(v[i] > val ? v[i] : val) * mul;
-            ASSERT_TRUE(test::sameBits(dst[i], test::opaque(product) + add)) << v[i];
-        }
-        EXPECT_TRUE(test::sameBits(other, dst) && test::sameBits(both, dst));
+        ASSERT_EQ(kelsLMThreshold_32f(val, mul, add, both, both, len), 0);
+        EXPECT_TRUE(dst.vector() == expected && both.vector() == expected);
 
         const Guarded<Kel16s> shorts(random.vector<Kel16s>(len));
         Guarded<Kel32s> ints(len);
         const auto floor = random.value<Kel16s>(), factor = random.value<Kel16s>();
-        const auto offset = random.value<Kel32s>();
-        ASSERT_EQ(kelsScaleLM_16s32s(shorts.data(), ints, len, floor, factor, offset), 0);
+        ASSERT_EQ(kelsScaleLM_16s32s(shorts.data(), ints, len, floor, factor, INT_MAX - len), 0);
         for (int i = 0; i < len; ++i) {
-            const int64_t exact = int64_t{factor} * std::max(shorts[i], floor) + offset;
+            const int64_t exact = int64_t{factor} * std::max(shorts[i], floor) + INT_MAX - len;
             ASSERT_EQ(ints[i], static_cast<Kel32s>(static_cast<uint32_t>(exact)));
         }
     }
@@ -109,172 +89,118 @@ TEST(ScaleLM, FloorsThenScales) {
 
 // ---- range normalisation -------------------------------------------------------------------------------------------
 
-// Each form under one name: own span, given span.
-#define FORMS(S, D, T)                                                                               \
-    KelStatus own(const S* src, D* dst, int len, float low, float high, float range) {               \
-        return kelsNormalizeInRange_##T(src, dst, len, low, high, range);                            \
-    }                                                                                                \
-    KelStatus given(const S* src, D* dst, int len, S mn, S mx, float low, float high, float range) { \
-        return kelsNormalizeInRangeMinMax_##T(src, dst, len, mn, mx, low, high, range);              \
-    }
-FORMS(Kel32f, Kel32f, 32f)
-FORMS(Kel16s, Kel16s, 16s)
-FORMS(Kel16s, Kel8u, 16s8u)
-FORMS(Kel32f, Kel16s, 32f16s)
-FORMS(Kel32f, Kel8u, 32f8u)
-#undef FORMS
-
-template <class Pair>
-class Normalize : public ::testing::Test {};
-using NormalizedTypes = ::testing::Types<std::pair<Kel32f, Kel32f>, std::pair<Kel16s, Kel16s>, std::pair<Kel16s, Kel8u>,
-                                         std::pair<Kel32f, Kel16s>, std::pair<Kel32f, Kel8u>>;
-TYPED_TEST_SUITE(Normalize, NormalizedTypes);
-
-TYPED_TEST(Normalize, MapsTheSpanBetweenTheCuts) {
-    using S = typename TypeParam::first_type;
-    using D = typename TypeParam::second_type;
-    test::Random random(3);
-    for (int len = 2; len < 600; len += len < 70 ? 1 : 97) {
+// Spans and cuts are such that nothing is rounded before the result is.  `own` looks for the span, `given` is told.
+template <class S, class D>
+void checkSpans(KelStatus (*own)(const S*, D*, int, Kel32f, Kel32f, Kel32f),
+                KelStatus (*given)(const S*, D*, int, S, S, Kel32f, Kel32f, Kel32f)) {
+    Random random(3);
+    const std::pair<float, float> cuts[] = {{0, 1}, {0.25f, 0.75f}, {0.375f, 0.5f}, {0.5f, 1}};
+    for (int len = 3; len < 600; len += len < 70 ? 1 : 97) {
+        const int least = random.between(-9000, 9000), span = 1 << random.between(3, 12);
+        const auto [low, high] = cuts[random.between(0, 3)];
+        const int range = len % 3 == 0 ? 1 << 20 : random.between(1, 2000);
         std::vector<S> v(len);
-        for (auto& x : v) x = static_cast<S>(random.uniform(-3000, 9000));
-        const auto [least, greatest] = std::minmax_element(v.begin(), v.end());
-        const auto lowCut = static_cast<float>(random.uniform(0, 0.4)),
-                   highCut = static_cast<float>(random.uniform(0.5, 1));
-        const float range = std::is_same_v<D, Kel8u> ? 255.0f : 1000.0f;
-        const long double mn = *least, d = *greatest - mn, width = (highCut - static_cast<long double>(lowCut)) * d;
+        for (auto& x : v) x = static_cast<S>(random.between(least, least + span));
+        v[0] = static_cast<S>(least);
+        v[len - 1] = static_cast<S>(least + span);
+        if (std::is_floating_point_v<S>) v[1] = static_cast<S>(NAN);
+        std::vector<D> expected;
+        for (const S x : v) {
+            const Real above = std::isnan(Real(x)) ? span : x - least;
+            const Real exact =
+                (std::clamp<Real>(above, low * span, high * span) - low * span) * range / ((high - low) * span);
+            expected.push_back(nearest<D>(exact));
+        }
         const Guarded<S> src(v);
         Guarded<D> dst(len), dst2(len);
-        ASSERT_EQ(own(src.data(), dst, len, lowCut, highCut, range), 0);
-        ASSERT_EQ(given(src.data(), dst2, len, *least, *greatest, lowCut, highCut, range), 0);
-        for (int i = 0; i < len; ++i) {
-            const long double exact = std::clamp((v[i] - mn - lowCut * d) / width, 0.0L, 1.0L) * range;
-            // Both ends are rounded twice, at most at the size of an end; span, quotient, product four times.
-            const long double error =
-                0x1p-24L * (4 * std::max(std::fabs(mn), d + std::fabs(mn)) * range / width + 8 * exact);
-            ASSERT_LE(std::fabs(dst[i] - exact), error + (std::is_integral_v<D> ? 0.5L : 0)) << v[i];
-            ASSERT_EQ(dst2[i], dst[i]);
-        }
+        inEveryRoundingMode([&] {
+            EXPECT_EQ(own(src.data(), dst, len, low, high, static_cast<float>(range)), 0);
+            EXPECT_EQ(given(src.data(), dst2, len, v[0], v[len - 1], low, high, static_cast<float>(range)), 0);
+            EXPECT_TRUE(dst.vector() == expected && dst2.vector() == expected) << len;
+        });
+        const Guarded<S> constant(std::vector<S>(len, S(-5)));
+        EXPECT_EQ(own(constant.data(), dst, len, 0, 1, 1), kelStatusNoOperation);
+        EXPECT_EQ(given(src.data(), dst2, len, 2, 2, 0, 1, 1), kelStatusNoOperation);
+        EXPECT_TRUE(dst.vector() == std::vector<D>(len) && dst2.vector() == std::vector<D>(len));
     }
 }
 
-TYPED_TEST(Normalize, ChecksAndEmptySpans) {
-    using S = typename TypeParam::first_type;
-    using D = typename TypeParam::second_type;
-    const S src[] = {1, 3, 2};
-    D dst[3] = {9, 9, 9};
-    EXPECT_EQ(given(src, dst, 0, 3, 2, 1, 0, 1), kelStatusSize);
-    const float bad[][3] = {{-0.1f, 1, 1}, {0.5f, 0.5f, 1}, {0, 1.1f, 1}, {0, 1, -1},
-                            {NAN, 1, 1},   {0, NAN, 1},     {0, 1, NAN}};
-    for (const auto& [low, high, range] : bad) {
-        EXPECT_EQ(own(src, dst, 3, low, high, range), kelStatusBadArg);
-        EXPECT_EQ(given(src, dst, 3, 2, 2, low, high, range), kelStatusBadArg);
-    }
-    EXPECT_EQ(given(src, dst, 3, 3, 2, 0, 1, 1), kelStatusBadArg);
-    if constexpr (std::is_floating_point_v<S>) {
-        const S unordered[] = {NAN, NAN};
-        EXPECT_EQ(given(src, dst, 3, NAN, 2, 0, 1, 1), kelStatusBadArg);
-        EXPECT_EQ(given(src, dst, 3, 1, NAN, 0, 1, 1), kelStatusBadArg);
-        EXPECT_EQ(own(unordered, dst, 2, 0, 1, 1), kelStatusBadArg);
-    }
-    EXPECT_TRUE(dst[0] == 9 && dst[1] == 9 && dst[2] == 9);
-    EXPECT_EQ(given(src, dst, 2, 2, 2, 0, 1, 1), kelStatusNoOperation);
-    EXPECT_TRUE(dst[0] == 0 && dst[1] == 0 && dst[2] == 9);
-    const std::vector<S> constant(40, S(-5));
-    Guarded<D> zeros(std::vector<D>(40, D(9)));
-    EXPECT_EQ(own(constant.data(), zeros, 40, 0, 1, 1), kelStatusNoOperation);
-    EXPECT_EQ(zeros.vector(), std::vector<D>(40));
-    EXPECT_EQ(own(src, dst, 3, 0, 1, 0), kelStatusOk);
+// The cuts stand at `place`, the range behind them.
+template <class... A>
+void checkArguments(KelStatus (*f)(A...), const std::array<double, sizeof...(A)>& good, int place) {
+    expectVectorChecks({-8, -6}, f);
+    expectSteps(f, good,
+                {{place, -0.1, -5}, {place, NAN, -5}, {place, 1, -5}, {place + 1, 1.1, -5}, {place + 1, NAN, -5}});
+    expectSteps(f, good, {{place + 2, -1, -5}, {place + 2, NAN, -5}});
+}
+template <class Own, class Given>
+void checkForms(Own own, Given given) {
+    checkSpans(own, given);
+    checkArguments(own, {0, 0, 1, 0, 1, 1}, 3);
+    checkArguments(given, {0, 0, 1, 2, 2, 0, 1, 1}, 5);
+    expectSteps(given, {0, 0, 1, 2, 2, 0, 1, 1}, {{3, 3, -5}});
 }
 
-TEST(NormalizeForms, RoundToTheEvenIntegerAndSaturate) {
-    std::vector<Kel16s> v(301);
-    std::iota(v.begin(), v.end(), Kel16s(-150));
-    const std::vector<Kel32f> floats(v.begin(), v.end());
-    test::inEveryRoundingMode([&] {
-        for (const float range : {150.0f, 1e7f}) {  // halves, and beyond both types
-            Guarded<Kel16s> a(301), b(301), inPlace(v);
-            Guarded<Kel8u> c(301), d(301);
-            EXPECT_EQ(own(v.data(), a, 301, 0, 1, range), 0);
-            EXPECT_EQ(own(floats.data(), b, 301, 0, 1, range), 0);
-            EXPECT_EQ(own(v.data(), c, 301, 0, 1, range), 0);
-            EXPECT_EQ(own(floats.data(), d, 301, 0, 1, range), 0);
-            EXPECT_EQ(kelsNormalizeInRange_16s_I(inPlace, 301, 0, 1, range), 0);
-            for (int i = 0; i < 301; ++i) {
-                const int half = i / 2 + (i % 4 == 3), exact = range < 1000 ? half : i == 0 ? 0 : INT_MAX;
-                EXPECT_EQ(a[i], std::min(exact, 32767));
-                EXPECT_EQ(c[i], std::min(exact, 255));
-                EXPECT_TRUE(b[i] == a[i] && d[i] == c[i] && inPlace[i] == a[i]);
-            }
-        }
-    });
-    Guarded<Kel16s> both(v), apart(301);
-    EXPECT_EQ(kelsNormalizeInRangeMinMax_16s_I(both, 301, -100, 50, 0.25f, 0.75f, 9), 0);
-    EXPECT_EQ(given(v.data(), apart, 301, -100, 50, 0.25f, 0.75f, 9), 0);
-    EXPECT_EQ(both.vector(), apart.vector());
-    Guarded<Kel32f> f{NAN, -INFINITY, 4, 8, INFINITY}, g = {5, 4, 8};
-    EXPECT_EQ(kelsNormalizeInRangeMinMax_32f_I(f, 5, 4, 8, 0, 1, 2), 0);
-    EXPECT_TRUE(test::sameBits(f, std::vector<Kel32f>{2, 0, 0, 2, 2}));
-    EXPECT_EQ(kelsNormalizeInRange_32f_I(g, 3, 0, 1, 2), 0);
-    EXPECT_TRUE(test::sameBits(g, std::vector<Kel32f>{0.5f, 0, 2}));
+TEST(Normalize, MapsTheSpanBetweenTheCuts) {
+    checkForms(kelsNormalizeInRange_32f, kelsNormalizeInRangeMinMax_32f);
+    checkForms(kelsNormalizeInRange_16s, kelsNormalizeInRangeMinMax_16s);
+    checkForms(kelsNormalizeInRange_16s8u, kelsNormalizeInRangeMinMax_16s8u);
+    checkForms(kelsNormalizeInRange_32f16s, kelsNormalizeInRangeMinMax_32f16s);
+    checkForms(kelsNormalizeInRange_32f8u, kelsNormalizeInRangeMinMax_32f8u);
+    checkSpans(apart<kelsNormalizeInRange_32f_I>, apart<kelsNormalizeInRangeMinMax_32f_I>);
+    checkSpans(apart<kelsNormalizeInRange_16s_I>, apart<kelsNormalizeInRangeMinMax_16s_I>);
+    const Kel32f numberBehind[] = {NAN, 1};
+    Kel32f dst[] = {9, 9};
+    EXPECT_EQ(kelsNormalizeInRange_32f(numberBehind, dst, 2, 0, 1, 1), kelStatusBadArg);
+    EXPECT_EQ(kelsNormalizeInRangeMinMax_32f(numberBehind, dst, 2, NAN, 1, 0, 1, 1), kelStatusBadArg);
+    EXPECT_EQ(dst[0], 9);
 }
 
 // ---- unit curve ----------------------------------------------------------------------------------------------------
 
+Real unitCurve(Real v) {
+    const Real x = v > 0 ? std::min(v, 2.0L) : 0;
+    return x < 1 ? x * x : 2 - (2 - x) * (2 - x);
+}
+
 TEST(UnitCurve, FollowsItsPieces) {
-    test::Random random(4);
+    Random random(4);
     for (int len = 1; len <= 70; ++len) {
         std::vector<Kel32f> v(len);
         for (auto& x : v) x = static_cast<Kel32f>(random.uniform(-0.5, 2.5));
-        v[len / 2] = NAN, v[len / 3] = len % 2 ? INFINITY : -INFINITY;
+        v[len / 2] = len % 3 == 0 ? NAN : len % 3 == 1 ? INFINITY : -INFINITY;
         const Guarded<Kel32f> src(v);
         Guarded<Kel32f> dst(len), both(v);
         ASSERT_EQ(kelsUnitCurve_32f(src.data(), dst, len), 0);
         ASSERT_EQ(kelsUnitCurve_32f_I(both, len), 0);
-        for (int i = 0; i < len; ++i) {
-            const long double x = v[i] > 0 ? std::min(v[i], 2.0f) : 0, rest = 2 - x;
-            const long double exact = x < 1 ? x * x : 2 - rest * rest;
-            ASSERT_LE(test::ulpError(dst[i], exact), x < 1 ? 0.5 : 1.5) << v[i];
-        }
-        EXPECT_TRUE(test::sameBits(both, dst));
+        for (int i = 0; i < len; ++i) ASSERT_LE(ulpError(dst[i], unitCurve(v[i])), v[i] < 1 ? 0.5 : 1.5) << v[i];
+        EXPECT_TRUE(sameBits(both, dst));
     }
 }
 
 TEST(UnitCurve, SixteenBitsAreExactBeforeOneRounding) {
     std::vector<Kel16s> v(65536);
     std::iota(v.begin(), v.end(), SHRT_MIN);
-    for (const int bits : {0, 1, 7, 13, 14}) {
-        for (const int scale : {0, 1, 5, -2, 40, -40, INT_MAX, INT_MIN}) {
+    for (const int bits : {-1, 0, 1, 7, 14, 15}) {
+        for (const int scale : {0, 1, 5, -2, 40, INT_MAX, INT_MIN}) {
             Guarded<Kel16s> dst(v.size()), both(v);
             ASSERT_EQ(kelsUnitCurve_16s_Sfs(v.data(), dst, bits, 65536, scale), 0);
             ASSERT_EQ(kelsUnitCurve_16s_ISfs(both, bits, 65536, scale), 0);
             for (std::size_t i = 0; i < v.size(); ++i) {
-                const long double x = std::clamp(std::ldexp(static_cast<long double>(v[i]), -bits), 0.0L, 2.0L);
-                const long double y = x < 1 ? x * x : 2 - (2 - x) * (2 - x);
-                const long double exact = std::ldexp(y, bits - std::clamp(scale, -200, 200));
-                ASSERT_EQ(dst[i], std::min(std::nearbyint(exact), 32767.0L))
-                    << v[i] << ", " << bits << " bits, scale " << scale;
+                const Real exact = scaled(unitCurve(scaled(v[i], bits)), scale) * (1 << std::max(bits, 0));
+                ASSERT_EQ(dst[i], bits >= 0 && bits <= 14 ? nearest<Kel16s>(exact) : 0) << v[i] << ", " << bits;
             }
             ASSERT_EQ(both.vector(), dst.vector());
         }
     }
-    for (const int bits : {-1, 15, INT_MAX, INT_MIN}) {
-        Kel16s y[] = {5, 5, 5, 5};
-        EXPECT_EQ(kelsUnitCurve_16s_Sfs(v.data(), y, bits, 1, 0), 0);
-        EXPECT_EQ(kelsUnitCurve_16s_ISfs(y + 2, bits, 1, 0), 0);
-        EXPECT_TRUE(y[0] == 0 && y[1] == 5 && y[2] == 0 && y[3] == 5);
-    }
 }
 
 TEST(Ranking, PointersAreCheckedBeforeLengths) {
-    test::expectVectorChecks({-8, -6}, kelsScaleLM_32f, kelsLMThreshold_32f, kelsScaleLM_16s32s, kelsUnitCurve_32f,
-                             kelsUnitCurve_32f_I, kelsNormalizeInRange_32f, kelsNormalizeInRange_16s,
-                             kelsNormalizeInRange_16s8u, kelsNormalizeInRange_32f16s, kelsNormalizeInRange_32f8u,
-                             kelsNormalizeInRange_32f_I, kelsNormalizeInRange_16s_I, kelsNormalizeInRangeMinMax_32f,
-                             kelsNormalizeInRangeMinMax_16s, kelsNormalizeInRangeMinMax_16s8u,
-                             kelsNormalizeInRangeMinMax_32f16s, kelsNormalizeInRangeMinMax_32f8u,
-                             kelsNormalizeInRangeMinMax_32f_I, kelsNormalizeInRangeMinMax_16s_I);
-    test::expectChecks<test::Places{-1, -1, 3}>({-8, -6}, 1, kelsUnitCurve_16s_Sfs);
-    test::expectChecks<test::Places{-1, -1, 2}>({-8, -6}, 1, kelsUnitCurve_16s_ISfs);
+    expectVectorChecks({-8, -6}, kelsScaleLM_32f, kelsLMThreshold_32f, kelsScaleLM_16s32s, kelsUnitCurve_32f,
+                       kelsUnitCurve_32f_I, kelsNormalizeInRange_32f_I, kelsNormalizeInRange_16s_I,
+                       kelsNormalizeInRangeMinMax_32f_I, kelsNormalizeInRangeMinMax_16s_I);
+    expectChecks<Places{-1, -1, 3}>({-8, -6}, 1, kelsUnitCurve_16s_Sfs);
+    expectChecks<Places{-1, -1, 2}>({-8, -6}, 1, kelsUnitCurve_16s_ISfs);
 }
 
 }  // namespace

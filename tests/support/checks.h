@@ -79,4 +79,45 @@ void expectNullChecks(F*... functions) {
     (expectChecks<Places{-1, -1, -1}>({-8}, 1, functions), ...);
 }
 
+// Sets the argument of f at `place`, then expects the status.
+struct Step {
+    int place;
+    double value;
+    KelStatus status;
+};
+
+// The statuses of f while its arguments change; first they are `arguments`, among which pointers, all good, count.
+// Nothing is written.
+template <class... A>
+void expectSteps(KelStatus (*f)(A...), std::array<double, sizeof...(A)> arguments, const std::vector<Step>& steps) {
+    alignas(std::max_align_t) std::array<unsigned char, 64> memory;
+    memory.fill(0x55);
+    const auto value = [&]<class T>(std::size_t place, std::type_identity<T>) -> T {
+        if constexpr (std::is_pointer_v<T>) return reinterpret_cast<T>(memory.data());
+        if constexpr (!std::is_pointer_v<T>) return static_cast<T>(arguments[place]);
+    };
+    for (const Step& step : steps) {
+        arguments[static_cast<std::size_t>(step.place)] = step.value;
+        const auto status = [&]<std::size_t... i>(std::index_sequence<i...>) {
+            return f(value(i, std::type_identity<A>())...);
+        }
+        (std::index_sequence_for<A...>());
+        EXPECT_EQ(status, step.status) << "argument " << step.place << " = " << step.value;
+    }
+    EXPECT_EQ(std::count(memory.begin(), memory.end(), 0x55), 64);
+}
+
+// The in-place form f as one of a source and a destination.
+template <auto f>
+struct Apart;
+template <class T, class... A, KelStatus (*f)(T*, int, A...)>
+struct Apart<f> {
+    static KelStatus call(const T* src, T* dst, int len, A... arguments) {
+        std::copy_n(src, len, dst);
+        return f(dst, len, arguments...);
+    }
+};
+template <auto f>
+constexpr auto apart = &Apart<f>::call;
+
 }  // namespace test
