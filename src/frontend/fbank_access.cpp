@@ -30,6 +30,7 @@ template <class Bank>
 KelStatus getCoeffs(const Bank& bank, int fIdx, Kel32f* pCoeffs) {
     if (!bank.ready) return kelStatusFBankState;
     if (fIdx < 1 || fIdx > bank.nFilter + 1) return kelStatusSize;
+    const NearestScope nearest;
     const Kel32s* const c = bank.centres + fIdx - 1;
     const auto toFloat = Bank::Weights::toFloat;
     const auto* const rising = bank.rising[fIdx - 1];
