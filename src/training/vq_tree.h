@@ -298,7 +298,7 @@ class TreeSearch {
     using Centroids =
         std::conditional_t<std::is_same_v<T, Kel32f> && std::is_same_v<Width, std::integral_constant<std::size_t, 2>>,
                            CentroidPairs<Weighting>, AnyCentroids<Weighting, T, Width>>;
-    static constexpr std::size_t kTogether = 64;
+    static constexpr std::size_t kTogether = 256;
 
     // Takes vectors 0 .. n - 1 on their ways, a step of each after the other until none goes on, so that the steps of one
     // fill the time that another's wait for its sums.
