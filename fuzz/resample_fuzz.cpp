@@ -28,8 +28,8 @@ struct Resampler {
     Run run;
 };
 
-// What one call gives from samples `first` .. `first` + values.size() - 1, with nothing around them, and src[0] sample 0
-// or, where that is not one of them, the first of them.  The time is kept in samples from number 0 on.
+// What one call gives from samples `first` .. `first` + values.size() - 1, with nothing around them; src[0] is sample 0
+// or, where that is not one of them, the first of them.  The time counts from sample 0 on.
 template <class T, class R>
 std::vector<T> call(const R& resampler, const std::vector<T>& values, int first, Kel64f& time) {
     const int origin = std::max(first, 0), len = first + static_cast<int>(values.size()) - origin;

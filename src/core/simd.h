@@ -447,8 +447,8 @@ inline Vec<float> repeatPair(const float* p) {
 inline Vec<float> pairSums(const Vec<float>& a, const Vec<float>& b) {
 #if defined(__AVX2__) && !defined(__AVX512F__)
     // One permutation, where those of even and of odd index would take two.
-    const auto even = _mm256_shuffle_ps(native(a), native(b), 0x88), odd = _mm256_shuffle_ps(native(a), native(b), 0xdd);
-    const __m256 sums = _mm256_add_ps(even, odd);
+    const __m256 even = _mm256_shuffle_ps(native(a), native(b), 0x88);
+    const __m256 sums = _mm256_add_ps(even, _mm256_shuffle_ps(native(a), native(b), 0xdd));
     return Vec<float>(_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(sums), 0xd8)));
 #else
     const auto [even, odd] = deinterleave(a, b);

@@ -183,7 +183,7 @@ inline GridTrial bestCells(const GridPoints& points) {
     }
 }
 
-// The cells to be searched: those under trial cut into nine.  Whether a grid is worth it is a matter of the trial alone.
+// The cells to be searched: those under trial cut into nine.  Whether a grid is worth it is settled by the trial alone.
 inline GridCells finerCells(const GridPoints& points, const GridCells& tried) {
     GridCells cells = tried;
     for (int a = 0; a < points.axes; ++a) cells.axis[a] = points.axis(a, 3 * tried.axis[a].cells());

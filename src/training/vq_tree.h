@@ -300,8 +300,8 @@ class TreeSearch {
                            CentroidPairs<Weighting>, AnyCentroids<Weighting, T, Width>>;
     static constexpr std::size_t kTogether = 256;
 
-    // Takes vectors 0 .. n - 1 on their ways, a step of each after the other until none goes on, so that the steps of one
-    // fill the time that another's wait for its sums.
+    // Takes vectors 0 .. n - 1 on their ways, a step of each after the other until none goes on, so that the steps of
+    // one fill the time that another's wait for its sums.
     template <class Step>
     [[gnu::always_inline]] static void stepByStep(std::size_t n, const Step& step) {
         std::size_t underway[kTogether];
