@@ -110,6 +110,9 @@ void BM_VqFull16_kels(benchmark::State& state) {
 BENCHMARK(BM_VqFull16_kels)->Apply(fullArguments);
 
 // ---- tree and grid beside all codevectors of the same codebook: width, codevectors ----
+// What they do next depends on the vector; the same few again and again would be learned by the branch predictor.
+
+constexpr int kManyRows = 20000;
 
 const Codebook& treeOf(int width, int codevectors) {
     static std::map<std::pair<int, int>, Codebook> built;
@@ -121,26 +124,26 @@ const Codebook& treeOf(int width, int codevectors) {
 void BM_VqTree_kels(benchmark::State& state) {
     const auto width = static_cast<int>(state.range(0)), codevectors = static_cast<int>(state.range(1));
     const Codebook& codebook = treeOf(width, codevectors);
-    const auto rows = features(kRows, width, 2);
-    std::vector<Kel32s> indices(kRows), nearest(kRows);
+    const auto rows = features(kManyRows, width, 2);
+    std::vector<Kel32s> indices(kManyRows), nearest(kManyRows);
     for (auto _ : state) {
-        kelsVQ_32f(rows.data(), width, indices.data(), kRows, codebook.get());
+        kelsVQ_32f(rows.data(), width, indices.data(), kManyRows, codebook.get());
         benchmark::DoNotOptimize(indices.data());
     }
-    kelsCdbk32VQFull_A6(rows.data(), width, nearest.data(), kRows, codebook.get(), width);
+    kelsCdbk32VQFull_A6(rows.data(), width, nearest.data(), kManyRows, codebook.get(), width);
     int found = 0;
-    for (int i = 0; i < kRows; ++i)
+    for (int i = 0; i < kManyRows; ++i)
         found += indices[static_cast<std::size_t>(i)] == nearest[static_cast<std::size_t>(i)];
-    state.counters["found"] = static_cast<double>(found) / kRows;
+    state.counters["found"] = static_cast<double>(found) / kManyRows;
     state.counters["depth"] = codebook->lastIndexOrDepth;
 }
 void BM_VqTree_exhaustive(benchmark::State& state) {
     const auto width = static_cast<int>(state.range(0)), codevectors = static_cast<int>(state.range(1));
     const Codebook& codebook = treeOf(width, codevectors);
-    const auto rows = features(kRows, width, 2);
-    std::vector<Kel32s> indices(kRows);
+    const auto rows = features(kManyRows, width, 2);
+    std::vector<Kel32s> indices(kManyRows);
     for (auto _ : state) {
-        kelsCdbk32VQFull_A6(rows.data(), width, indices.data(), kRows, codebook.get(), width);
+        kelsCdbk32VQFull_A6(rows.data(), width, indices.data(), kManyRows, codebook.get(), width);
         benchmark::DoNotOptimize(indices.data());
     }
 }
@@ -153,13 +156,13 @@ BENCHMARK(BM_VqTree_exhaustive)->Apply(treeArguments);
 void searchGrid(benchmark::State& state, bool useGrid) {
     const auto width = static_cast<int>(state.range(0)), codevectors = static_cast<int>(state.range(1));
     const Codebook codebook = build(features(codevectors, width, 3), width, codevectors, kelCdbkExhaustive);
-    const auto rows = features(kRows, width, 2);
-    std::vector<Kel32s> indices(kRows);
+    const auto rows = features(kManyRows, width, 2);
+    std::vector<Kel32s> indices(kManyRows);
     for (auto _ : state) {
         if (useGrid) {
-            kelsVQ_32f(rows.data(), width, indices.data(), kRows, codebook.get());
+            kelsVQ_32f(rows.data(), width, indices.data(), kManyRows, codebook.get());
         } else {
-            kelsCdbk32VQFull_A6(rows.data(), width, indices.data(), kRows, codebook.get(), width);
+            kelsCdbk32VQFull_A6(rows.data(), width, indices.data(), kManyRows, codebook.get(), width);
         }
         benchmark::DoNotOptimize(indices.data());
     }

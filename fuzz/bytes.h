@@ -67,6 +67,11 @@ inline size_t room(int count, int max) {
     return count >= 1 && count <= max ? static_cast<size_t>(count) : 0;
 }
 
+template <class T>
+bool sameBits(const std::vector<T>& a, const std::vector<T>& b) {
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
+}
+
 // After an error a destination that was all zeros still is.
 template <class T>
 void requireUntouchedOnError(KelStatus status, const Guarded<T>& destination) {

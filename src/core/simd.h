@@ -436,6 +436,26 @@ inline Halves deinterleave(const Vec<float>& a, const Vec<float>& b) {
 #endif
 }
 
+// p[0] and p[1] in turn.
+inline Vec<float> repeatPair(const float* p) {
+    double pair;
+    std::memcpy(&pair, p, sizeof pair);
+    return std::bit_cast<Vec<float>>(Vec<double>(pair));
+}
+
+// The sums of neighbouring lanes, those of a before those of b.
+inline Vec<float> pairSums(const Vec<float>& a, const Vec<float>& b) {
+#if defined(__AVX2__) && !defined(__AVX512F__)
+    // One permutation, where those of even and of odd index would take two.
+    const __m256 even = _mm256_shuffle_ps(native(a), native(b), 0x88);
+    const __m256 sums = _mm256_add_ps(even, _mm256_shuffle_ps(native(a), native(b), 0xdd));
+    return Vec<float>(_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(sums), 0xd8)));
+#else
+    const auto [even, odd] = deinterleave(a, b);
+    return even + odd;
+#endif
+}
+
 // Four values of each of four rows turned over: dst[k * stride + j] = rows[j][k].
 inline void transpose4(const float* const rows[4], float* dst, std::size_t stride) {
     __m128 a = _mm_loadu_ps(rows[0]);

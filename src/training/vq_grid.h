@@ -1,9 +1,11 @@
 // Search grids: uniform cells over the codevectors of an exhaustive codebook of width 1 or 2.  Each cell lists, by
-// ascending index, those that can be nearest to a point of it.  Beyond its border, where cells would reach to infinity,
-// all codevectors are candidates.
+// ascending index, those that can be nearest to a point of it: mostly no more than a vector holds, so that a search has
+// no branch that depends on where its point lies.  Beyond the border, where cells would reach to infinity, all
+// codevectors are candidates.
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -28,7 +30,12 @@ struct GridSpan {
         const V below = V(low) - position, above = position - V(high);
         return {greaterOf(greaterOf(below, above), V(0.0f)), greaterOf(magnitude(below), magnitude(above))};
     }
+    Kel32f middle() const { return low / 2 + high / 2; }
+    GridSpan lowerHalf() const { return {low, middle()}; }
+    GridSpan upperHalf() const { return {middle(), high}; }
 };
+
+using GridBox = std::array<GridSpan, 2>;
 
 class GridAxis {
   public:
@@ -74,15 +81,19 @@ struct GridPoints {
 
     GridAxis axis(int a, int cells) const { return GridAxis(least[a], greatest[a], cells, a == 1); }
 
-    // The number of candidates of a cell; they are also listed where there is a list.
-    Kel32s fillCell(const GridSpan (&spans)[2], Kel32s* list) const {
+    // The number of candidates of a cell that consists of some boxes; they are also listed where there is a list.  The
+    // smaller the boxes, the fewer candidates are in vain.
+    template <std::size_t N>
+    Kel32s fillCell(const std::array<GridBox, N>& boxes, Kel32s* list) const {
         constexpr std::size_t w = lanes<Kel32f>;
-        Vec<Kel32f> mosts(std::numeric_limits<Kel32f>::infinity());
-        for (std::size_t i = 0; i < count; i += w) mosts = lesserOf(reachOf(spans, i).most, mosts);
-        const Vec<Kel32f> bound(stdx::hmin(mosts));
+        std::array<Kel32f, N> bounds;
+        std::transform(boxes.begin(), boxes.end(), bounds.begin(), [&](const GridBox& box) { return boundOf(box); });
         Kel32s number = 0;
         for (std::size_t i = 0; i < count; i += w) {
-            const auto possible = canBeNearest(reachOf(spans, i).least, bound);
+            typename Vec<Kel32f>::mask_type possible(false);
+            for (std::size_t b = 0; b < N; ++b) {
+                possible = possible || canBeNearest(reachOf(boxes[b], i).least, Vec<Kel32f>(bounds[b]));
+            }
             if (stdx::none_of(possible)) continue;
             for (std::size_t k = 0; k < w && i + k < count; ++k) {
                 if (!possible[k]) continue;
@@ -94,15 +105,22 @@ struct GridPoints {
     }
 
   private:
+    // Some codevector is at most that far away from every point of a box.
+    Kel32f boundOf(const GridBox& box) const {
+        Vec<Kel32f> mosts(std::numeric_limits<Kel32f>::infinity());
+        for (std::size_t i = 0; i < count; i += lanes<Kel32f>) mosts = lesserOf(reachOf(box, i).most, mosts);
+        return stdx::hmin(mosts);
+    }
+
     // From codevectors i, i + 1, ... ; behind the last one they are infinitely far away.
-    Reach<Vec<Kel32f>> reachOf(const GridSpan (&spans)[2], std::size_t i) const {
+    Reach<Vec<Kel32f>> reachOf(const GridBox& box, std::size_t i) const {
         constexpr std::size_t w = lanes<Kel32f>;
         Reach<Vec<Kel32f>> sum = {Vec<Kel32f>(0.0f), Vec<Kel32f>(0.0f)};
         for (int a = 0; a < axes; ++a) {
             const Kel32f* const p = positions[a] + i;
             const Vec<Kel32f> position =
                 count - i < w ? loadPart(p, count - i, std::numeric_limits<Kel32f>::infinity()) : load(p);
-            const Reach<Vec<Kel32f>> reach = spans[a].reachFrom(position);
+            const Reach<Vec<Kel32f>> reach = box[size(a)].reachFrom(position);
             sum.least = sum.least + weights[a] * reach.least * reach.least;
             sum.most = sum.most + weights[a] * reach.most * reach.most;
         }
@@ -119,16 +137,18 @@ struct GridCells {
 
     // -1 outside.
     template <class T>
-    int cellOf(const T* vector) const {
+    [[gnu::always_inline]] int cellOf(const T* vector) const {
         const int column = axis[0].cellOf(static_cast<Kel32f>(vector[0]));
         if (axes == 1 || column < 0) return column;
         const int row = axis[1].cellOf(static_cast<Kel32f>(vector[1]));
         return row < 0 ? -1 : row * axis[0].cells() + column;
     }
 
-    Kel32s fill(int cell, const GridPoints& points, Kel32s* list) const {
-        const GridSpan spans[2] = {axis[0].span(cell % axis[0].cells()), axis[1].span(cell / axis[0].cells())};
-        return points.fillCell(spans, list);
+    GridBox box(int cell) const { return {axis[0].span(cell % axis[0].cells()), axis[1].span(cell / axis[0].cells())}; }
+    std::array<GridBox, 4> quarters(int cell) const {
+        const auto [x, y] = box(cell);
+        return {GridBox{x.lowerHalf(), y.lowerHalf()}, GridBox{x.upperHalf(), y.lowerHalf()},
+                GridBox{x.lowerHalf(), y.upperHalf()}, GridBox{x.upperHalf(), y.upperHalf()}};
     }
 };
 
@@ -142,7 +162,9 @@ struct GridTrial {
         if (points.axes == 2) cells.axis[1] = points.axis(1, rows);
         if (!cells.axis[0].isUsable() || (points.axes == 2 && !cells.axis[1].isUsable())) return;
         int64_t total = 0;
-        for (int cell = 0; cell < cells.count(); ++cell) total += cells.fill(cell, points, nullptr);
+        for (int cell = 0; cell < cells.count(); ++cell) {
+            total += points.fillCell(std::array<GridBox, 1>{cells.box(cell)}, nullptr);
+        }
         cost = static_cast<Kel32f>(total) / static_cast<Kel32f>(cells.count());
     }
 };
@@ -159,6 +181,13 @@ inline GridTrial bestCells(const GridPoints& points) {
         if (!isWorthMore(next.cost, best.cost)) return best;
         best = next;
     }
+}
+
+// The cells to be searched: those under trial cut into nine.  Whether a grid is worth it is settled by the trial alone.
+inline GridCells finerCells(const GridPoints& points, const GridCells& tried) {
+    GridCells cells = tried;
+    for (int a = 0; a < points.axes; ++a) cells.axis[a] = points.axis(a, 3 * tried.axis[a].cells());
+    return cells;
 }
 
 // The grid of a codebook.  A list is padded to whole vectors with codevectors that are infinitely far away; the positions
@@ -182,6 +211,7 @@ template <class T>
 bool buildGrid(Codebook<T>& codebook) {
     const auto count = size(codebook.cdbkSize);
     if (codebook.width > 2 || count <= 10) return true;
+    if (count > std::size_t{1} << 24) return true;  // places in a list are counted in Reals
     GridPoints points = {codebook.width, count, {}, {}, {}, {}};
     Scratch<Kel32f, 512> positions(2 * static_cast<int64_t>(count));
     if (positions.failed()) return false;
@@ -198,14 +228,15 @@ bool buildGrid(Codebook<T>& codebook) {
     const GridTrial best = bestCells(points);
     if (!isWorthKeeping(best.cost, static_cast<Kel32f>(count) / (points.axes == 2 ? 10.0f : 5.0f))) return true;
 
-    const int cells = best.cells.count();
+    const GridCells searched = finerCells(points, best.cells);
+    const int cells = searched.count();
     const auto padded = [&](int cell, Kel32s* list) {
-        return roundUp<int64_t>(best.cells.fill(cell, points, list), static_cast<int64_t>(lanes<RealOf<T>>));
+        return roundUp<int64_t>(points.fillCell(searched.quarters(cell), list), int64_t{lanes<RealOf<T>>});
     };
     int64_t total = 0;
     for (int cell = 0; cell < cells; ++cell) total += padded(cell, nullptr);
     if (total > std::numeric_limits<Kel32s>::max()) return true;  // more than can be counted
-    Grid<T> grid = {best.cells, nullptr, nullptr, nullptr};
+    Grid<T> grid = {searched, nullptr, nullptr, nullptr};
     const auto layOut = [&](Layout layout) {
         codebook.grid = layout.take<Grid<T>>(1);
         grid.begins = layout.take<Kel32s>(cells + 1);
@@ -233,34 +264,65 @@ bool buildGrid(Codebook<T>& codebook) {
     return true;
 }
 
-// The nearest codevector, for the width of the grid's axes.
+// Finds nearest codevectors, for the width of the grid's axes.
 template <class Weighting, std::size_t Width, class T>
-Kel32s nearestInGrid(const Codebook<T>& codebook, const T* vector) {
-    using Real = RealOf<T>;
-    constexpr std::size_t w = lanes<Real>, kSome = 256;
-    const Grid<T>& grid = *static_cast<const Grid<T>*>(codebook.grid);
-    const int cell = grid.cells.cellOf(vector);
-    if (cell < 0) {
-        const Candidates<T> all = {vector, codevectorsOf(codebook), codebook.weights};
-        return nearestOf<Weighting>(all, size(codebook.cdbkSize), Width);
-    }
-    const std::size_t length = grid.length(cell);
-    Real some[kSome];
-    Nearest<Real> nearest;
-    for (std::size_t first = 0; first < length; first += kSome) {
-        const std::size_t n = std::min(kSome, length - first);
-        for (std::size_t i = 0; i < n; i += w) {
-            Vec<Real> sum(Real(0));
-            for (std::size_t k = 0; k < Width; ++k) {
-                const Vec<Real> position = load(grid.positionsOn(static_cast<int>(k), cell) + first + i);
-                const Vec<Real> weight(Weighting::kVariance ? static_cast<Real>(codebook.weights[k]) : Real(1));
-                sum = Weighting::plus(sum, Vec<Real>(Vec<Real>(static_cast<Real>(vector[k])) - position), weight);
-            }
-            store(some + i, sum);
+class GridSearch {
+  public:
+    explicit GridSearch(const Codebook<T>& codebook)
+        : grid_(*static_cast<const Grid<T>*>(codebook.grid)),
+          codevectors_(codevectorsOf(codebook)),
+          count_(size(codebook.cdbkSize)),
+          weights_(codebook.weights) {}
+
+    [[gnu::always_inline]] Kel32s nearest(const T* vector) const {
+        const int cell = grid_.cells.cellOf(vector);
+        if (cell < 0) return nearestOf<Weighting>(Candidates<T>{vector, codevectors_, weights_}, count_, Width);
+        const std::size_t length = grid_.length(cell);
+        // By lane: the least distance, where it stands, and the least of the others.
+        Vec<Real> least(kInfinity), at(Real(0)), others(kInfinity);
+        for (std::size_t i = 0; i < length; i += w) {
+            const Vec<Real> distance = distances(vector, cell, i);
+            others = lesserOf(greaterOf(distance, least), others);
+            stdx::where(distance < least, at) = Vec<Real>(static_cast<Real>(i));
+            least = lesserOf(distance, least);
         }
-        nearest.take(some, n, static_cast<Kel32s>(first));
+        const Vec<Real> limit(closeTo(stdx::hmin(least)));
+        const auto close = least <= limit;
+        if (stdx::popcount(close) != 1 || stdx::any_of(others <= limit)) return nearestInOrder(vector, cell);
+        const auto lane = static_cast<std::size_t>(stdx::find_first_set(close));
+        return grid_.list(cell)[static_cast<std::size_t>(Real(at[lane])) + lane];
     }
-    return grid.list(cell)[nearest.index];
-}
+
+  private:
+    using Real = RealOf<T>;
+    static constexpr std::size_t w = lanes<Real>;
+    static constexpr Real kInfinity = std::numeric_limits<Real>::infinity();
+
+    // From candidates i, i + 1, ... of a cell.
+    [[gnu::always_inline]] Vec<Real> distances(const T* vector, int cell, std::size_t i) const {
+        Vec<Real> sum(Real(0));
+        for (std::size_t k = 0; k < Width; ++k) {
+            const Vec<Real> position = load(grid_.positionsOn(static_cast<int>(k), cell) + i);
+            const Vec<Real> weight(Weighting::kVariance ? static_cast<Real>(weights_[k]) : Real(1));
+            sum = Weighting::plus(sum, Vec<Real>(Vec<Real>(static_cast<Real>(vector[k])) - position), weight);
+        }
+        return sum;
+    }
+
+    // Where several come close, the order decides.
+    [[gnu::noinline]] Kel32s nearestInOrder(const T* vector, int cell) const {
+        Nearest<Real> nearest;
+        for (std::size_t i = 0; i < grid_.length(cell); i += w) {
+            const Vec<Real> some = distances(vector, cell, i);
+            for (std::size_t k = 0; k < w; ++k) nearest.take(some[k], static_cast<Kel32s>(i + k));
+        }
+        return grid_.list(cell)[nearest.index];
+    }
+
+    const Grid<T> grid_;
+    StepRows<const T> codevectors_;
+    std::size_t count_;
+    const T* weights_;
+};
 
 }  // namespace kels

@@ -66,7 +66,8 @@ auto canBeNearest(const V& least, const V& bound) {
     using Real = typename ScalarOf<V>::Type;
     const V greater = greaterOf(least, bound);
     return least * V(static_cast<Real>(1.000001)) < bound ||
-           magnitude(V(least - bound)) <= V(static_cast<Real>(1e-4)) * greater;
+           magnitude(V(least - bound)) <= V(static_cast<Real>(1e-4)) * greater ||
+           bound >= V(std::numeric_limits<Real>::infinity());  // no bound at all
 }
 
 // The largest distance that is listed with the nearest one under a factor of 1 or more.

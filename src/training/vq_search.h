@@ -45,9 +45,8 @@ KelStatus searchTree(const Codebook<T>& codebook, const StepRows<const T>& rows,
 
 template <class Weighting, std::size_t Width, class T>
 KelStatus searchGrid(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices) {
-    for (std::size_t i = 0; i < height; ++i) {
-        indices[i] = nearestInGrid<Weighting, Width>(codebook, rows[static_cast<std::ptrdiff_t>(i)]);
-    }
+    const GridSearch<Weighting, Width, T> search(codebook);
+    for (std::size_t i = 0; i < height; ++i) indices[i] = search.nearest(rows[static_cast<std::ptrdiff_t>(i)]);
     return kelStatusOk;
 }
 

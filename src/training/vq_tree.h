@@ -5,6 +5,9 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
+#include <numeric>
+#include <type_traits>
 
 #include "core/scaling.h"
 #include "training/vq_clustering.h"
@@ -104,6 +107,8 @@ class TreeBuilder {
         }
         node.left = &nodes_[split.left].node;
         node.right = &nodes_[split.right].node;
+        nodes_[i].children[0] = node.left;
+        nodes_[i].children[1] = node.right;
         const Kel64f left = node.left->count, right = node.right->count;
         for (std::size_t k = 0; k < width_; ++k) {
             const Kel64f sum = left * node.left->centroid[k] + right * node.right->centroid[k];
@@ -158,92 +163,181 @@ class TreeBuilder {
 };
 
 // ---- search --------------------------------------------------------------------------------------------------------
+// Both kinds of nodes give some centroids to compare with, `kAtOnce` of them at a time.
+
+// The distances of a vector and centroids anywhere in memory.
+template <class Weighting, class T, class Width>
+class AnyCentroids {
+  public:
+    static constexpr std::size_t kAtOnce = 4;
+
+    AnyCentroids(const T* weights, Width width)
+        : weights_(weights), width_(width), rest_(width % Term::kStep, width / Term::kStep * Term::kStep) {}
+
+    [[gnu::always_inline]] std::array<RealOf<T>, kAtOnce> grandchildren(const NodeOf<T>* node, const T* vector) const {
+        return distances(vector, [&](std::size_t i) -> const T* {
+            return kFixedWidth ? static_cast<const T*>(node->fastBlock) + i * width_
+                               : TreeNode<T>::of(node).grandchildren[i];
+        });
+    }
+    // From neighbour `first` on; behind the last one it is repeated.
+    [[gnu::always_inline]] std::array<RealOf<T>, kAtOnce> neighbours(const NodeOf<T>* leaf, std::size_t first,
+                                                                     const T* vector) const {
+        const std::size_t last = size(leaf->neighbourCount) - 1;
+        return distances(vector, [&](std::size_t i) -> const T* {
+            const std::size_t neighbour = std::min(first + i, last);
+            return kFixedWidth ? static_cast<const T*>(leaf->fastBlock) + neighbour * width_
+                               : leaf->neighbours[neighbour]->centroid;
+        });
+    }
+    RealOf<T> distance(const T* vector, const T* centroid) const {
+        return static_cast<RealOf<T>>(sumOf1<Term>(Item<T>{vector, centroid, weights_}, width_));
+    }
+
+  private:
+    using Term = TermOf<Weighting, T>;
+    static constexpr bool kFixedWidth = !std::is_same_v<Width, std::size_t>;
+
+    template <class Centroid>
+    [[gnu::always_inline]] std::array<RealOf<T>, kAtOnce> distances(const T* vector, const Centroid& centroid) const {
+        const auto item = [&](std::size_t i) { return Item<T>{vector, centroid(i), weights_}; };
+        const auto sums = sumsOf4<Term>(std::array{item(0), item(1), item(2), item(3)}, width_, rest_);
+        return {static_cast<RealOf<T>>(sums[0]), static_cast<RealOf<T>>(sums[1]), static_cast<RealOf<T>>(sums[2]),
+                static_cast<RealOf<T>>(sums[3])};
+    }
+
+    const T* weights_;
+    Width width_;
+    FirstLanes rest_;
+};
+
+// The same for two components, of the centroids that fast blocks keep side by side: a vector takes as many as it has
+// lanes.  Sums as the other one does.
+template <class Weighting>
+class CentroidPairs {
+  public:
+    static constexpr std::size_t kAtOnce = lanes<Kel32f>;
+
+    template <class Width>
+    CentroidPairs(const Kel32f* weights, Width)
+        : weights_(Weighting::kVariance ? repeatPair(weights) : Vec<Kel32f>(1.0f)) {}
+
+    [[gnu::always_inline]] Vec<Kel32f> grandchildren(const KelCdbkNode* node, const Kel32f* vector) const {
+        return distances(repeatPair(vector), static_cast<const Kel32f*>(node->fastBlock), 4);
+    }
+    // Behind the last one they are infinite.
+    [[gnu::always_inline]] Vec<Kel32f> neighbours(const KelCdbkNode* leaf, std::size_t first,
+                                                  const Kel32f* vector) const {
+        return distances(repeatPair(vector), static_cast<const Kel32f*>(leaf->fastBlock) + 2 * first,
+                         std::min(size(leaf->neighbourCount) - first, kAtOnce));
+    }
+    Kel32f distance(const Kel32f* vector, const Kel32f* centroid) const {
+        return distances(repeatPair(vector), centroid, 1)[0];
+    }
+
+  private:
+    [[gnu::always_inline]] Vec<Kel32f> distances(const Vec<Kel32f>& vector, const Kel32f* centroids,
+                                                 std::size_t n) const {
+        constexpr std::size_t w = lanes<Kel32f>;
+        const auto terms = [&](std::size_t first) {
+            if (2 * n <= first) return Vec<Kel32f>(kInfinity);
+            const std::size_t components = 2 * n - first;
+            const Kel32f* const p = centroids + first;
+            const Vec<Kel32f> d = vector - (components < w ? loadPart(p, components, kInfinity) : load(p));
+            return Weighting::plus(Vec<Kel32f>(0.0f), d, weights_);
+        };
+        return pairSums(terms(0), terms(w));
+    }
+
+    static constexpr Kel32f kInfinity = std::numeric_limits<Kel32f>::infinity();
+    const Vec<Kel32f> weights_;
+};
+
+// The first of some distances that is nearer than `here`; their number where none is.
+template <class Real, std::size_t N>
+std::size_t firstNearer(const std::array<Real, N>& distances, Real here) {
+    std::size_t i = 0;
+    while (i < N && !isNearer(distances[i], here)) ++i;
+    return i;
+}
+inline std::size_t firstNearer(const Vec<Kel32f>& distances, Kel32f here) {
+    const auto nearer = isNearer(distances, Vec<Kel32f>(here));
+    return stdx::any_of(nearer) ? static_cast<std::size_t>(stdx::find_first_set(nearer)) : lanes<Kel32f>;
+}
 
 template <class Weighting, class T, class Width>
 class TreeSearch {
   public:
     TreeSearch(const Codebook<T>& codebook, Width width)
-        : root_(codebook.treeRoot),
-          weights_(codebook.weights),
-          width_(width),
-          rest_(width % Term::kStep, width / Term::kStep * Term::kStep) {}
+        : root_(codebook.treeRoot), centroids_(codebook.weights, width) {}
 
     void run(const StepRows<const T>& rows, std::size_t height, Kel32s* indices) const {
-        // Several vectors go down together, so that the steps of one fill the time that another's wait for its sums.
-        constexpr std::size_t kTogether = 8;
-        const Node* at[kTogether];
         for (std::size_t first = 0; first < height; first += kTogether) {
             const std::size_t n = std::min(kTogether, height - first);
             const auto vector = [&](std::size_t i) { return rows[static_cast<std::ptrdiff_t>(first + i)]; };
+            const Node* at[kTogether];
+            Real here[kTogether];
             std::fill(at, at + n, root_);
-            for (bool descending = true; descending;) {
-                descending = false;
-                for (std::size_t i = 0; i < n; ++i) {
-                    if (at[i]->isLeaf) continue;
-                    at[i] = below(at[i], vector(i));
-                    descending = true;
-                }
-            }
-            for (std::size_t i = 0; i < n; ++i) indices[first + i] = climb(at[i], vector(i))->index;
+            stepByStep(root_->isLeaf ? 0 : n, [&](std::size_t i) {
+                at[i] = below(at[i], vector(i));
+                return !at[i]->isLeaf;
+            });
+            for (std::size_t i = 0; i < n; ++i) here[i] = centroids_.distance(vector(i), at[i]->centroid);
+            stepByStep(n, [&](std::size_t i) {
+                const Node* const next = nearerNeighbour(at[i], vector(i), here[i]);
+                at[i] = next != nullptr ? next : at[i];
+                return next != nullptr;
+            });
+            for (std::size_t i = 0; i < n; ++i) indices[first + i] = at[i]->index;
         }
     }
 
   private:
     using Node = NodeOf<T>;
     using Real = RealOf<T>;
-    using Term = TermOf<Weighting, T>;
-    static constexpr bool kFixedWidth = !std::is_same_v<Width, std::size_t>;
+    using Centroids =
+        std::conditional_t<std::is_same_v<T, Kel32f> && std::is_same_v<Width, std::integral_constant<std::size_t, 2>>,
+                           CentroidPairs<Weighting>, AnyCentroids<Weighting, T, Width>>;
+    static constexpr std::size_t kTogether = 256;
 
-    template <class Centroid>
-    [[gnu::always_inline]] std::array<Real, 4> distancesOf4(const T* vector, const Centroid& centroid) const {
-        const auto item = [&](std::size_t i) { return Item<T>{vector, centroid(i), weights_}; };
-        const auto sums = sumsOf4<Term>(std::array{item(0), item(1), item(2), item(3)}, width_, rest_);
-        return {static_cast<Real>(sums[0]), static_cast<Real>(sums[1]), static_cast<Real>(sums[2]),
-                static_cast<Real>(sums[3])};
+    // Takes vectors 0 .. n - 1 on their ways, a step of each after the other until none goes on, so that the steps of
+    // one fill the time that another's wait for its sums.
+    template <class Step>
+    [[gnu::always_inline]] static void stepByStep(std::size_t n, const Step& step) {
+        std::size_t underway[kTogether];
+        std::iota(underway, underway + n, std::size_t{0});
+        while (n > 0) {
+            std::size_t left = 0;
+            for (std::size_t k = 0; k < n; ++k) {
+                const std::size_t i = underway[k];
+                underway[left] = i;
+                left += step(i);
+            }
+            n = left;
+        }
     }
 
     [[gnu::always_inline]] const Node* below(const Node* node, const T* vector) const {
-        const auto d = distancesOf4(vector, [&](std::size_t i) -> const T* {
-            if constexpr (kFixedWidth) {
-                return static_cast<const T*>(node->fastBlock) + i * width_;
-            } else {
-                return TreeNode<T>::of(node).grandchildren[i];
-            }
-        });
-        return goesLeft(std::min(d[0], d[1]), std::min(d[2], d[3])) ? node->left : node->right;
-    }
-
-    const Node* climb(const Node* leaf, const T* vector) const {
-        auto here = static_cast<Real>(sumOf1<Term>(Item<T>{vector, leaf->centroid, weights_}, width_));
-        while (const Node* const next = nearerNeighbour(leaf, vector, here)) leaf = next;
-        return leaf;
+        const auto d = centroids_.grandchildren(node, vector);
+        const bool left = goesLeft<Real>(std::min<Real>(d[0], d[1]), std::min<Real>(d[2], d[3]));
+        return TreeNode<T>::of(node).children[left ? 0 : 1];  // no branch: it would be predicted wrongly too often
     }
 
     // The first neighbour that is nearer than `here`, which becomes its distance; or null.
-    const Node* nearerNeighbour(const Node* leaf, const T* vector, Real& here) const {
+    [[gnu::always_inline]] const Node* nearerNeighbour(const Node* leaf, const T* vector, Real& here) const {
         const std::size_t count = size(leaf->neighbourCount);
-        for (std::size_t first = 0; first < count; first += 4) {
-            const auto neighbour = [&](std::size_t i) { return std::min(first + i, count - 1); };
-            const auto d = distancesOf4(vector, [&](std::size_t i) -> const T* {
-                if constexpr (kFixedWidth) {
-                    return static_cast<const T*>(leaf->fastBlock) + neighbour(i) * width_;
-                } else {
-                    return leaf->neighbours[neighbour(i)]->centroid;
-                }
-            });
-            for (std::size_t i = 0; i < 4; ++i) {
-                if (!isNearer(d[i], here)) continue;
-                here = d[i];
-                return leaf->neighbours[neighbour(i)];
-            }
+        for (std::size_t first = 0; first < count; first += Centroids::kAtOnce) {
+            const auto d = centroids_.neighbours(leaf, first, vector);
+            const std::size_t i = firstNearer(d, here);
+            if (i == Centroids::kAtOnce) continue;
+            here = d[i];
+            return leaf->neighbours[std::min(first + i, count - 1)];
         }
         return nullptr;
     }
 
     const Node* root_;
-    const T* weights_;
-    Width width_;
-    FirstLanes rest_;
+    Centroids centroids_;
 };
 
 }  // namespace kels

@@ -246,4 +246,21 @@ TEST(VqGrid, LosesNoNearestCodevector) {
     EXPECT_GT(grids, 20);
 }
 
+// Squares that overflow bound nothing: no cell may lose all its codevectors.  Of infinite distances the first one wins.
+TEST(VqGrid, HoldsCodevectorsOfInfiniteDistance) {
+    Random random(29);
+    for (const int width : {1, 2}) {
+        std::vector<Kel32f> vectors;
+        for (int i = 0; i < 300 * width; ++i) vectors.push_back(static_cast<Kel32f>(random.uniform(-2e25, 2e25)));
+        const Owned<Kel32f> codebook(vectors, {}, width, width, 300, kelCdbkExhaustive);
+        Guarded<Kel32s> indices(300), expected(300);
+        ASSERT_EQ(kelsVQ_32f(vectors.data(), width, indices, 300, codebook.get()), 0);
+        ASSERT_EQ(kelsCdbk32VQFull_A6(vectors.data(), width, expected, 300, codebook.get(), width), 0);
+        EXPECT_EQ(indices.vector(), expected.vector());
+        const std::vector<Kel32f> between(2, 1.5e25f);
+        ASSERT_EQ(kelsVQ_32f(between.data(), width, indices, 1, codebook.get()), 0);
+        EXPECT_EQ(indices[0], 0);
+    }
+}
+
 }  // namespace
