@@ -9,6 +9,7 @@
 
 #include "scoring/log_reference.h"
 #include "support/allocation.h"
+#include "support/block.h"
 #include "support/elements.h"
 #include "support/rounding.h"
 
@@ -129,16 +130,14 @@ void forEachEntry(const Body& body) {
 
 // ---- a problem and its reference -----------------------------------------------------------------------------------
 
-// Random arrays for a call with sources of type S and results of type R; all end where memory ends, and what lies
-// between the rows poisons every sum.
+// Random arrays for a call with sources of type S and results of type R.
 template <class S, class R>
 struct Problem {
     const Entry& entry;
     int height, width, step, offset, scaleFactor;
-    Guarded<S> x, m, v;
+    test::Block<S> x, m, v;
     Guarded<R> dets, results;
     Guarded<Kel8u> sign;
-    std::vector<const S*> xRows, mRows, vRows;
     R gConst;
     std::vector<R> before;
     Arguments arguments;
@@ -150,23 +149,12 @@ struct Problem {
           step(w + random.between(0, 3)),
           offset(random.between(0, 13)),
           scaleFactor(scaleFactorOf(e, random)),
-          x(elements(!e.blocks())),
-          m(elements(e.blocks())),
-          v(elements(e.blocks())),
+          x(e.blocks() ? 1 : height, w, step, [&] { return element(e, random, -1); }),
+          m(e.blocks() ? height : 1, w, step, [&] { return element(e, random, -1); }),
+          v(e.blocks() ? height : 1, w, step, [&] { return element(e, random, 0); }),
           dets(height),
           results(e.mixture ? 1 : height),
           sign((offset + height + 7) / 8) {
-        // Sums need scores near each other; all else takes any values.
-        const double spread = std::is_floating_point_v<S> ? 2 : e.scaled ? 2000 : 2;
-        for (auto* block : {&x, &m, &v}) {
-            const double low = block == &v ? 0 : -spread, high = block == &v && e.scaled ? 12 * spread : spread;
-            for (int i = 0; i < static_cast<int>(block->size()); ++i) {
-                S& value = (*block)[i];
-                value = e.add ? static_cast<S>(random.uniform(low, high)) : random.value<S>(3);
-                if (i % step >= width) value = std::is_integral_v<S> ? S(12345) : std::numeric_limits<S>::quiet_NaN();
-                if (e.direct && block == &v && value == 0) value = 1;
-            }
-        }
         const auto constant = [&] { return e.add ? static_cast<R>(random.uniform(-20, 5)) : random.value<R>(6); };
         for (int i = 0; i < height; ++i) dets[i] = constant();
         gConst = constant();
@@ -174,12 +162,9 @@ struct Problem {
         for (auto& result : before) result = random.between(0, 3) ? constant() : R(-4500000);
         const int density = random.between(0, 9);
         for (int i = 0; i < offset + height; ++i) sign[i / 8] |= (random.between(0, 8) < density) << i % 8;
-        point(x, xRows);
-        point(m, mRows);
-        point(v, vRows);
-        arguments.pointers = {{'x', x.data()},     {'m', m.data()},       {'v', v.data()},
-                              {'X', xRows.data()}, {'M', mRows.data()},   {'V', vRows.data()},
-                              {'d', dets.data()},  {'r', results.data()}, {'s', sign.data()}};
+        arguments.pointers = {{'x', x.d2.data()},       {'m', m.d2.data()},       {'v', v.d2.data()},
+                              {'X', x.pointers.data()}, {'M', m.pointers.data()}, {'V', v.pointers.data()},
+                              {'d', dets.data()},       {'r', results.data()},    {'s', sign.data()}};
         arguments.values = {{'p', step}, {'w', width}, {'h', height}, {'o', offset}, {'f', scaleFactor}, {'g', gConst}};
     }
     KelStatus run() {
@@ -187,6 +172,13 @@ struct Problem {
         return entry(arguments);
     }
 
+    // Sums need scores near each other; all else takes any values.
+    static S element(const Entry& e, Random& random, int least) {
+        const double spread = std::is_floating_point_v<S> ? 2 : e.scaled ? 2000 : 2;
+        if (e.add) return static_cast<S>(random.uniform(least * spread, least == 0 && e.scaled ? 12 * spread : spread));
+        const S value = random.value<S>(3);
+        return e.direct && value == 0 ? S(1) : value;
+    }
     static int scaleFactorOf(const Entry& e, Random& random) {
         if (!e.scaled) return 0;
         if (e.add) return random.between(0, 3) + (e.unit ? 20 : 33);
@@ -194,23 +186,13 @@ struct Problem {
         if (e.integer && random.between(0, 3) == 0) return kEnds[random.between(0, 4)];
         return random.between(-2, 40);
     }
-    std::size_t elements(bool block) const { return block ? (height - 1) * step + width : width; }
-    // Rows in descending order, so that a step cannot stand in for them.
-    void point(Guarded<S>& block, std::vector<const S*>& rows) {
-        const bool one = static_cast<int>(block.size()) == width;
-        for (int i = height; i-- > 0;) rows.push_back(block.data() + (one ? 0 : i * step));
-    }
-
-    const S* row(const Guarded<S>& block, const std::vector<const S*>& rows, int g) const {
-        if (static_cast<int>(block.size()) == width) return block.data();
-        return entry.rows ? rows[g] : block.data() + g * step;
-    }
     R constantOf(int g) const { return !entry.blocks() ? gConst : entry.max || entry.add ? dets[g] : before[g]; }
 
     Bounded score(int g) const {
         Quad sum = 0, magnitude = 0;
         for (int i = 0; i < width; ++i) {
-            const Quad d = Quad(row(x, xRows, g)[i]) - Quad(row(m, mRows, g)[i]), weight = row(v, vRows, g)[i];
+            const auto in = [=](const auto& block) { return Quad(block.at(block.height == 1 ? 0 : g, i)); };
+            const Quad d = in(x)-in(m), weight = in(v);
             Quad term = d * d;
             if (entry.unit && entry.low && entry.integer && term >= 0x1p31) term -= 0x1p32;
             if (!entry.unit) term = entry.direct ? term / weight : term * weight;
@@ -306,7 +288,7 @@ TEST(Scores, FloorsTiesAndNaNOfVectorsAtTheMean) {
         for (const auto& [a, b, sum] : cases) {
             Random random(2);
             Problem<S, R> p(entry, random, 2, 5);
-            for (auto* block : {&p.x, &p.m, &p.v}) std::fill_n(block->data(), block->size(), S(1));
+            for (auto* block : {&p.x, &p.m, &p.v}) block->fill(S(1));
             std::fill_n(p.sign.data(), p.sign.size(), Kel8u{0xff});
             std::fill(p.before.begin(), p.before.end(), a);
             std::fill_n(p.dets.data(), p.dets.size(), b);
