@@ -254,12 +254,7 @@ TEST(Scores, FollowTheirFormulasInEveryShape) {
                         << p.height << 'x' << width << " at " << i << ", scale " << p.scaleFactor;
                 }
             };
-            if (entry.integer) {
-                test::inEveryRoundingMode(call, check);
-            } else {
-                call();
-                check();
-            }
+            test::inRoundingModes(entry.integer, call, check);
         }
     });
 }

@@ -72,4 +72,12 @@ void inEveryRoundingMode(Call call) {
     inEveryRoundingMode(call, [] {});
 }
 
+// The same for what rounds in a way of its own in any mode; for anything else in the default mode alone.
+template <class Call, class Check>
+void inRoundingModes(bool every, Call call, Check check) {
+    if (every) return inEveryRoundingMode(call, check);
+    call();
+    check();
+}
+
 }  // namespace test

@@ -89,12 +89,7 @@ TYPED_TEST(VqSearch, FindsTheFirstOfTheNearestAndListsInOrder) {
                 if (i == 0 && !whole) expectLists(src.data(), codebook, exact, scale);
             }
         };
-        if (std::is_integral_v<T>) {
-            test::inEveryRoundingMode(call, check);
-        } else {
-            call();
-            check();
-        }
+        test::inRoundingModes(std::is_integral_v<T>, call, check);
     }
 }
 
