@@ -44,9 +44,7 @@ KelStatus updateWeight(const T* acc, T* weight, int len, T occ, T floor) {
 TYPED_TEST(Update, FormulasToTheBit) {
     using T = TypeParam;
     using std::tuple;
-    const test::Options options = {.scalars = {1.7, 0.3, 100}, .statuses = {0, 11}};
-    test::Options inPlace = options;
-    inPlace.inPlace = true;
+    const test::Options options = {{1.7, 0.3, 100}, false, {0, 11}}, inPlace = {{1.7, 0.3, 100}, true, {0, 11}};
     expectElements([](T a, T m, int, T occ) { return m + a / occ; }, inPlace, F(UpdateMean));
     const auto var = [](T a, T b, T floor, T, int, T p, T q) {
         const T v = b / q - (a / p) * (a / p);
@@ -87,8 +85,6 @@ TEST(UpdateWeights, WeightedSums) {
     expectElements(weightedSum<Kel64f, true, Kel64f>, options, kelsWeightedSumHalf_64f);
     expectElements(weightedSum<Kel16s, true, Kel32f>, options, kelsWeightedSumHalf_16s);
 }
-
-// ---- warnings --------------------------------------------------------------------------------------------------------
 
 // Warnings: all components are floored but one, if any, wherever it is; occupations that are negative or too small.
 TYPED_TEST(Update, FloorsAndOccupations) {

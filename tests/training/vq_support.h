@@ -77,7 +77,6 @@ struct Owned {
     }
     auto* get() const { return record.get(); }
     Kel32s word(int i) const { return reinterpret_cast<const Kel32s*>(get())[i]; }
-    Kel32s depth() const { return word(0); }
     int size() const { return word(1); }
     int width() const { return word(2); }
     std::vector<T> codevectors() const {
