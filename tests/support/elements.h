@@ -15,6 +15,7 @@
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"
+#include "support/rounding.h"
 
 namespace test {
 
@@ -117,7 +118,7 @@ class ElementTest {
             for (auto& x : v) x = anyElement<Element<P>>(random_);
             if constexpr (!std::is_class_v<Element<P>>) {
                 for (auto& x : v) {
-                    if (options_.input) x = static_cast<Element<P>>(options_.input(random_, lastScalar_));
+                    if (options_.input) x = as<Element<P>>(options_.input(random_, lastScalar_));
                 }
             }
         } else {
@@ -125,6 +126,11 @@ class ElementTest {
             v[0] = static_cast<P>(place == lengthPlace() ? static_cast<double>(n) : lastScalar_);
         }
         return v;
+    }
+    template <class T>
+    static T as(double v) {
+        if constexpr (std::is_integral_v<T>) return held<T>(v);
+        return static_cast<T>(v);
     }
     template <class P>
     static P argument(void* p) {
