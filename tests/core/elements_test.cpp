@@ -31,9 +31,9 @@ TEST(Elements, FillAndCopy) {
 // Around the size from which the caches are passed by.
 TEST(Elements, FillsOfMegabytes) {
     for (const std::size_t n : {(1 << 20) - 1, 1 << 20, (1 << 20) + 77}) {
-        test::Guarded<Kel32f> dst(n);
+        test::Guarded<Kel32f> dst(n + 13);
         EXPECT_EQ(kelsSet_32f(0.1f, dst, static_cast<int>(n)), 0);
-        EXPECT_EQ(std::count(dst.data(), dst.data() + n, 0.1f), static_cast<std::ptrdiff_t>(n));
+        EXPECT_EQ(std::count(dst.data(), dst.data() + n + 13, 0.1f), static_cast<std::ptrdiff_t>(n));
     }
 }
 
