@@ -66,36 +66,30 @@ TEST_F(Cpu, SimdControlWord) {
 }
 
 TEST_F(Cpu, X87ControlWord) {
-    const unsigned before = x87Word();
-    kel_set_rcpc_fpu(0x0600 | 0x003f);  // down, 53 bits; the masks stay
-    EXPECT_EQ(x87Word(), (before & ~0x0f00u) | 0x0600u);
     kel_set_cw_fpu(0x0f7f);
     EXPECT_EQ(x87Word(), 0x0f7fu);
+    kel_set_rcpc_fpu(0x0600 | 0x003f);  // down, 53 bits; the masks stay
+    EXPECT_EQ(x87Word(), 0x067fu);
 }
 
+// Each field alone: what is set in it, and the exceptions that stay masked.
 TEST_F(Cpu, SymbolsOfTheX87Words) {
-    kel_set_cw_fpu(0x037f);
-    EXPECT_EQ(kel_control87(~0u, 0), unsigned{kelFpuExceptionMask} | kelFpuPrecision64 | kelFpuRoundNearest);
-    EXPECT_EQ(x87Word(), 0x037fu);
-    for (const auto& [symbol, mask, hardware] :
-         std::vector<std::array<unsigned, 3>>{{kelFpuRoundDown, kelFpuRoundMask, 0x077f},
-                                              {kelFpuRoundUp, kelFpuRoundMask, 0x0b7f},
-                                              {kelFpuRoundChop, kelFpuRoundMask, 0x0f7f},
-                                              {kelFpuPrecision53, kelFpuPrecisionMask, 0x027f},
-                                              {kelFpuPrecision24, kelFpuPrecisionMask, 0x007f},
-                                              {kelFpuAffineInfinity, kelFpuAffineInfinity, 0x137f},
-                                              {0, kelFpuInvalid, 0x037e},
-                                              {0, kelFpuDenormal, 0x037d},
-                                              {0, kelFpuZeroDivide, 0x037b},
-                                              {0, kelFpuOverflow, 0x0377},
-                                              {0, kelFpuUnderflow, 0x036f},
-                                              {0, kelFpuInexact, 0x035f}}) {
+    const auto expect = [](unsigned symbol, unsigned mask, unsigned hardware) {
         kel_set_cw_fpu(0x037f);
         const unsigned word = kel_control87(symbol, mask);
         EXPECT_EQ(word & (mask | kelFpuExceptionMask), symbol | (~mask & kelFpuExceptionMask));
         EXPECT_EQ(x87Word(), hardware);
-        EXPECT_EQ(kel_control87(0, 0), word);
-    }
+        EXPECT_EQ(kel_control87(~0u, 0), word);
+    };
+    expect(kelFpuRoundDown, kelFpuRoundMask, 0x077f);
+    expect(kelFpuRoundUp, kelFpuRoundMask, 0x0b7f);
+    expect(kelFpuRoundChop, kelFpuRoundMask, 0x0f7f);
+    expect(kelFpuPrecision53, kelFpuPrecisionMask, 0x027f);
+    expect(kelFpuPrecision24, kelFpuPrecisionMask, 0x007f);
+    expect(kelFpuAffineInfinity, kelFpuAffineInfinity, 0x137f);
+    const unsigned exceptions[] = {kelFpuInvalid,  kelFpuDenormal,  kelFpuZeroDivide,
+                                   kelFpuOverflow, kelFpuUnderflow, kelFpuInexact};
+    for (int bit = 0; bit < 6; ++bit) expect(0, exceptions[bit], 0x037f - (1 << bit));
 }
 
 TEST_F(Cpu, StatusAndItsClearing) {
@@ -112,13 +106,10 @@ TEST_F(Cpu, StatusAndItsClearing) {
 }
 
 TEST(Classification, OfDoubles) {
-    using Limits = std::numeric_limits<double>;
-    for (const double x : {0.0, 1.0, Limits::denorm_min(), Limits::max(), Limits::infinity(), Limits::quiet_NaN(),
-                           std::bit_cast<double>(0x7ff0000000000001u), std::bit_cast<double>(0x7fffffffffffffffu)}) {
-        for (const double y : {x, -x}) {
-            EXPECT_EQ(kel_isnan(y), std::isnan(y)) << y;
-            EXPECT_EQ(kel_finite(y), std::isfinite(y)) << y;
-        }
+    const double inf = HUGE_VAL, quiet = std::nan(""), signalling = std::bit_cast<double>(0x7ff0000000000001u);
+    for (const double x : {0.0, 1.0, 5e-324, 1e308, inf, -inf, quiet, -quiet, signalling}) {
+        EXPECT_EQ(kel_isnan(x), std::isnan(x)) << x;
+        EXPECT_EQ(kel_finite(x), std::isfinite(x)) << x;
     }
 }
 

@@ -102,7 +102,7 @@ std::vector<T> stream(const Form<T>& form, const std::vector<T>& x, const std::v
         all.resize(all.size() - rows.size());
         rows.resize(rows.size() + heights[b] * step, kUnwritten);
         Guarded<T> out(rows, Edge(b % 2));
-        inRoundingModesOf<T>([&] {
+        inRoundingModes(std::is_integral_v<T>, [&] {
             EXPECT_EQ(form.run(in.data(), values.data(), width, out, step, heights[b], mode, sf), kelStatusOk);
         });
         all.insert(all.end(), out.data(), out.data() + out.size());

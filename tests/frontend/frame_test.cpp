@@ -26,7 +26,7 @@ void checkOffset(KelStatus (*form)(const T*, T*, int, T*, T, V), V val, First fi
         std::vector<T> expected{first(val, dstLast, x[0], srcLast)};
         for (std::size_t n = 1; n < len; ++n) expected.push_back(next(val, expected[n - 1], x[n], x[n - 1]));
         const Guarded<T> src(x, Edge(len % 2));
-        inRoundingModesOf<T>([&] {
+        inRoundingModes(std::is_integral_v<T>, [&] {
             Guarded<T> y(len), last{srcLast};
             EXPECT_EQ(form(src.data(), y, static_cast<int>(len), last, dstLast, val), kelStatusOk);
             EXPECT_EQ(y.vector(), expected) << val;
@@ -105,7 +105,7 @@ void checkEnergy(Own* own, Running* running, Peak... peak) {
                 const Kel32f e = x[k * step] < floor ? floor : x[k * step];
                 expected[k * step] = stored<T>((sizeof...(peak) ? (0 + ... + peak) : 1) - (top - e) * scale);
             }
-            inRoundingModesOf<T>([&] {
+            inRoundingModes(std::is_integral_v<T>, [&] {
                 Guarded<T> y(x);
                 const KelStatus status = told ? running(y, step, height, silFloor, maxE, peak..., scale)
                                               : own(y, step, height, silFloor, peak..., scale);

@@ -1,155 +1,151 @@
-// Scores with block-diagonal inverse covariances.
-#include <gtest/gtest.h>
+// Matrices of blocks, and scores with block-diagonal inverse covariances.
 #include <kels.h>
 
-#include <algorithm>
-#include <cmath>
+#include <deque>
 #include <numeric>
-#include <vector>
 
-#include "core/memory.h"
 #include "support/allocation.h"
+#include "support/checks.h"
 #include "support/guarded.h"
+#include "support/numeric.h"
 #include "support/random.h"
+#include "support/rounding.h"
 
 namespace {
 
-using namespace kels;
 using test::Guarded;
 using Quad = __float128;
 
-BlockMatrix<Kel16s>* build(const std::vector<Kel32s>& sizes, Kel16s) {
-    return allocMatrix_16s(sizes.data(), static_cast<int>(sizes.size()));
-}
-BlockMatrix<Kel32f>* build(const std::vector<Kel32s>& sizes, Kel32f) {
-    return allocMatrix_32f(sizes.data(), static_cast<int>(sizes.size()));
-}
-BlockMatrix<Kel64f>* build(const std::vector<Kel32s>& sizes, Kel64f) {
-    return allocMatrix_64f(sizes.data(), static_cast<int>(sizes.size()));
-}
+template <class T>
+struct Blocks;
+#define BLOCKS(type)                                                   \
+    template <>                                                        \
+    struct Blocks<Kel##type> {                                         \
+        using Matrix = KelBlockDMatrix_##type;                         \
+        static constexpr auto make = kelsBlockDMatrixInitAlloc_##type; \
+        static constexpr auto free = kelsBlockDMatrixFree_##type;      \
+    }
+BLOCKS(16s);
+BLOCKS(32f);
+BLOCKS(64f);
 
 // A model of blocks of the given sizes and a vector; S and the sum of the magnitudes of its terms.
 template <class T>
 struct Model {
-    Model(test::Random& random, const std::vector<Kel32s>& blockSizes)
+    explicit Model(const std::vector<int>& blockSizes)
         : sizes(blockSizes),
           len(std::accumulate(sizes.begin(), sizes.end(), 0)),
-          x(random.vector<T>(static_cast<std::size_t>(len), 2)),
-          mean(random.vector<T>(static_cast<std::size_t>(len), 2)),
-          matrix(build(sizes, T())) {
+          x(random.vector<T>(len, 2)),
+          mean(random.vector<T>(len, 2)) {
         int start = 0;
         for (const int n : sizes) {
             for (int r = start; r < start + n; ++r) {
-                Quad product = 0, magnitude = 0;
+                rows.push_back(values.emplace_back(random.vector<T>(n, 2)).data());
+                const Quad distance = Quad(x[r]) - Quad(mean[r]);
                 for (int c = 0; c < n; ++c) {
-                    const T value = matrix->rowPointers[r][c] = random.value<T>(2);
                     Quad d = Quad(x[start + c]) - Quad(mean[start + c]);
                     if constexpr (std::is_integral_v<T>) d = std::clamp(x[start + c] - mean[start + c], -32768, 32767);
-                    product += value * d;
-                    magnitude += value * d < 0 ? -value * d : value * d;
+                    const Quad term = distance * (rows[r][c] * d);
+                    sum += term;
+                    magnitudes += term < 0 ? -term : term;
                 }
-                const Quad d = Quad(x[r]) - Quad(mean[r]);
-                sum += d * product;
-                magnitudes += (d < 0 ? -d : d) * magnitude;
             }
             start += n;
         }
+        EXPECT_EQ(Blocks<T>::make(&matrix, rows.data(), sizes.data(), static_cast<int>(sizes.size())), 0);
     }
-    ~Model() { kelsFree(matrix->rawBlock); }
+    ~Model() { EXPECT_EQ(Blocks<T>::free(matrix), 0); }
 
-    std::vector<Kel32s> sizes;
+    test::Random random;
+    std::vector<int> sizes;
     int len;
     Guarded<T> x, mean;
-    BlockMatrix<T>* matrix;
+    std::deque<Guarded<T>> values;
+    std::vector<const T*> rows;
+    typename Blocks<T>::Matrix* matrix = nullptr;
     Quad sum = 0, magnitudes = 0;
 };
 
-const std::vector<std::vector<Kel32s>> kSizes = {{1}, {5, 1, 2}, {39}, {13, 13, 13}, {111}, {100, 12}, {1, 127}};
-
-// |got - (gConst - factor * sum)| within the roundings of differences, products and the result.
-template <class R, class T>
-void expectNear(R got, const Model<T>& model, R constant, long double factor, long double rounding) {
-    const Quad exact = constant - model.sum * factor;
-    const Quad error = got > exact ? got - exact : exact - got;
-    const Quad last = std::numeric_limits<R>::epsilon() / 2 * (1 + 0x1p-9L) * (exact < 0 ? -exact : exact);
-    EXPECT_LE(error, rounding * model.magnitudes * factor + last) << static_cast<double>(exact) << " len " << model.len;
+// |result - (-3.7 - factor * sum)| within the roundings of differences, products and the result.
+template <class T, class R, class F, class... Scale>
+void expectScore(F f, R, const Model<T>& model, long double factor, long double rounding, Scale... scaleFactor) {
+    R got;
+    const R constant = static_cast<R>(-3.7);
+    ASSERT_EQ(f(model.x.data(), model.mean.data(), model.matrix, model.len, &got, constant, scaleFactor...), 0);
+    const auto exact = static_cast<long double>(constant - model.sum * factor);
+    const long double last = std::numeric_limits<R>::epsilon() / 2 * (1 + 0x1p-9L) * std::fabs(exact);
+    EXPECT_TRUE(test::near(got, exact, rounding * static_cast<long double>(model.magnitudes) * factor + last));
 }
 
 TEST(GaussCovariance, ScoresAreQuadraticFormsOfTheBlocks) {
-    test::Random random(1);
-    for (const auto& sizes : kSizes) {
-        Kel32f f;
-        Kel64f d;
-        const Model<Kel32f> single(random, sizes);
-        const auto* const matrix32 = reinterpret_cast<const KelBlockDMatrix_32f*>(single.matrix);
-        const int len = single.len;
-        ASSERT_EQ(kelsLogGaussSingle_BlockDVar_32f(single.x.data(), single.mean.data(), matrix32, len, &f, -3.7f), 0);
-        expectNear(f, single, -3.7f, 0.5L, 4 * 0x1p-24L);
-        ASSERT_EQ(kelsLogGaussSingle_BlockDVar_32f64f(single.x.data(), single.mean.data(), matrix32, len, &d, -3.7), 0);
-        expectNear(d, single, -3.7, 0.5L, (len + 8) * 0x1p-64L);
-
-        const Model<Kel64f> wide(random, sizes);
-        const auto* const matrix64 = reinterpret_cast<const KelBlockDMatrix_64f*>(wide.matrix);
-        ASSERT_EQ(kelsLogGaussSingle_BlockDVar_64f(wide.x.data(), wide.mean.data(), matrix64, len, &d, -3.7), 0);
-        expectNear(d, wide, -3.7, 0.5L, (len + 8) * 0x1p-64L);
-
-        const Model<Kel16s> shorts(random, sizes);
-        const auto* const matrix16 = reinterpret_cast<const KelBlockDMatrix_16s*>(shorts.matrix);
-        const Kel16s *const x = shorts.x.data(), *const mean = shorts.mean.data();
-        ASSERT_EQ(kelsLogGaussSingle_BlockDVarScaled_16s32f(x, mean, matrix16, len, &f, -3.7f, 9), 0);
-        expectNear(f, shorts, -3.7f, 0x1p-10L, (len + 8) * 0x1p-53L);
-        ASSERT_EQ(kelsLogGaussSingle_BlockDVar_16s32f(x, mean, matrix16, len, &f, -3.7f), 0);
-        expectNear(f, shorts, -3.7f, 0.5L, (len + 8) * 0x1p-53L);
+    for (const std::vector<int>& sizes :
+         {std::vector{1}, {5, 1, 2}, {39}, {13, 13, 13}, {13, 1, 26}, {111}, {100, 12}, {1, 127}}) {
+        const Model<Kel32f> single(sizes);
+        const Model<Kel64f> wide(sizes);
+        const Model<Kel16s> shorts(sizes);
+        const long double extended = (single.len + 8) * 0x1p-64L, exact = (single.len + 8) * 0x1p-53L;
+        expectScore(kelsLogGaussSingle_BlockDVar_32f, Kel32f(), single, 0.5L, 4 * 0x1p-24L);
+        expectScore(kelsLogGaussSingle_BlockDVar_32f64f, Kel64f(), single, 0.5L, extended);
+        expectScore(kelsLogGaussSingle_BlockDVar_64f, Kel64f(), wide, 0.5L, extended);
+        expectScore(kelsLogGaussSingle_BlockDVar_16s32f, Kel32f(), shorts, 0.5L, exact);
+        expectScore(kelsLogGaussSingle_BlockDVarScaled_16s32f, Kel32f(), shorts, 0x1p-10L, exact, 9);
         for (const int scale : {20, 28, 34, -1}) {
             Kel32s i;
-            ASSERT_EQ(kelsLogGaussSingle_BlockDVar_16s32s_Sfs(x, mean, matrix16, len, &i, 7, scale), 0);
-            const long double score = 7 - std::floor(std::ldexp(static_cast<long double>(shorts.sum), -scale - 1));
-            EXPECT_EQ(i, static_cast<Kel32s>(std::clamp<long double>(score, INT32_MIN, INT32_MAX))) << scale;
+            ASSERT_EQ(kelsLogGaussSingle_BlockDVar_16s32s_Sfs(shorts.x.data(), shorts.mean.data(), shorts.matrix,
+                                                              shorts.len, &i, 7, scale),
+                      0);
+            EXPECT_EQ(i, test::saturated<Kel32s>(
+                             7 - std::floor(test::scaled(static_cast<long double>(shorts.sum), scale + 1))));
         }
     }
 }
 
-// Runs one form with every fault of its own.
-template <class T, class R, class Matrix, class Call>
-void expectFaults(Call call, const Matrix*) {
-    test::Random random(2);
-    const Model<T> small(random, {3, 2}), large(random, {112});
-    const auto* const matrix = reinterpret_cast<const Matrix*>(small.matrix);
-    const T *const x = small.x.data(), *const mean = small.mean.data();
+// The length of the vector, memory for long ones, and nothing written.
+template <class T, class R, class... Scale>
+void expectFaults(KelStatus (*f)(const T*, const T*, const typename Blocks<T>::Matrix*, int, R*, R, Scale...),
+                  Scale... scale) {
+    test::expectNullChecks(f);
+    const Model<T> small({3, 2}), large({112});
     R out = 77;
-    EXPECT_EQ(call(static_cast<const T*>(nullptr), mean, matrix, 0, &out), kelStatusNullPtr);
-    EXPECT_EQ(call(x, static_cast<const T*>(nullptr), matrix, 0, &out), kelStatusNullPtr);
-    EXPECT_EQ(call(x, mean, static_cast<const Matrix*>(nullptr), 0, &out), kelStatusNullPtr);
-    EXPECT_EQ(call(x, mean, matrix, 0, static_cast<R*>(nullptr)), kelStatusNullPtr);
-    for (const int len : {0, -1, 4, 6}) EXPECT_EQ(call(x, mean, matrix, len, &out), kelStatusSize);
-    EXPECT_EQ(out, 77);
+    const auto call = [&](const Model<T>& m, int len) {
+        return f(m.x.data(), m.mean.data(), m.matrix, len, &out, 0, scale...);
+    };
+    for (const int len : {0, 4, 6}) EXPECT_EQ(call(small, len), kelStatusSize);
     const test::AllocationWatch watch(0);
-    EXPECT_EQ(call(x, mean, matrix, 5, &out), kelStatusOk);
-    out = 77;
-    EXPECT_EQ(call(large.x.data(), large.mean.data(), reinterpret_cast<const Matrix*>(large.matrix), 112, &out),
-              kelStatusNoMemory);
+    EXPECT_EQ(call(large, 112), kelStatusNoMemory);
     EXPECT_EQ(out, 77);
-    EXPECT_EQ(watch.calls(), 1);
-    EXPECT_EQ(call(large.x.data(), large.mean.data(), reinterpret_cast<const Matrix*>(large.matrix), 112, &out),
-              kelStatusOk);
+    EXPECT_EQ(call(large, 112), kelStatusOk);
     EXPECT_EQ(watch.unreleased(), 0);
 }
 
 TEST(GaussCovariance, FaultsAreReportedInOrder) {
-    const KelBlockDMatrix_16s* const m16 = nullptr;
-    const KelBlockDMatrix_32f* const m32 = nullptr;
-    const KelBlockDMatrix_64f* const m64 = nullptr;
-    const auto plain = [](auto function, auto... more) {
-        return [=](auto x, auto mean, auto matrix, int len, auto* out) {
-            return function(x, mean, matrix, len, out, 0, more...);
-        };
-    };
-    expectFaults<Kel32f, Kel32f>(plain(kelsLogGaussSingle_BlockDVar_32f), m32);
-    expectFaults<Kel32f, Kel64f>(plain(kelsLogGaussSingle_BlockDVar_32f64f), m32);
-    expectFaults<Kel64f, Kel64f>(plain(kelsLogGaussSingle_BlockDVar_64f), m64);
-    expectFaults<Kel16s, Kel32f>(plain(kelsLogGaussSingle_BlockDVar_16s32f), m16);
-    expectFaults<Kel16s, Kel32f>(plain(kelsLogGaussSingle_BlockDVarScaled_16s32f, 3), m16);
-    expectFaults<Kel16s, Kel32s>(plain(kelsLogGaussSingle_BlockDVar_16s32s_Sfs, 3), m16);
+    expectFaults(kelsLogGaussSingle_BlockDVar_32f);
+    expectFaults(kelsLogGaussSingle_BlockDVar_32f64f);
+    expectFaults(kelsLogGaussSingle_BlockDVar_64f);
+    expectFaults(kelsLogGaussSingle_BlockDVar_16s32f);
+    expectFaults(kelsLogGaussSingle_BlockDVarScaled_16s32f, 3);
+    expectFaults(kelsLogGaussSingle_BlockDVar_16s32s_Sfs, 3);
+}
+
+template <class T>
+class BlockMatrices : public testing::Test {};
+using BlockTypes = testing::Types<Kel16s, Kel32f, Kel64f>;
+TYPED_TEST_SUITE(BlockMatrices, BlockTypes);
+
+TYPED_TEST(BlockMatrices, FailuresLeaveThePointerAlone) {
+    using T = TypeParam;
+    const T value[3] = {};
+    const T* rows[] = {value, value, value, value, value};
+    typename Blocks<T>::Matrix* matrix = nullptr;
+    const int good[] = {2, 3}, bad[] = {2, 0}, large[] = {32767, 1};  // a row more than can be counted
+    test::expectVectorChecks({-8, -6}, Blocks<T>::make);
+    test::expectNullChecks(Blocks<T>::free);
+    const test::AllocationWatch watch(0);
+    EXPECT_EQ(Blocks<T>::make(&matrix, rows, bad, 2), -6);  // sizes come before memory
+    EXPECT_EQ(Blocks<T>::make(&matrix, rows, good, 2), -9);
+    EXPECT_EQ(Blocks<T>::make(&matrix, rows, large, 2), -9);
+    EXPECT_EQ(matrix, nullptr);
+    EXPECT_EQ(watch.unreleased(), 0);
 }
 
 }  // namespace

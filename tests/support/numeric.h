@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <bit>
 #include <cfenv>
 #include <cmath>
@@ -52,20 +51,6 @@ inline ::testing::AssertionResult near(long double got, long double exact, long 
     return ::testing::AssertionFailure() << got << " instead of " << exact << ", bound " << bound;
 }
 
-// A whole number as an integer type T holds it, any number as T holds it, and v * 2^-scaleFactor for any scale factor.
-template <class T>
-T saturated(long double v) {
-    return static_cast<T>(std::clamp<long double>(v, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
-}
-template <class T>
-T nearest(long double v) {
-    if constexpr (std::is_integral_v<T>) return saturated<T>(std::nearbyint(v));
-    if constexpr (!std::is_integral_v<T>) return static_cast<T>(v);
-}
-inline long double scaled(long double v, int scaleFactor) {
-    return std::ldexp(v, -std::clamp(scaleFactor, -300, 300));
-}
-
 // The value made opaque to the optimiser, so that it is computed in the rounding mode of this moment.
 template <class T>
 T opaque(T v) {
@@ -90,11 +75,13 @@ void inEveryRoundingMode(Call call) {
     inEveryRoundingMode(call, [] {});
 }
 
-// In the default mode, and if T is an integer type in every other one.
-template <class T, class Call>
-void inRoundingModesOf(Call call) {
+// The same for what rounds in a way of its own in any mode; for anything else in the default mode alone.
+template <class Call, class Check = void (*)()>
+void inRoundingModes(
+    bool every, Call call, Check check = [] {}) {
+    if (every) return inEveryRoundingMode(call, check);
     call();
-    if (std::is_integral_v<T>) inEveryRoundingMode(call);
+    check();
 }
 
 }  // namespace test

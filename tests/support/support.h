@@ -14,3 +14,4 @@
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"
+#include "support/rounding.h"

@@ -13,6 +13,10 @@ using test::Owned;
 using test::Random;
 using test::Vq;
 
+// By the element type T and the type or width of indices.
+#define SPLIT(bits) std::get<sizeof(T) == 2>(std::tuple(&kelsSplitVQ_32f##bits, &kelsSplitVQ_16s##bits))
+#define FORM(bits) std::get<sizeof(T) == 2>(std::tuple(&kelsFormVectorVQ_##bits##32f, &kelsFormVectorVQ_##bits##16s))
+
 template <class T>
 class VqSplit : public ::testing::Test {};
 using ElementTypes = ::testing::Types<Kel32f, Kel16s>;
@@ -40,15 +44,12 @@ struct Parts {
     }
 };
 
-// Rows go through indices in every form; each row begins `spare` places or bits behind the one before.
+// Rows go through indices in every form; each row begins `spare` places or bits behind the one before.  What is expected
+// comes from each codebook for itself.
 template <class T>
 void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
     const int n = static_cast<int>(parts.owned.size()), step = parts.width + 3, wholeStep = n + spare;
     const int bitStep = std::max(1, parts.bits + spare), places = (height - 1) * step + parts.width;
-    SCOPED_TRACE(::testing::Message() << n << " streams, " << height << " rows, " << spare << " spare places");
-    auto** const codebooks = parts.codebooks.data();
-
-    // What is expected, by each codebook for itself.
     const Guarded<T> src(test::smallIntegers<T>(random, places, -900, 900));
     std::vector<Kel16s> indices((height - 1) * wholeStep + n, 77);
     std::vector<T> vectors(places, T(99));
@@ -58,41 +59,36 @@ void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
         for (int k = 0; k < n; ++k) {
             const Owned<T>& codebook = parts.owned[k];
             Kel32s index = -1;
-            ASSERT_EQ(Vq<T>::quantise(src.data() + column, codebook.width(), &index, 1, codebook.get()), 0);
+            ASSERT_EQ(VQ(VQ)(src.data() + column, codebook.width(), &index, 1, codebook.get()), 0);
             indices[r * wholeStep + k] = static_cast<Kel16s>(index);
-            const auto all = codebook.codevectors();
-            std::copy_n(&all[index * codebook.width()], codebook.width(), &vectors[column]);
+            std::copy_n(&codebook.codevectors()[index * codebook.width()], codebook.width(), &vectors[column]);
             column += codebook.width();
             for (int left = bitsOf(codebook.size()) - 1; left >= 0; --left, ++bit) {
                 bits[bit / 8] |= (index >> left & 1) << (7 - bit % 8);
             }
         }
     }
-
-    const auto expect = [&](auto split, auto form, int packedStep, auto& packed, const auto& expected) {
-        ASSERT_EQ(split(src.data(), step, packed, packedStep, height, codebooks, n), 0);
+    const auto expect = [&]<class I>(auto split, auto form, int packedStep, const std::vector<I>& expected,
+                                     int before) {
+        Guarded<I> packed(std::vector<I>(expected.size(), static_cast<I>(before)));
+        ASSERT_EQ(split(src.data(), step, packed, packedStep, height, parts.codebooks.data(), n), 0);
         ASSERT_EQ(packed.vector(), expected);
         Guarded<T> dst(std::vector<T>(places, T(99)));
-        ASSERT_EQ(form(packed, packedStep, dst, step, height, codebooks, n), 0);
-        ASSERT_EQ(dst.vector(), vectors);
+        ASSERT_EQ(form(packed, packedStep, dst, step, height, parts.codebooks.data(), n), 0);
+        ASSERT_EQ(dst.vector(), vectors) << n << " streams, " << height << " rows, " << spare << " spare places";
     };
-    const std::vector<Kel8u> bytes(indices.begin(), indices.end());
-    Guarded<Kel16s> words(std::vector<Kel16s>(indices.size(), 77));
-    Guarded<Kel8u> narrow(std::vector<Kel8u>(indices.size(), 77)), packed(std::vector<Kel8u>(bits.size(), 0xff));
-    expect(Vq<T>::split16s, Vq<T>::form16s, wholeStep, words, indices);
-    expect(Vq<T>::split8u, Vq<T>::form8u, wholeStep, narrow, bytes);
-    expect(Vq<T>::split1u, Vq<T>::form1u, bitStep, packed, bits);
+    expect(SPLIT(16s), FORM(16s), wholeStep, indices, 77);
+    expect(SPLIT(8u), FORM(8u), wholeStep, std::vector<Kel8u>(indices.begin(), indices.end()), 77);
+    expect(SPLIT(1u), FORM(1u), bitStep, bits, 0xff);
 }
 
 TYPED_TEST(VqSplit, StoresIndicesAndBringsTheirVectorsBack) {
-    using T = TypeParam;
     Random random(43);
-    const std::vector<std::vector<std::array<int, 3>>> cuts = {{{3, 5, 1}},
-                                                               {{1, 1, 1}},
-                                                               {{2, 40, 1}, {3, 1, 1}, {4, 256, 3}},
-                                                               {{1, 2, 2}, {8, 129, 2}, {5, 33, 1}, {2, 3, 3}}};
-    for (const auto& cut : cuts) {
-        Parts<T> parts(random, cut);
+    Parts<TypeParam> all[] = {{random, {{3, 5, 1}}},
+                              {random, {{1, 1, 1}}},
+                              {random, {{2, 40, 1}, {3, 1, 1}, {4, 256, 3}}},
+                              {random, {{1, 2, 2}, {8, 129, 2}, {5, 33, 1}, {2, 3, 3}}}};
+    for (auto& parts : all) {
         for (const int height : {1, 3, 300}) {
             for (const int spare : {0, 1, 11}) expectRoundTrip(parts, random, height, spare);
         }
@@ -101,104 +97,79 @@ TYPED_TEST(VqSplit, StoresIndicesAndBringsTheirVectorsBack) {
 
 TYPED_TEST(VqSplit, ChecksInOrder) {
     using T = TypeParam;
-    using test::Places;
-    test::expectChecks<Places{-1, -1, 6}>({-8, -6}, 1, Vq<T>::split16s, Vq<T>::split8u, Vq<T>::split1u, Vq<T>::form16s,
-                                          Vq<T>::form8u, Vq<T>::form1u);
+    test::expectChecks<test::Places{-1, -1, 6}>({-8, -6}, 1, SPLIT(16s), SPLIT(8u), SPLIT(1u), FORM(16s), FORM(8u),
+                                                FORM(1u));
     Random random(47);
     Parts<T> parts(random, {{2, 5, 1}, {1, 300, 1}});
     auto** const codebooks = parts.codebooks.data();
     typename Vq<T>::Codebook* holed[] = {codebooks[0], nullptr};
     const T src[8] = {};
-    Kel16s words[8];
-    Kel8u bytes[8];
-    T dst[8];
-    std::fill(words, words + 8, Kel16s(-7));
-    std::fill(bytes, bytes + 8, Kel8u(7));
-    const auto split = [&](int step, int dstStep, int height, auto** c, int n) {
-        return Vq<T>::split16s(src, step, words, dstStep, height, c, n);
+    Kel16s words[8] = {4, 299, 4, 300};  // one index too large, in the last row
+    Kel8u bits[] = {0xff, 0xff};         // index 7 of 5
+    T dst[8] = {9};
+    const auto split = [&](int step, int dstStep, int height, auto** c) {
+        return SPLIT(16s)(src, step, words, dstStep, height, c, 2);
     };
-    EXPECT_EQ(split(0, 2, 1, holed, 2), kelStatusNullPtr);
-    for (const auto& [step, dstStep, height] : {std::array{3, 0, 1}, {3, 2, 0}, {2, 2, 1}, {3, 1, 1}}) {
-        EXPECT_EQ(split(step, dstStep, height, codebooks, 2), kelStatusSize);
-    }
-    EXPECT_EQ(Vq<T>::split8u(src, 3, bytes, 2, 1, codebooks, 2), kelStatusSize) << "300 codevectors in bytes";
-    EXPECT_EQ(Vq<T>::split1u(src, 3, bytes, 11, 1, codebooks, 2), kelStatusSize) << "12 bits";
-    EXPECT_EQ(words[0], -7);
-    EXPECT_EQ(bytes[0], 7);
-    EXPECT_EQ(Vq<T>::split1u(src, 3, bytes, 12, 1, codebooks, 2), 0);
-
-    // One index too large, in the last row: nothing is written.
-    std::fill(dst, dst + 8, T(9));
-    const auto form = [&](Kel16s* indices, int step, int dstStep, int height, auto** c, int n) {
-        return Vq<T>::form16s(indices, step, dst, dstStep, height, c, n);
+    const auto form = [&](int dstStep, int step, int height, auto** c) {
+        return FORM(16s)(words, step, dst, dstStep, height, c, 2);
     };
-    for (const Kel16s beyond : {300, -1}) {
-        Kel16s indices[] = {4, 299, 4, beyond};
-        EXPECT_EQ(form(indices, 2, 3, 2, codebooks, 2), kelStatusSize);
-        EXPECT_EQ(std::count(dst, dst + 8, T(9)), 8);
+    for (const auto& [step, indexStep, height] : {std::array{3, 0, 1}, {3, 2, 0}, {2, 2, 1}, {3, 1, 1}}) {
+        EXPECT_EQ(split(step, indexStep, height, codebooks), kelStatusSize);
+        EXPECT_EQ(form(step, indexStep, height, codebooks), kelStatusSize);
     }
-    EXPECT_EQ(form(words, 0, 3, 1, holed, 2), kelStatusNullPtr);
-    for (const auto& [step, dstStep, height] : {std::array{0, 3, 1}, {2, 3, 0}, {2, 2, 1}, {1, 3, 1}}) {
-        EXPECT_EQ(form(words, step, dstStep, height, codebooks, 2), kelStatusSize);
-    }
-    EXPECT_EQ(Vq<T>::form1u(bytes, 11, dst, 3, 1, codebooks, 2), kelStatusSize);
-    Kel8u beyond[] = {0xff, 0xff};  // index 7 of 5
-    EXPECT_EQ(Vq<T>::form1u(beyond, 12, dst, 3, 1, codebooks, 2), kelStatusSize);
+    EXPECT_EQ(split(0, 2, 1, holed), kelStatusNullPtr);
+    EXPECT_EQ(form(0, 2, 1, holed), kelStatusNullPtr);
+    EXPECT_EQ(form(3, 2, 2, codebooks), kelStatusSize);
+    words[3] = -1;
+    EXPECT_EQ(form(3, 2, 2, codebooks), kelStatusSize);
+    EXPECT_EQ(SPLIT(8u)(src, 3, bits, 2, 1, codebooks, 2), kelStatusSize) << "300 codevectors in bytes";
+    EXPECT_EQ(SPLIT(1u)(src, 3, bits, 11, 1, codebooks, 2), kelStatusSize) << "12 bits";
+    EXPECT_EQ(FORM(1u)(bits, 11, dst, 3, 1, codebooks, 2), kelStatusSize);
+    EXPECT_EQ(FORM(1u)(bits, 12, dst, 3, 1, codebooks, 2), kelStatusSize);
+    EXPECT_TRUE(dst[0] == 9 && bits[0] == 0xff && words[0] == 4);
 }
 
 // ---- plain tables --------------------------------------------------------------------------------------------------
 
-// A form that takes N index arrays.
-template <class I, class T, std::size_t N, class Form>
-void checkPlain(Form form) {
+// A form that takes as many index arrays as v counts; calls with an index outside, a width or step of 0, a null table.
+template <class T, class I, class Form, std::size_t... v>
+void checkPlain(Form form, std::index_sequence<v...>) {
     Random random(53);
     const int heights[] = {3, 100, 1}, widths[] = {2, 5, 1}, steps[] = {2, 7, 4}, zero[] = {2, 0, 1};
     const Guarded<T> first(random.vector<T>(6)), second(random.vector<T>(99 * 7 + 5)), third(random.vector<T>(1));
     const T *tables[] = {first.data(), second.data(), third.data()}, *holed[] = {tables[0], nullptr, tables[2]};
-    I indices[N][3];
-    std::array<const I*, N> arrays;
+    I indices[sizeof...(v)][3];
     std::vector<T> expected;
-    for (std::size_t v = 0; v < N; ++v) {
-        arrays[v] = indices[v];
+    for (auto& row : indices) {
         for (int k = 0; k < 3; ++k) {
-            indices[v][k] = static_cast<I>(random.between(0, heights[k] - 1));
-            const T* const row = tables[k] + indices[v][k] * steps[k];
-            expected.insert(expected.end(), row, row + widths[k]);
+            row[k] = static_cast<I>(random.between(0, heights[k] - 1));
+            const T* const from = tables[k] + row[k] * steps[k];
+            expected.insert(expected.end(), from, from + widths[k]);
         }
     }
     Guarded<T> dst(expected.size());
-    const auto run = [&](const T** from, T* to, const int* height, const int* width, const int* step, int n) {
-        return std::apply([&](auto... index) { return form(index..., from, to, height, width, step, n); }, arrays);
+    const auto run = [&](const T** from, const int* width, const int* step, int last) {
+        indices[sizeof...(v) - 1][2] = static_cast<I>(last);
+        return form(indices[v]..., from, dst, heights, width, step, 3);
     };
-    ASSERT_EQ(run(tables, dst, heights, widths, steps, 3), 0);
-    ASSERT_EQ(dst.vector(), expected);
-
-    for (std::size_t i = 0; i < dst.size(); ++i) dst[i] = T(1);
-    for (const int beyond : {1, -1}) {
-        indices[N - 1][2] = static_cast<I>(beyond);
-        EXPECT_EQ(run(tables, dst, heights, widths, steps, 3), kelStatusSize);
-    }
-    indices[N - 1][2] = 0;
-    EXPECT_EQ(run(tables, dst, heights, zero, steps, 3), kelStatusSize);
-    EXPECT_EQ(run(tables, dst, heights, widths, zero, 3), kelStatusSize);
-    EXPECT_EQ(run(holed, dst, heights, widths, zero, 3), kelStatusNullPtr);
-    EXPECT_EQ(dst.vector(), std::vector<T>(expected.size(), T(1)));
-    test::expectChecks<test::Places{-1, -1, 5 + N}>({-8, -6}, 1, form);
+    ASSERT_EQ(run(tables, widths, steps, 0), 0);
+    for (const int beyond : {1, -1}) EXPECT_EQ(run(tables, widths, steps, beyond), kelStatusSize);
+    EXPECT_EQ(run(tables, zero, steps, 0), kelStatusSize);
+    EXPECT_EQ(run(tables, widths, zero, 0), kelStatusSize);
+    EXPECT_EQ(run(holed, widths, zero, 0), kelStatusNullPtr);
+    EXPECT_EQ(dst.vector(), expected);
+    test::expectChecks<test::Places{-1, -1, 5 + sizeof...(v)}>({-8, -6}, 1, form);
 }
 
+#define CHECK_PLAIN(I, T)                                                                \
+    checkPlain<Kel##T, Kel##I>(kelsFormVector_##I##T, std::make_index_sequence<1>());    \
+    checkPlain<Kel##T, Kel##I>(kelsFormVector_2i_##I##T, std::make_index_sequence<2>()); \
+    checkPlain<Kel##T, Kel##I>(kelsFormVector_4i_##I##T, std::make_index_sequence<4>())
 TEST(VqForm, TakesRowsOfPlainTables) {
-    checkPlain<Kel8u, Kel16s, 1>(kelsFormVector_8u16s);
-    checkPlain<Kel16s, Kel16s, 1>(kelsFormVector_16s16s);
-    checkPlain<Kel8u, Kel32f, 1>(kelsFormVector_8u32f);
-    checkPlain<Kel16s, Kel32f, 1>(kelsFormVector_16s32f);
-    checkPlain<Kel8u, Kel16s, 2>(kelsFormVector_2i_8u16s);
-    checkPlain<Kel16s, Kel16s, 2>(kelsFormVector_2i_16s16s);
-    checkPlain<Kel8u, Kel32f, 2>(kelsFormVector_2i_8u32f);
-    checkPlain<Kel16s, Kel32f, 2>(kelsFormVector_2i_16s32f);
-    checkPlain<Kel8u, Kel16s, 4>(kelsFormVector_4i_8u16s);
-    checkPlain<Kel16s, Kel16s, 4>(kelsFormVector_4i_16s16s);
-    checkPlain<Kel8u, Kel32f, 4>(kelsFormVector_4i_8u32f);
-    checkPlain<Kel16s, Kel32f, 4>(kelsFormVector_4i_16s32f);
+    CHECK_PLAIN(8u, 16s);
+    CHECK_PLAIN(16s, 16s);
+    CHECK_PLAIN(8u, 32f);
+    CHECK_PLAIN(16s, 32f);
 }
 
 }  // namespace
