@@ -77,6 +77,8 @@ bool layOut(int inRate, int outRate, int len, FixedState& state, int& bytes) {
     if (filtersAt > most || groupBytes > most || groupBytes * groups > most - filtersAt) return false;
     state.groups = static_cast<int>(groups);
     state.vectors = static_cast<int>(vectors);
+    const int64_t lobe = 4 * (int64_t{state.down} / state.phases + 1);
+    state.tail = static_cast<int>(std::min(roundUp<int64_t>(len / 2 + lobe + lastShift, w), vectors * w));
     state.startsAt = sizeof(FixedState);
     state.filtersAt = static_cast<int>(filtersAt);
     bytes = static_cast<int>(filtersAt + groupBytes * groups);

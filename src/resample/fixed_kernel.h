@@ -6,7 +6,10 @@
 // vector 0 of each member, vector 1 of each member, and so on.  Outputs one or more periods apart share the filters in
 // the same way.
 //
-// Which taps meet in a lane of a vector, and so how an output is rounded, depends on its phase alone.
+// The filters' tails are added before their lobes: while a sum is small, so is its rounding.  First comes what lies
+// behind the lobes, from a vector on that is common to the group, then all from the beginning up to there.
+//
+// Which taps meet in a lane of a vector and when, and so how an output is rounded, depends on its phase alone.
 #pragma once
 
 #include <algorithm>
@@ -29,6 +32,7 @@ struct FixedState {
     Kel32s inverse;            // of down modulo phases: the outputs from phase 0 to phase 1
     Kel32s members, groups;    // of a group; of a period
     Kel32s vectors;            // of one output of a group
+    Kel32s tail;               // the place behind the lobes of a group's filters, at a whole vector
     Kel32s startsAt, filtersAt;
 
     // The first sample of output q of a period, relative to the sample at which the period starts.
@@ -40,6 +44,7 @@ struct FixedState {
         const auto* const all = reinterpret_cast<const Kel32f*>(reinterpret_cast<const Kel8u*>(this) + filtersAt);
         return all + static_cast<std::size_t>(group) * groupFloats();
     }
+    std::ptrdiff_t span() const { return static_cast<std::ptrdiff_t>(size(vectors) * lanes<Kel32f>); }
     std::size_t groupFloats() const { return size(vectors) * size(members) * lanes<Kel32f>; }
     // Outputs of a group; the last one may be short of members.
     int outputs(int group) const { return std::min(members, phases - group * members); }
@@ -83,54 +88,71 @@ struct GroupSums {
 
 // A group's outputs where only the samples x[begin] to x[end - 1] exist; outputs that need others are not wanted.
 template <int Members, class S>
-void groupAtEdge(const Kel32f* filters, std::ptrdiff_t span, const S* x, std::ptrdiff_t begin, std::ptrdiff_t end,
+void groupAtEdge(const FixedState& state, const Kel32f* filters, const S* x, std::ptrdiff_t begin, std::ptrdiff_t end,
                  Kel32f* sums) {
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
     GroupSums<Members> group;
-    for (std::ptrdiff_t i = 0; i < std::min(span, end); i += w) {
-        Kel32f samples[lanes<Kel32f>];
-        for (std::ptrdiff_t j = 0; j < w; ++j)
-            samples[j] = i + j >= begin && i + j < end ? static_cast<Kel32f>(x[i + j]) : 0.0f;
-        group.add(load(samples), GroupFilters<Members>(filters + i * Members));
-    }
+    const auto part = [&](std::ptrdiff_t from, std::ptrdiff_t to) {
+        for (std::ptrdiff_t i = from; i < std::min(to, end); i += w) {
+            Kel32f samples[lanes<Kel32f>];
+            for (std::ptrdiff_t j = 0; j < w; ++j)
+                samples[j] = i + j >= begin && i + j < end ? static_cast<Kel32f>(x[i + j]) : 0.0f;
+            group.add(load(samples), GroupFilters<Members>(filters + i * Members));
+        }
+    };
+    part(state.tail, state.span());
+    part(0, state.tail);
     group.total(sums);
 }
 
 // A group's outputs at x, and `distance` samples further on, and so forth; sums has four places for each of these
 // times.
 template <int Members, std::size_t... Time, class S>
-[[gnu::always_inline]] inline void groupAt(std::index_sequence<Time...>, const Kel32f* filters, std::ptrdiff_t span,
+[[gnu::always_inline]] inline void groupAt(std::index_sequence<Time...>, const FixedState& state, const Kel32f* filters,
                                            const S* x, std::ptrdiff_t distance, Kel32f* sums) {
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
+    const std::ptrdiff_t span = state.span(), tail = state.tail;
     const auto run = [=](auto... group) __attribute__((always_inline)) {
-        for (std::ptrdiff_t i = 0; i < span; i += w) {
-            const GroupFilters<Members> h(filters + i * Members);
-            (group.add(loadSamples(x + static_cast<std::ptrdiff_t>(Time) * distance + i), h), ...);
-        }
+        const auto part = [&](std::ptrdiff_t from, std::ptrdiff_t to) __attribute__((always_inline)) {
+            for (std::ptrdiff_t i = from; i < to; i += w) {
+                const GroupFilters<Members> h(filters + i * Members);
+                (group.add(loadSamples(x + static_cast<std::ptrdiff_t>(Time) * distance + i), h), ...);
+            }
+        };
+        part(tail, span);
+        part(0, tail);
         (group.total(sums + Time * kMostMembers), ...);
     };
     run((static_cast<void>(Time), GroupSums<Members>())...);
 }
 
 // Eight outputs of a filter that is the only one, `shift` samples apart, which is a whole number of vectors: every
-// vector of samples serves four of them.  The filter is at least three shifts long.
+// vector of samples serves four of them.  The filter is at least three shifts long before its tail, and behind.
 template <class S>
 class OverlappingOutputs {
   public:
-    OverlappingOutputs(const Kel32f* filter, std::ptrdiff_t span, std::ptrdiff_t shift, const S* x, Kel32f* sums)
-        : filter_(filter), shift_(shift), x_(x) {
-        part<0b0001>(0, shift);
-        part<0b0011>(shift, 2 * shift);
-        part<0b0111>(2 * shift, 3 * shift);
-        part<0b1111>(3 * shift, span);
-        part<0b1110>(span, span + shift);
-        part<0b1100>(span + shift, span + 2 * shift);
-        part<0b1000>(span + 2 * shift, span + 3 * shift);
+    OverlappingOutputs(const FixedState& state, std::ptrdiff_t shift, const S* x, Kel32f* sums)
+        : filter_(state.filters(0)), shift_(shift), x_(x) {
+        taps(state.tail, state.span());
+        taps(0, state.tail);
         sumsOf4(a_, b_, c_, d_, sums);
         sumsOf4(e_, f_, g_, h_, sums + 4);
     }
+    static bool suits(const FixedState& state, int64_t shift) {
+        return state.phases == 1 && 3 * shift <= std::min<std::ptrdiff_t>(state.tail, state.span() - state.tail);
+    }
 
   private:
+    // What the taps from `begin` to `end` give.
+    void taps(std::ptrdiff_t begin, std::ptrdiff_t end) {
+        part<0b0001>(begin, begin + shift_);
+        part<0b0011>(begin + shift_, begin + 2 * shift_);
+        part<0b0111>(begin + 2 * shift_, begin + 3 * shift_);
+        part<0b1111>(begin + 3 * shift_, end);
+        part<0b1110>(end, end + shift_);
+        part<0b1100>(end + shift_, end + 2 * shift_);
+        part<0b1000>(end + 2 * shift_, end + 3 * shift_);
+    }
     // What the samples from `begin` to `end` give to those of the outputs whose bit is set.
     template <unsigned Outputs>
     [[gnu::always_inline]] void part(std::ptrdiff_t begin, std::ptrdiff_t end) {
@@ -164,7 +186,7 @@ template <int Members, class S>
 void resampleFixed(const FixedState& state, int q, int64_t base, int count, const S* src, int len, S* dst,
                    Kel32f gain) {
     constexpr int times = std::max(1, (sizeof(void*) == 8 ? 9 : 4) / Members);  // what registers hold
-    const auto span = static_cast<std::ptrdiff_t>(size(state.vectors) * lanes<Kel32f>);
+    const std::ptrdiff_t span = state.span();
     auto oldest = static_cast<std::ptrdiff_t>(base + state.startOf(q));  // the first sample that surely exists
     auto period = static_cast<std::ptrdiff_t>(base);
     int group = q / Members;
@@ -180,11 +202,11 @@ void resampleFixed(const FixedState& state, int q, int64_t base, int count, cons
         constexpr int w = static_cast<int>(lanes<Kel32f>);
         const std::ptrdiff_t apart = w / std::gcd(state.down, w);
         const int64_t shift = static_cast<int64_t>(state.down) * apart;
-        while (state.phases == 1 && 3 * shift <= span && count >= 8 * apart &&
+        while (OverlappingOutputs<S>::suits(state, shift) && count >= 8 * apart &&
                oldest + (8 * apart - 1) * state.down + span <= len) {
             for (std::ptrdiff_t i = 0; i < apart; ++i) {
                 const S* const x = src + oldest + i * state.down;
-                OverlappingOutputs<S>(state.filters(0), span, static_cast<std::ptrdiff_t>(shift), x, sums);
+                OverlappingOutputs<S>(state, static_cast<std::ptrdiff_t>(shift), x, sums);
                 for (std::ptrdiff_t n = 0; n < 8; ++n) storeSample(dst + i + n * apart, sums[n], gain);
             }
             dst += 8 * apart;
@@ -202,14 +224,14 @@ void resampleFixed(const FixedState& state, int q, int64_t base, int count, cons
             together = state.groups;
         int n = state.outputs(group) - skip;
         if (together > 0) {
-            groupAt<Members>(std::make_index_sequence<times>(), filters, span, x, state.down, sums);
+            groupAt<Members>(std::make_index_sequence<times>(), state, filters, x, state.down, sums);
             for (int time = 0; time < times; ++time) put(time, 0, n);
         } else {
             n = std::min(n, count);
             if (start >= oldest && start + span <= len) {
-                groupAt<Members>(std::make_index_sequence<1>(), filters, span, x, 0, sums);
+                groupAt<Members>(std::make_index_sequence<1>(), state, filters, x, 0, sums);
             } else {
-                groupAtEdge<Members>(filters, span, x, oldest - start, len - start, sums);
+                groupAtEdge<Members>(state, filters, x, oldest - start, len - start, sums);
             }
             put(0, skip, n);
         }
