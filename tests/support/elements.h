@@ -1,21 +1,10 @@
 // Functions that make each element of a vector from the same elements of others, tried on arrays of many lengths.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
 #include <functional>
 #include <tuple>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
-#include "kels/types.h"
-#include "support/guarded.h"
-#include "support/numeric.h"
-#include "support/random.h"
-#include "support/rounding.h"
+#include "support/support.h"
 
 namespace test {
 
