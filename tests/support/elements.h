@@ -9,12 +9,14 @@
 namespace test {
 
 // What the scalar arguments but the length are (the next argument takes the next value, so that all take all of them in
-// turn), whether the destination may be a source, which statuses may occur, and what elements are if not anything.
+// turn), whether the destination may be a source, which statuses may occur, what elements are if not anything, and
+// whether floats, too, are the same in every rounding mode.
 struct Options {
     std::vector<double> scalars = {1};
     bool inPlace = false;
     std::vector<KelStatus> statuses = {0};
     std::function<double(Random&, double lastScalar)> input = nullptr;
+    bool everyMode = false;
 };
 
 // Results that are known to a bound: absolute, or in units of the last place.
@@ -163,7 +165,7 @@ class ElementTest {
                     ASSERT_TRUE(good) << "element " << i << " of " << n << ", last scalar " << lastScalar_;
                 }
             };
-            inRoundingModes(kAnyIntegers, call, check);
+            inRoundingModes(kAnyIntegers || options_.everyMode, call, check);
         }
     }
 
