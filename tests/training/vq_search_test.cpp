@@ -46,20 +46,22 @@ void expectLists(const T* x, const Owned<T>& codebook, const std::vector<double>
     }
 }
 
-// Vectors on a small lattice, where many distances are equal, or integers of the whole range; rows also from outside of
-// what the codevectors span.
+// Vectors on a small lattice, where many distances are equal, or of the whole range; rows also from outside of what the
+// codevectors span.  Rounding must not cost more than the tolerance and the sum's own error.
 TYPED_TEST(Codebooks, FindsTheFirstOfTheNearestAndListsInOrder) {
     using T = TypeParam;
     Random random(3);
     for (int round = 0; round < 180; ++round) {
         const int width = std::array{1, 2, 3, 4, 5, 8, 9, 17, 39, 129}[round % 10], step = width + 2;
         const int count = std::array{1, 2, 10, 11, 65, 130}[round / 10 % 6], height = std::array{1, 5, 67}[round / 60];
-        const bool whole = std::is_integral_v<T> && random.between(0, 1), weighted = random.between(0, 1);
+        const bool whole = random.between(0, 1), weighted = random.between(0, 1);
         SCOPED_TRACE(testing::Message() << width << " wide, " << count << " codevectors, " << height << " rows");
         const int reach = width <= 2 ? 30 : 3, scale = std::is_integral_v<T> ? random.between(-40, 40) : 0;
         const auto some = [&](int n, int range) {
             return whole ? random.vector<T>(n) : smallIntegers<T>(random, n, -range, range);
         };
+        // Each term is rounded four times at most, and a sum of n terms n - 1 times.
+        const double slack = whole && !std::is_integral_v<T> ? 1e-6 + 2.1 * (width + 4) * 6e-8 : 0;
         const auto vectors = some(count * width, reach);
         const auto weights = weighted ? smallIntegers<T>(random, width, 0, 3) : std::vector<T>();
         const Owned<T> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
@@ -75,8 +77,10 @@ TYPED_TEST(Codebooks, FindsTheFirstOfTheNearestAndListsInOrder) {
             EXPECT_EQ(again.vector(), indices);
             for (int i = 0; i < height; ++i) {
                 const auto exact = squaredDistances(src.data() + i * step, vectors, weights, width);
-                ASSERT_EQ(indices[i], inOrder(exact)[0]) << "row " << i;
-                ASSERT_EQ(distances[i], rounded<T>(exact[indices[i]], scale));
+                const int nearest = inOrder(exact)[0], found = indices[i];
+                ASSERT_TRUE(found == nearest || exact[found] < exact[nearest] * (1 + slack)) << "row " << i;
+                const auto distance = rounded<T>(exact[found], scale);
+                ASSERT_TRUE(near(distances[i], distance, slack * std::fabs(distance)));
                 if (i == 0 && !whole) expectLists(src.data(), codebook, exact, scale);
             }
         };
@@ -114,43 +118,6 @@ TEST(VqSearch, FollowsTheToleranceFromPickToPick) {
             p = std::exchange(left[j = next], -1.0f);
         }
     }
-}
-
-// Rounding must not cost more than the tolerance and the sum's own error; in grids, points on the borders of cells, far
-// outside, and boxes that are narrow, distant or uneven.
-TEST(VqSearch, LosesNoNearestCodevector) {
-    Random random(17);
-    int grids = 0;
-    for (int round = 0; round < 70; ++round) {
-        const int width = std::array{1, 2, 1, 2, 1, 2, 3, 8, 39, 200}[round % 10], count = random.between(11, 300);
-        const double centre = round % 3 == 0 ? 1e4 : 0.1, spread = std::pow(10.0, random.between(-3, 3));
-        const auto weights = smallIntegers<Kel32f>(random, round % 4 == 0 ? width : 0, 1, 9);
-        std::vector<Kel32f> vectors;
-        for (int i = 0; i < count * width; ++i) {
-            const double v = random.uniform(-1, 1);
-            vectors.push_back(static_cast<Kel32f>(centre + spread * (round % 5 == 0 ? v * v * v : v)));
-        }
-        const Owned<Kel32f> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
-        grids += codebook.get()->flags & kelCdbkHasGrid;
-        std::vector<Kel32f> rows = vectors;
-        for (int i = 0; i < 2000; ++i) {
-            const double reach = i % 4 == 0 ? 3 * spread : spread;
-            rows.push_back(static_cast<Kel32f>(centre + random.uniform(-reach, reach)));
-        }
-        const int height = static_cast<int>(rows.size()) / width;
-        Guarded<Kel32s> indices(height);
-        Guarded<Kel32f> distances(height);
-        ASSERT_EQ(kelsVQDist_32f(rows.data(), width, indices, distances, height, codebook.get()), 0);
-        for (int i = 0; i < height; ++i) {
-            // Each term is rounded four times at most, and a sum of n terms n - 1 times.
-            const double bound = (width + 4) * 6e-8;
-            const auto d = squaredDistances(&rows[i * width], vectors, weights, width);
-            const double found = d[indices[i]];
-            ASSERT_LE(found, *std::min_element(d.begin(), d.end()) * (1 + 1e-6 + 2.1 * bound)) << i;
-            ASSERT_NEAR(distances[i], std::sqrt(found), std::sqrt(found) * (bound / 2 + 6e-8)) << i;
-        }
-    }
-    EXPECT_GT(grids, 15);
 }
 
 // Squares that overflow bound nothing: no cell may lose all its codevectors.  Of infinite distances the first one wins.
