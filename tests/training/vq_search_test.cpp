@@ -1,6 +1,4 @@
 // Searches of codebooks that hold given vectors.
-#include <utility>
-
 #include "training/vq_support.h"
 
 namespace {
@@ -39,9 +37,7 @@ void expectLists(const T* x, const Owned<T>& codebook, const std::vector<double>
         Kel32s n = -1, m = -1;
         expect(
             static_cast<int>(listed), [&](auto* idx) { return VQ(VQSingle_Thresh)(x, idx, c, factor, &n); },
-            [&](auto* idx, auto* dist) {
-                return callScaled(VQ_DIST(Single_Thresh), scale, x, idx, dist, c, factor, &m);
-            });
+            [&](auto* idx, auto* d) { return callScaled(VQ_DIST(Single_Thresh), scale, x, idx, d, c, factor, &m); });
         EXPECT_TRUE(n == listed && m == listed);
     }
 }

@@ -11,10 +11,6 @@ using namespace test;
 #define SPLIT(bits) std::get<sizeof(T) == 2>(std::tuple(&kelsSplitVQ_32f##bits, &kelsSplitVQ_16s##bits))
 #define FORM(bits) std::get<sizeof(T) == 2>(std::tuple(&kelsFormVectorVQ_##bits##32f, &kelsFormVectorVQ_##bits##16s))
 
-int bitsOf(int size) {
-    return static_cast<int>(std::bit_width(size - 1u));
-}
-
 // Codebooks of several widths, sizes and kinds, and rows to be cut.
 template <class T>
 struct Parts {
@@ -28,7 +24,7 @@ struct Parts {
             owned.emplace_back(rows, std::vector<T>(), part, part, size, kind);
             codebooks.push_back(owned.back().get());
             width += part;
-            bits += bitsOf(size);
+            bits += std::bit_width(size - 1u);
         }
     }
 };
@@ -52,18 +48,17 @@ void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
             indices[r * wholeStep + k] = static_cast<Kel16s>(index);
             std::copy_n(&codebook.codevectors()[index * codebook.width()], codebook.width(), &vectors[column]);
             column += codebook.width();
-            for (int left = bitsOf(codebook.size()) - 1; left >= 0; --left, ++bit) {
+            for (int left = std::bit_width(codebook.size() - 1u); left-- > 0; ++bit) {
                 bits[bit / 8] |= (index >> left & 1) << (7 - bit % 8);
             }
         }
     }
-    const auto expect = [&]<class I>(auto split, auto form, int packedStep, const std::vector<I>& expected,
-                                     int before) {
+    const auto expect = [&]<class I>(auto split, auto form, int rowStep, const std::vector<I>& expected, int before) {
         Guarded<I> packed(std::vector<I>(expected.size(), static_cast<I>(before)));
-        ASSERT_EQ(split(src.data(), step, packed, packedStep, height, parts.codebooks.data(), n), 0);
+        ASSERT_EQ(split(src.data(), step, packed, rowStep, height, parts.codebooks.data(), n), 0);
         ASSERT_EQ(packed.vector(), expected);
         Guarded<T> dst(std::vector<T>(places, T(99)));
-        ASSERT_EQ(form(packed, packedStep, dst, step, height, parts.codebooks.data(), n), 0);
+        ASSERT_EQ(form(packed, rowStep, dst, step, height, parts.codebooks.data(), n), 0);
         ASSERT_EQ(dst.vector(), vectors) << n << " streams, " << height << " rows, " << spare << " spare places";
     };
     expect(SPLIT(16s), FORM(16s), wholeStep, indices, 77);

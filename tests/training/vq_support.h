@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <numeric>
-#include <tuple>
 
 #include "kels/vq.h"
 #include "support/support.h"

@@ -1,6 +1,5 @@
 // Construction of codebooks by splitting, and the search through the tree.
 #include <bit>
-#include <utility>
 
 #include "training/vq_support.h"
 
@@ -68,8 +67,7 @@ struct PlainSplitting {
 // Rows around a few centres; 16-bit ones over a large part of their range.
 template <class T>
 std::vector<T> clusteredRows(Random& random, int height, int width) {
-    std::vector<double> centres;
-    for (int i = 0; i < 7 * width; ++i) centres.push_back(random.uniform(-10, 10));
+    const auto centres = random.vector<double>(7 * width, 2);
     std::vector<T> rows;
     for (int i = 0, centre = 0; i < height * width; ++i) {
         if (i % width == 0) centre = random.between(0, 6);
@@ -124,19 +122,19 @@ TYPED_TEST(Codebooks, SplitsByTheBookAndSearchesByTheTree) {
                 const double bound = std::is_integral_v<T> ? 0.5 + 1e-2 : 1e-6 * std::max(1.0, std::fabs(exact));
                 ASSERT_NEAR(codevectors[i], exact, bound) << i / width;
             }
-            const Guarded<T> src(std::vector<T>(rows.begin(), rows.begin() + 100 * step - 1));
+            Guarded<T> src(std::vector<T>(rows.begin(), rows.begin() + 100 * step - 1));
+            for (int k = 0; k < width && size == 2; ++k) src[k] = std::midpoint(codevectors[k], codevectors[width + k]);
             const auto indices = quantised(src, step, 100, codebook);
             int nearest = 0;  // which a search through a tree finds in most cases
             for (int i = 0; i < 100; ++i) {
-                const auto d = squaredDistances(&src[i * step], codevectors, weights, width);
-                nearest += indices[i] == inOrder(d)[0];
+                nearest += indices[i] == inOrder(squaredDistances(&src[i * step], codevectors, weights, width))[0];
             }
             EXPECT_GT(nearest, 50);
             if constexpr (std::is_same_v<T, Kel32f>) {
                 const KelCdbk_32f& book = *codebook.get();
                 EXPECT_EQ(book.rowStep, width % 8 == 0 || 4 % width == 0 ? width : (step + 3) / 4 * 4);
-                EXPECT_TRUE(book.flags == (weights.empty() ? 0 : kelCdbkWeighted));
-                EXPECT_EQ(book.indexBits, static_cast<int>(std::bit_width(size - 1u)));
+                EXPECT_EQ(book.flags, weights.empty() ? 0 : kelCdbkWeighted);
+                EXPECT_EQ(book.indexBits, std::bit_width(size - 1u));
                 for (int i = 0; i < 100; ++i) {
                     const KelCdbkNode* const leaf = searchTree(book, src.data() + i * step, weights);
                     ASSERT_TRUE(indices[i] == leaf->index && leaf->neighbourCount == neighbours);
@@ -226,8 +224,7 @@ TYPED_TEST(Codebooks, ConstructorsCheckInOrder) {
     EXPECT_EQ(VQ(CdbkInitAlloc_WgtL2)(&made, rows, negative, 2, 1, 1, 1, 4), size);
     EXPECT_EQ(VQ(CdbkInitAlloc_WgtL2)(&made, rows, negative, 2, 2, 1, 1, 4), kelStatusBadArg);
     expectChecks<Places{-1, 2, 0}>({-8, -6}, 1, VQ(CdbkGetSize));
-    expectSteps(VQ(CdbkGetSize), {2, 2, 3, 3, 1}, {{3, 2, size}, {4, 2, mode}});
-    expectSteps(VQ(CdbkGetSize), {2, 1, 3, 3, 1}, {{1, 1, size}, {1, 0, size}});
+    expectSteps(VQ(CdbkGetSize), {2, 1, 3, 3, 0}, {{4, 1, size}, {4, 2, mode}});
     expectSteps(VQ(CdbkGetSize), {3, INT_MAX, 16383, 16383}, {{4, 1, memory}, {2, 16384, size}, {3, 16384, size}});
     expectChecks<Places{-1, 4, 2}>({-8, -6}, 1, VQ(CdbkInit_L2));
     EXPECT_EQ(VQ(CdbkInit_L2)(nullptr, rows, 2, 2, 3, 3, 3), mode);
@@ -236,13 +233,12 @@ TYPED_TEST(Codebooks, ConstructorsCheckInOrder) {
 
 TYPED_TEST(Codebooks, UsersOfCodebooksCheckInOrder) {
     using T = TypeParam;
-    const std::vector<KelStatus> order{-8, -6};
     expectNullChecks(VQ(GetCdbkSize), VQ(CdbkFree), VQ(VQSingle_Thresh), VQ_DIST(Single_Thresh));
-    expectChecks<Places{-1, -1, 2}>(order, 1, VQ(GetCodebook));
-    expectChecks<Places{-1, 3, 1}>(order, 1, VQ(VQ), VQ_KERNEL(Full_A6), VQ_KERNEL(Full_A6_1));
-    expectChecks<Places{-1, 4, 1}>(order, 1, VQ_DIST());
-    expectChecks<Places{-1, -1, 3}>(order, 1, VQ(VQSingle_Sort));
-    expectChecks<Places{-1, -1, 4}>(order, 1, VQ_DIST(Single_Sort));
+    expectChecks<Places{-1, -1, 2}>({-8, -6}, 1, VQ(GetCodebook));
+    expectChecks<Places{-1, 3, 1}>({-8, -6}, 1, VQ(VQ), VQ_KERNEL(Full_A6), VQ_KERNEL(Full_A6_1));
+    expectChecks<Places{-1, 4, 1}>({-8, -6}, 1, VQ_DIST());
+    expectChecks<Places{-1, -1, 3}>({-8, -6}, 1, VQ(VQSingle_Sort));
+    expectChecks<Places{-1, -1, 4}>({-8, -6}, 1, VQ_DIST(Single_Sort));
 
     // A step below the width, another width, another kind, too many, a factor below 1.
     Owned<T> owned({1, 2, 3, 4, 5, 6}, {}, 2, 2, 3, 1);
@@ -261,8 +257,7 @@ TYPED_TEST(Codebooks, UsersOfCodebooksCheckInOrder) {
         EXPECT_EQ(VQ(VQSingle_Thresh)(x, i, c, factor, &n), kelStatusBadArg);
         EXPECT_EQ(callScaled(VQ_DIST(Single_Thresh), 0, x, i, d, c, factor, &n), kelStatusBadArg);
     }
-    EXPECT_TRUE(x[0] == -7 && i[0] == -7 && n == -7);
-    EXPECT_TRUE(VQ(GetCdbkSize)(c, &n) == 0 && n == 3);
+    EXPECT_TRUE(x[0] == -7 && i[0] == -7 && n == -7 && VQ(GetCdbkSize)(c, &n) == 0 && n == 3);
     Kel32s& kind = reinterpret_cast<Kel32s*>(c)[4];
     EXPECT_EQ(std::exchange(kind, 4), 1);
     EXPECT_EQ(VQ(CdbkFree)(c), kelStatusUnknownKind);
