@@ -80,11 +80,13 @@ TEST(UpdateWeights, WeightedSums) {
 TYPED_TEST(Update, FloorsAndOccupations) {
     using T = TypeParam;
     const T floor[39] = {}, normal = std::numeric_limits<T>::min();
-    for (int above = -1; above < 39; ++above) {
-        T acc[39] = {}, result[39];
-        if (above >= 0) acc[above] = 3;
-        EXPECT_EQ(F(UpdateVar)(floor, acc, floor, result, 39, 2, 2), above < 0 ? 11 : 0) << above;
-        EXPECT_EQ(updateWeight<T>(acc, result, 39, 2, 0), above < 0 ? 11 : 0) << above;
+    for (int n = 1; n < 40; ++n) {
+        for (const int above : {-1, n / 2, n - 1}) {
+            T acc[39] = {}, result[39];
+            if (above >= 0) acc[above] = 3;
+            EXPECT_EQ(F(UpdateVar)(floor, acc, floor, result, n, 2, 2), above < 0 ? 11 : 0) << n;
+            EXPECT_EQ(updateWeight<T>(acc, result, n, 2, 0), above < 0 ? 11 : 0) << n;
+        }
     }
     const std::pair<T, KelStatus> cases[] = {{-1, -67}, {NAN, -67},   {-normal, -67},
                                              {0, 16},   {normal, 16}, {T(-0.0), 16}};

@@ -9,8 +9,8 @@
 
 namespace test {
 
-// A function by the element type T, for names that end in it, forms with distances, and search kernels, whose names hold
-// its bits.
+// A function by the element type T: for names that end in it, for forms with distances, and for search kernels, whose
+// names hold its bits.
 #define VQ(name) std::get<sizeof(T) == 2>(std::tuple(&kels##name##_32f, &kels##name##_16s))
 #define VQ_DIST(name) std::get<sizeof(T) == 2>(std::tuple(&kelsVQDist##name##_32f, &kelsVQDist##name##_16s32s_Sfs))
 #define VQ_KERNEL(name) std::get<sizeof(T) == 2>(std::tuple(&kelsCdbk32VQ##name, &kelsCdbk16VQ##name))
