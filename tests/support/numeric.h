@@ -7,7 +7,6 @@
 #include <cmath>
 #include <concepts>
 #include <limits>
-#include <type_traits>
 #include <vector>
 
 namespace test {
