@@ -1,40 +1,26 @@
 #include "support/allocation.h"
 
-#include <malloc.h>
+#include <cstddef>
 
-#include <algorithm>
-#include <cstdlib>
+namespace {
+thread_local bool watching = false;
+thread_local int failAtCall, mallocCalls, live;
+}  // namespace
 
 extern "C" {
 void* __real_malloc(std::size_t size);
 void __real_free(void* p);
-}
 
-namespace {
-thread_local bool watching = false;
-thread_local int failAtCall = -1;
-thread_local int mallocCalls = 0;
-thread_local int live = 0;
-thread_local std::size_t liveBytes = 0, mostBytes = 0;
-}  // namespace
-
-extern "C" void* __wrap_malloc(std::size_t size) {
-    if (!watching) return __real_malloc(size);
-    if (mallocCalls++ == failAtCall) return nullptr;
+void* __wrap_malloc(std::size_t size) {
+    if (watching && mallocCalls++ == failAtCall) return nullptr;
     void* const p = __real_malloc(size);
-    if (p == nullptr) return nullptr;
-    ++live;
-    liveBytes += malloc_usable_size(p);
-    mostBytes = std::max(mostBytes, liveBytes);
+    live += watching && p != nullptr;
     return p;
 }
-
-extern "C" void __wrap_free(void* p) {
-    if (watching && p != nullptr) {
-        --live;
-        liveBytes -= malloc_usable_size(p);
-    }
+void __wrap_free(void* p) {
+    live -= watching && p != nullptr;
     __real_free(p);
+}
 }
 
 namespace test {
@@ -42,9 +28,7 @@ namespace test {
 AllocationWatch::AllocationWatch(int failAt) {
     watching = true;
     failAtCall = failAt;
-    mallocCalls = 0;
-    live = 0;
-    liveBytes = mostBytes = 0;
+    mallocCalls = live = 0;
 }
 AllocationWatch::~AllocationWatch() {
     watching = false;
@@ -54,12 +38,6 @@ int AllocationWatch::calls() const {
 }
 int AllocationWatch::unreleased() const {
     return live;
-}
-std::size_t AllocationWatch::bytes() const {
-    return liveBytes;
-}
-std::size_t AllocationWatch::peakBytes() const {
-    return mostBytes;
 }
 
 }  // namespace test

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-
 #include "kels/core.h"
 
 namespace test {
@@ -15,10 +13,8 @@ class AllocationWatch {
   public:
     explicit AllocationWatch(int failAt = -1);
     ~AllocationWatch();
-    int calls() const;              // of malloc
-    int unreleased() const;         // successful calls less calls of free
-    std::size_t bytes() const;      // allocated at this moment
-    std::size_t peakBytes() const;  // the most that has been
+    int calls() const;       // of malloc
+    int unreleased() const;  // successful calls less calls of free
 };
 
 // Runs `attempt` with its first allocation failing, then its second, and so on until it allocates no further.

@@ -1,13 +1,9 @@
 // Blocks of rows in both layouts of the library.
 #pragma once
 
-#include <algorithm>
 #include <deque>
-#include <limits>
-#include <type_traits>
-#include <vector>
 
-#include "support/guarded.h"
+#include "support/support.h"
 
 namespace test {
 

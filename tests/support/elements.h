@@ -1,31 +1,22 @@
 // Functions that make each element of a vector from the same elements of others, tried on arrays of many lengths.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
 #include <functional>
 #include <tuple>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
-#include "kels/types.h"
-#include "support/guarded.h"
-#include "support/numeric.h"
-#include "support/random.h"
-#include "support/rounding.h"
+#include "support/support.h"
 
 namespace test {
 
 // What the scalar arguments but the length are (the next argument takes the next value, so that all take all of them in
-// turn), whether the destination may be a source, which statuses may occur, and what elements are if not anything.
+// turn), whether the destination may be a source, which statuses may occur, what elements are if not anything, and
+// whether floats, too, are the same in every rounding mode.
 struct Options {
     std::vector<double> scalars = {1};
     bool inPlace = false;
     std::vector<KelStatus> statuses = {0};
     std::function<double(Random&, double lastScalar)> input = nullptr;
+    bool everyMode = false;
 };
 
 // Results that are known to a bound: absolute, or in units of the last place.
@@ -174,7 +165,7 @@ class ElementTest {
                     ASSERT_TRUE(good) << "element " << i << " of " << n << ", last scalar " << lastScalar_;
                 }
             };
-            inRoundingModes(kAnyIntegers, call, check);
+            inRoundingModes(kAnyIntegers || options_.everyMode, call, check);
         }
     }
 

@@ -38,14 +38,8 @@ class Guarded {
     T* data() { return data_; }
     const T* data() const { return data_; }
     operator T*() { return data_; }
-    template <class Index>
-    T& operator[](Index i) {
-        return data_[i];
-    }
-    template <class Index>
-    const T& operator[](Index i) const {
-        return data_[i];
-    }
+    T& operator[](auto i) { return data_[i]; }
+    const T& operator[](auto i) const { return data_[i]; }
     std::size_t size() const { return size_; }
     std::vector<T> vector() const { return std::vector<T>(data_, data_ + size_); }
 

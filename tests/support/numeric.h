@@ -3,12 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cfenv>
 #include <cmath>
-#include <cstdint>
+#include <concepts>
 #include <limits>
-#include <type_traits>
 #include <vector>
 
 namespace test {
@@ -29,13 +27,10 @@ double ulpError(T got, long double exact) {
 }
 
 // The same value to the bit, or both not a number.
-inline bool sameBits(float a, float b) {
-    return (std::isnan(a) && std::isnan(b)) || std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b);
+template <std::floating_point T>
+bool sameBits(T a, T b) {
+    return std::isnan(a) ? std::isnan(b) : a == b && std::signbit(a) == std::signbit(b);
 }
-inline bool sameBits(double a, double b) {
-    return (std::isnan(a) && std::isnan(b)) || std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b);
-}
-
 template <class A, class B>
 ::testing::AssertionResult sameBits(const A& got, const B& expected) {
     for (std::size_t i = 0; i < expected.size(); ++i) {

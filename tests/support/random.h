@@ -25,17 +25,10 @@ class Random {
             return std::ldexp(between(0, 1) ? mantissa : -mantissa, between(-binades, binades));
         } else {
             using Limits = std::numeric_limits<T>;
-            switch (between(0, 15)) {
-                case 0:
-                    return Limits::max();
-                case 1:
-                    return Limits::min();
-                case 2:
-                    return static_cast<T>(between(-1, 1));
-                default:
-                    return static_cast<T>(
-                        std::uniform_int_distribution<long long>(Limits::min(), Limits::max())(engine_));
-            }
+            const int kind = between(0, 15);
+            if (kind < 2) return kind == 0 ? Limits::max() : Limits::min();
+            if (kind == 2) return static_cast<T>(between(-1, 1));
+            return static_cast<T>(std::uniform_int_distribution<long long>(Limits::min(), Limits::max())(engine_));
         }
     }
     template <class T>

@@ -1,25 +1,16 @@
 #include "kels/stats.h"
 
-#include <climits>
-
 #include "support/block.h"
-#include "support/checks.h"
 #include "support/elements.h"
-#include "support/rounding.h"
 
 namespace {
 
-template <class T>
-using Array = test::Guarded<T>;
-using L = long double;
-using test::expectChecks;
-using test::near;
-using test::Places;
+using namespace test;
 const std::vector<KelStatus> kStepFirst{-37, -8, -6}, kStepBetween{-8, -37, -6}, kStepLast{-8, -6, -37};
 
 // Calls a function of either layout, which may take weights.
 template <class T, class F, class... A>
-KelStatus call(F f, test::Block<T>& x, const T* weights, A&&... rest) {
+KelStatus call(F f, Block<T>& x, const T* weights, A&&... rest) {
     if constexpr (std::is_invocable_v<F, T*, int, const T*, int, A...>) {
         return f(x.d2, x.step, weights, x.height, rest...);
     } else if constexpr (std::is_invocable_v<F, const T**, const T*, int, A...>) {
@@ -33,12 +24,12 @@ KelStatus call(F f, test::Block<T>& x, const T* weights, A&&... rest) {
 
 // The sums of a column and of its magnitudes, to far below a rounding of T; exact for integers.
 struct Moments {
-    L first = 0, second = 0, magnitude = 0, magnitude2 = 0;
+    Real first = 0, second = 0, magnitude = 0, magnitude2 = 0;
 
     template <class T>
-    Moments(const test::Block<T>& block, int column, const T* weights = nullptr) {
+    Moments(const Block<T>& block, int column, const T* weights = nullptr) {
         for (int i = 0; i < block.height; ++i) {
-            const L x = block.at(i, column), w = weights != nullptr ? weights[i] : 1;
+            const Real x = block.at(i, column), w = weights != nullptr ? weights[i] : 1;
             first += w * x;
             second += w * x * x;
             magnitude += std::fabs(w * x);
@@ -50,7 +41,7 @@ struct Moments {
 // Calls body with random blocks of many shapes.
 template <class T, class Body>
 void forBlocks(Body body) {
-    test::Random random(1);
+    Random random(1);
     std::vector<std::pair<int, int>> shapes = {{1000, 39}, {std::is_integral_v<T> ? 140001 : 50, 1}};
     for (int width = 1; width <= 41; ++width) shapes.emplace_back(1 + width * 7 % 12, width);
     for (const int width : {13, 26, 39, 63, 64, 65, 128, 129, 260, 530}) {
@@ -60,7 +51,7 @@ void forBlocks(Body body) {
         SCOPED_TRACE(testing::Message() << h << " x " << w);
         // The square of a sum of many extremes exceeds 64 bits.
         const auto value = [&, tall = h > 1000] { return tall ? T(random.between(0, 9) - 32768) : random.value<T>(4); };
-        test::Block<T> x(h, w, w + (w + h) % 3, value);
+        Block<T> x(h, w, w + (w + h) % 3, value);
         body(x, random, h, w);
     }
 }
@@ -72,23 +63,22 @@ void expectColumns(Mean meanColumn, Var varColumn, Both meanVarColumn) {
     expectChecks<Places{step, height, width}>(weighted ? kStepBetween : kStepFirst, 1, meanColumn);
     expectChecks<Places{step, height, width + 1}>(weighted ? kStepBetween : kStepFirst, 2 - weighted, varColumn);
     expectChecks<Places{step, height, width + 1}>(weighted ? kStepBetween : kStepLast, 2 - weighted, meanVarColumn);
-    forBlocks<T>([=](auto& x, auto& random, int h, int w) {
+    forBlocks<T>([=](auto& x, Random& random, int h, int w) {
         if (h < 2) return;
-        const std::vector<T> weight = weighted ? random.template vector<T>(h) : std::vector<T>(h, 1);
-        const Array<T> weights(weight), given(random.template vector<T>(w, 2));
-        Array<T> mean(w), var(given.vector()), m(w), v(w);
+        const Guarded<T> weights(weighted ? random.vector<T>(h) : std::vector<T>(h, 1)), given(random.vector<T>(w, 2));
+        Guarded<T> mean(w), var(given.vector()), m(w), v(w);
         EXPECT_EQ(call(meanColumn, x, weights.data(), mean, w), 0);
         EXPECT_EQ(call(varColumn, x, weights.data(), var, var, w), 0);
         EXPECT_EQ(call(meanVarColumn, x, weights.data(), m, v, w), 0);
-        EXPECT_TRUE(test::sameBits(m, mean.vector()));
-        const L r = weighted ? 1 : static_cast<Kel32f>(1.0L / h),
-                r1 = weighted ? 1 : static_cast<Kel32f>(1.0L / (h - 1));
-        const L rows = weighted ? 1 : h, unit = (h + 4) * std::ldexp(1.0L, -std::numeric_limits<T>::digits);
+        EXPECT_TRUE(sameBits(m, mean.vector()));
+        const Real r = weighted ? 1 : static_cast<Kel32f>(1.0L / h),
+                   r1 = weighted ? 1 : static_cast<Kel32f>(1.0L / (h - 1));
+        const Real rows = weighted ? 1 : h, unit = (h + 4) * std::ldexp(1.0L, -std::numeric_limits<T>::digits);
         for (int j = 0; j < w; ++j) {
             const auto exact = Moments(x, j, weights.data());
             EXPECT_TRUE(near(mean[j], exact.first * r, unit * exact.magnitude * r)) << j;
-            for (const auto& [got, c] : {std::pair(var[j], L(given[j])), {v[j], L(mean[j])}}) {
-                const L bound = unit * (exact.magnitude2 + 3 * rows * c * c) * r1;
+            for (const auto& [got, c] : {std::pair(var[j], Real(given[j])), {v[j], Real(mean[j])}}) {
+                const Real bound = unit * (exact.magnitude2 + 3 * rows * c * c) * r1;
                 EXPECT_TRUE(near(got, (exact.second - rows * c * c) * r1, bound)) << j;
             }
         }
@@ -109,12 +99,12 @@ TEST(ColumnStatistics, Float) {
 
 // Sums to `unit` for each addition, rounded once more; whatever the width and the neighbours.
 template <class T, class D, class Round, class Sums, class AddSums, class... Scale>
-void expectSums(Round round, L unit, Sums sums, AddSums addSums, Scale... scaleFactor) {
+void expectSums(Round round, Real unit, Sums sums, AddSums addSums, Scale... scaleFactor) {
     expectChecks<Places{1, 2, 5}>(kStepFirst, 1, sums, addSums);
-    forBlocks<T>([=](auto& x, auto& random, int h, int w) {
-        Array<D> a(w), b(w), aI(random.template vector<D>(w, 20)), bI(random.template vector<D>(w, 30)), one(1), two(1);
+    forBlocks<T>([=](auto& x, Random& random, int h, int w) {
+        Guarded<D> a(w), b(w), aI(random.vector<D>(w, 20)), bI(random.vector<D>(w, 30)), one(1), two(1);
         const auto oldA = aI.vector(), oldB = bI.vector();
-        const auto added = [](D p, D q) { return std::is_integral_v<D> ? test::saturated<D>(L(p) + q) : p + q; };
+        const auto added = [](D p, D q) { return std::is_integral_v<D> ? saturated<D>(Real(p) + q) : p + q; };
         EXPECT_EQ(sums(x.d2, x.step, h, a, b, w, scaleFactor...), 0);
         EXPECT_EQ(addSums(x.d2, x.step, h, aI, bI, w, scaleFactor...), 0);
         EXPECT_EQ(sums(x.d2 + w / 2, x.step, h, one, two, 1, scaleFactor...), 0);
@@ -129,11 +119,10 @@ void expectSums(Round round, L unit, Sums sums, AddSums addSums, Scale... scaleF
 }
 
 TEST(ColumnStatistics, Sums) {
-    const auto nearest = [](L v) { return static_cast<Kel32f>(v); };
-    expectSums<Kel32f, Kel32f>([](L v) { return v; }, 0x1p-24L, kelsSumMeanVar_32f, kelsSumMeanVar_32f_I);
-    expectSums<Kel16s, Kel32f>(nearest, 0, kelsSumMeanVar_16s32f, kelsSumMeanVar_16s32f_I);
+    expectSums<Kel32f, Kel32f>([](Real v) { return v; }, 0x1p-24L, kelsSumMeanVar_32f, kelsSumMeanVar_32f_I);
+    expectSums<Kel16s, Kel32f>(nearest<Kel32f>, 0, kelsSumMeanVar_16s32f, kelsSumMeanVar_16s32f_I);
     for (const int sf : {INT_MIN, -20, -1, 0, 1, 4, 9, 31, 40, INT_MAX}) {
-        const auto scaled = [=](L v) { return test::halfEven<Kel32s>(v, sf); };
+        const auto scaled = [=](Real v) { return halfEven<Kel32s>(v, sf); };
         expectSums<Kel16s, Kel32s>(scaled, 0, kelsSumMeanVar_16s32s_Sfs, kelsSumMeanVar_16s32s_ISfs, sf);
     }
 }
@@ -148,30 +137,30 @@ TEST(ColumnStatistics, Fixed) {
     int sf = -3;
     forBlocks<Kel16s>([&](auto& x, auto&, int h, int w) {
         sf = sf == 18 ? -3 : sf + 3;
-        const auto product = [](L v, int n) { return static_cast<Kel64f>(v) * static_cast<Kel32f>(1.0L / n); };
+        const auto product = [](Real v, int n) { return static_cast<Kel64f>(v) * static_cast<Kel32f>(1.0L / n); };
         std::vector<Kel16s> mean(w), half(w), var(w), own(w);
         std::vector<Kel32s> mean32(w), own32(w), whole(w);
         for (int j = 0; j < w; ++j) {
             const auto sum = Moments(x, j);
-            const L squared = sum.first * sum.first / h;  // exact to far below the truncation
-            mean32[j] = mean[j] = test::saturated<Kel16s>(std::trunc(product(sum.first, h)));
+            const Real squared = sum.first * sum.first / h;  // exact to far below the truncation
+            mean32[j] = mean[j] = saturated<Kel16s>(std::trunc(product(sum.first, h)));
             half[j] = static_cast<Kel16s>(mean[j] / 2);
-            const auto scaled = [&](L v) { return std::trunc(test::scaled(product(v, h - 1), sf)); };
-            var[j] = test::saturated<Kel16s>(scaled(sum.second - L(h) * half[j] * half[j]));
-            own[j] = test::saturated<Kel16s>(scaled(sum.second - squared));
-            own32[j] = test::saturated<Kel32s>(scaled(sum.second - squared));
-            whole[j] = test::saturated<Kel32s>(std::trunc(product(sum.second - std::trunc(squared), h - 1)));
+            const auto scaled = [&](Real v) { return std::trunc(test::scaled(product(v, h - 1), sf)); };
+            var[j] = saturated<Kel16s>(scaled(sum.second - Real(h) * half[j] * half[j]));
+            own[j] = saturated<Kel16s>(scaled(sum.second - squared));
+            own32[j] = saturated<Kel32s>(scaled(sum.second - squared));
+            whole[j] = saturated<Kel32s>(std::trunc(product(sum.second - std::trunc(squared), h - 1)));
         }
         const auto expect = [&](const auto& first, const auto& second, auto f, auto... scaleFactor) {
-            Array a(first), b(second);
+            Guarded a(first), b(second);
             std::fill_n(b.data(), w, 7);
-            test::inEveryRoundingMode([&] { EXPECT_EQ(call<Kel16s>(f, x, nullptr, a, b, w, scaleFactor...), 0); },
-                                      [&] { EXPECT_TRUE(a.vector() == first && b.vector() == second) << sf; });
+            inEveryRoundingMode([&] { EXPECT_EQ(call<Kel16s>(f, x, nullptr, a, b, w, scaleFactor...), 0); },
+                                [&] { EXPECT_TRUE(a.vector() == first && b.vector() == second) << sf; });
         };
         const auto expectMean = [&](auto f) {
-            Array<Kel16s> m(w);
-            test::inEveryRoundingMode([&] { EXPECT_EQ(call<Kel16s>(f, x, nullptr, m, w), 0); },
-                                      [&] { EXPECT_EQ(m.vector(), mean); });
+            Guarded<Kel16s> m(w);
+            inEveryRoundingMode([&] { EXPECT_EQ(call<Kel16s>(f, x, nullptr, m, w), 0); },
+                                [&] { EXPECT_EQ(m.vector(), mean); });
         };
         expectMean(kelsMeanColumn_16s_D2);
         expectMean(kelsMeanColumn_16s_D2L);
@@ -184,26 +173,18 @@ TEST(ColumnStatistics, Fixed) {
 }
 
 TEST(Moments, VarianceFromSums) {
-    const auto variance = [](auto mean, auto var, Kel32f valMean, Kel32f valVar) {
-        const auto m = static_cast<Kel32f>(mean), v = static_cast<Kel32f>(var);
-        return (v - m * m * valMean) * valVar;
+    const auto variance = [](auto m, auto v, Kel32f p, Kel32f q) {
+        return (Kel32f(v) - Kel32f(m) * Kel32f(m) * p) * q;
     };
-    const auto fixed = [=](Kel32s mean, Kel32s var, Kel32f valMean, Kel32f valVar, int sf) {
-        const L value = test::scaled(variance(mean, var, valMean, valVar), std::clamp(sf, -128, 150));
+    const auto whole = [=](Kel32s mean, Kel32s var, Kel32f p, Kel32f q, int sf) {
+        const Real value = scaled(variance(mean, var, p, q), std::clamp(sf, -128, 150));
         return std::fabs(value) < 0x1p31L ? static_cast<Kel32s>(value) : INT_MIN;  // above, too
     };
-    const test::Options options = {.scalars = {0.3, 0.7, 3, 1e-9, 0.6, -2, 14, INT_MIN, 0.9, INT_MAX, NAN},
-                                   .inPlace = true};
-    test::Options integers = options;
-    integers.scalars.pop_back();
-    test::expectElements([=](auto m, auto v, auto, int, auto... c) { return variance(m, v, c...); }, options,
-                         kelsNewVar_32f);
-    test::expectElements([=](auto m, auto v, int, auto... c) { return variance(m, v, c...); }, options,
-                         kelsNewVar_32f_I);
-    test::expectElements([=](auto m, auto v, auto, int, auto... c) { return fixed(m, v, c...); }, integers,
-                         kelsNewVar_32s_Sfs);
-    test::expectElements([=](auto m, auto v, int, auto... c) { return fixed(m, v, c...); }, integers,
-                         kelsNewVar_32s_ISfs);
+    const Options inputs = {.scalars = {0.3, 0.7, 3, 1e-9, 0.6, -2, 14, INT_MIN, 0.9, INT_MAX}, .inPlace = true};
+    expectElements([=](auto m, auto v, auto, int, auto... c) { return variance(m, v, c...); }, inputs, kelsNewVar_32f);
+    expectElements([=](auto m, auto v, int, auto... c) { return variance(m, v, c...); }, inputs, kelsNewVar_32f_I);
+    expectElements([=](auto m, auto v, auto, int, auto... c) { return whole(m, v, c...); }, inputs, kelsNewVar_32s_Sfs);
+    expectElements([=](auto m, auto v, int, auto... c) { return whole(m, v, c...); }, inputs, kelsNewVar_32s_ISfs);
 }
 
 // ---- covariance ------------------------------------------------------------------------------------------------------
@@ -214,13 +195,13 @@ void expectCovariance(D2 blocks, D2L lists) {
     expectChecks<Places{1, 2, 5}>(kStepLast, 1, blocks);
     expectChecks<Places{6, 2, 5}>(kStepLast, 1, blocks);
     expectChecks<Places{-1, 1, 4}>(kStepLast, 1, lists);
-    test::Random random(6);
+    Random random(6);
     for (const auto& [h, w] : {std::pair(50, 39), {1, 1}, {2, 2}, {5, 3}, {20, 4}, {1, 5}, {2, 7}, {5, 8}, {20, 13}}) {
-        test::Block<T> x(h, w, w + (w + h) % 3, [&] { return random.value<T>(4); });
-        Array<T> m(random.vector<T>(w, 2));
+        Block<T> x(h, w, w + (w + h) % 3, [&] { return random.value<T>(4); });
+        Guarded<T> m(random.vector<T>(w, 2));
         const int step = w + h % 2;
         const Kel64f val = 0.7;
-        Array<Kel64f> matrix(random.vector<Kel64f>((w - 1) * step + w)), again(matrix.vector());
+        Guarded<Kel64f> matrix(random.vector<Kel64f>((w - 1) * step + w)), again(matrix.vector());
         const auto before = matrix.vector();
         auto expected = before;
         std::vector<Kel64f*> rows;
@@ -235,8 +216,9 @@ void expectCovariance(D2 blocks, D2L lists) {
                 sum += term;
                 magnitude += term < 0 ? -term : term;
             }
-            const auto exact = static_cast<L>(before[row * step + column] + __float128(val) * sum);
-            const L bound = (h + 4) * 0x1p-64L * static_cast<L>(magnitude) + std::fabs(exact) * (0x1p-53L + 0x1p-63L);
+            const auto exact = static_cast<Real>(before[row * step + column] + __float128(val) * sum);
+            const Real bound =
+                (h + 4) * 0x1p-64L * static_cast<Real>(magnitude) + std::fabs(exact) * (0x1p-53L + 0x1p-63L);
             const Kel64f got = expected[i / w * step + i % w] = matrix[i / w * step + i % w];
             EXPECT_TRUE(near(got, exact, bound)) << h << " x " << w << ": " << i;
         }
@@ -257,7 +239,7 @@ TEST(Statistics, ChecksInTheirOrder) {
     expectChecks<Places{-1, 1, 3}>(kStepLast, 1, kelsMeanColumn_16s_D2L);
     expectChecks<Places{-1, 1, 4}>(kStepLast, 2, kelsVarColumn_16s_D2LSfs, kelsMeanVarColumn_16s_D2LSfs,
                                    kelsMeanVarColumn_16s32s_D2LSfs, kelsMeanVarColumn_16s16s32s_D2L);
-    test::expectVectorChecks(kStepLast, kelsNewVar_32f, kelsNewVar_32f_I, kelsNewVar_32s_Sfs, kelsNewVar_32s_ISfs);
+    expectVectorChecks(kStepLast, kelsNewVar_32f, kelsNewVar_32f_I, kelsNewVar_32s_Sfs, kelsNewVar_32s_ISfs);
 }
 
 }  // namespace

@@ -1,45 +1,30 @@
 // Split quantisation, its inverse, and vectors from plain tables.
-#include <array>
 #include <bit>
-#include <tuple>
 
-#include "support/checks.h"
 #include "training/vq_support.h"
 
 namespace {
 
-using test::Guarded;
-using test::Owned;
-using test::Random;
-using test::Vq;
+using namespace test;
 
 // By the element type T and the type or width of indices.
 #define SPLIT(bits) std::get<sizeof(T) == 2>(std::tuple(&kelsSplitVQ_32f##bits, &kelsSplitVQ_16s##bits))
 #define FORM(bits) std::get<sizeof(T) == 2>(std::tuple(&kelsFormVectorVQ_##bits##32f, &kelsFormVectorVQ_##bits##16s))
 
-template <class T>
-class VqSplit : public ::testing::Test {};
-using ElementTypes = ::testing::Types<Kel32f, Kel16s>;
-TYPED_TEST_SUITE(VqSplit, ElementTypes);
-
-int bitsOf(int size) {
-    return static_cast<int>(std::bit_width(size - 1u));
-}
-
 // Codebooks of several widths, sizes and kinds, and rows to be cut.
 template <class T>
 struct Parts {
     std::vector<Owned<T>> owned;
-    std::vector<typename Vq<T>::Codebook*> codebooks;
+    std::vector<Codebook<T>*> codebooks;
     int width = 0, bits = 0;
 
     Parts(Random& random, const std::vector<std::array<int, 3>>& shapes) {
         for (const auto& [part, size, kind] : shapes) {
-            const auto rows = test::smallIntegers<T>(random, (kind == 1 ? size : 3 * size + 10) * part, -900, 900);
+            const auto rows = smallIntegers<T>(random, (kind == 1 ? size : 3 * size + 10) * part, -900, 900);
             owned.emplace_back(rows, std::vector<T>(), part, part, size, kind);
             codebooks.push_back(owned.back().get());
             width += part;
-            bits += bitsOf(size);
+            bits += std::bit_width(size - 1u);
         }
     }
 };
@@ -50,7 +35,7 @@ template <class T>
 void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
     const int n = static_cast<int>(parts.owned.size()), step = parts.width + 3, wholeStep = n + spare;
     const int bitStep = std::max(1, parts.bits + spare), places = (height - 1) * step + parts.width;
-    const Guarded<T> src(test::smallIntegers<T>(random, places, -900, 900));
+    const Guarded<T> src(smallIntegers<T>(random, places, -900, 900));
     std::vector<Kel16s> indices((height - 1) * wholeStep + n, 77);
     std::vector<T> vectors(places, T(99));
     std::vector<Kel8u> bits((height * bitStep + 7) / 8);
@@ -63,18 +48,17 @@ void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
             indices[r * wholeStep + k] = static_cast<Kel16s>(index);
             std::copy_n(&codebook.codevectors()[index * codebook.width()], codebook.width(), &vectors[column]);
             column += codebook.width();
-            for (int left = bitsOf(codebook.size()) - 1; left >= 0; --left, ++bit) {
+            for (int left = std::bit_width(codebook.size() - 1u); left-- > 0; ++bit) {
                 bits[bit / 8] |= (index >> left & 1) << (7 - bit % 8);
             }
         }
     }
-    const auto expect = [&]<class I>(auto split, auto form, int packedStep, const std::vector<I>& expected,
-                                     int before) {
+    const auto expect = [&]<class I>(auto split, auto form, int rowStep, const std::vector<I>& expected, int before) {
         Guarded<I> packed(std::vector<I>(expected.size(), static_cast<I>(before)));
-        ASSERT_EQ(split(src.data(), step, packed, packedStep, height, parts.codebooks.data(), n), 0);
+        ASSERT_EQ(split(src.data(), step, packed, rowStep, height, parts.codebooks.data(), n), 0);
         ASSERT_EQ(packed.vector(), expected);
         Guarded<T> dst(std::vector<T>(places, T(99)));
-        ASSERT_EQ(form(packed, packedStep, dst, step, height, parts.codebooks.data(), n), 0);
+        ASSERT_EQ(form(packed, rowStep, dst, step, height, parts.codebooks.data(), n), 0);
         ASSERT_EQ(dst.vector(), vectors) << n << " streams, " << height << " rows, " << spare << " spare places";
     };
     expect(SPLIT(16s), FORM(16s), wholeStep, indices, 77);
@@ -82,7 +66,7 @@ void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
     expect(SPLIT(1u), FORM(1u), bitStep, bits, 0xff);
 }
 
-TYPED_TEST(VqSplit, StoresIndicesAndBringsTheirVectorsBack) {
+TYPED_TEST(Codebooks, StoresIndicesAndBringsTheirVectorsBack) {
     Random random(43);
     Parts<TypeParam> all[] = {{random, {{3, 5, 1}}},
                               {random, {{1, 1, 1}}},
@@ -95,37 +79,29 @@ TYPED_TEST(VqSplit, StoresIndicesAndBringsTheirVectorsBack) {
     }
 }
 
-TYPED_TEST(VqSplit, ChecksInOrder) {
+TYPED_TEST(Codebooks, ChecksInOrder) {
     using T = TypeParam;
-    test::expectChecks<test::Places{-1, -1, 6}>({-8, -6}, 1, SPLIT(16s), SPLIT(8u), SPLIT(1u), FORM(16s), FORM(8u),
-                                                FORM(1u));
+    expectChecks<Places{-1, -1, 6}>({-8, -6}, 1, SPLIT(16s), SPLIT(8u), SPLIT(1u), FORM(16s), FORM(8u), FORM(1u));
     Random random(47);
     Parts<T> parts(random, {{2, 5, 1}, {1, 300, 1}});
-    auto** const codebooks = parts.codebooks.data();
-    typename Vq<T>::Codebook* holed[] = {codebooks[0], nullptr};
+    auto** const c = parts.codebooks.data();
+    Codebook<T>* holed[] = {c[0], nullptr};
     const T src[8] = {};
-    Kel16s words[8] = {4, 299, 4, 300};  // one index too large, in the last row
-    Kel8u bits[] = {0xff, 0xff};         // index 7 of 5
+    Kel16s words[8] = {4, 299, 4, 300, 4, -1};  // indices outside in the last rows
+    Kel8u bits[] = {0xff, 0xff};                // index 7 of 5
     T dst[8] = {9};
-    const auto split = [&](int step, int dstStep, int height, auto** c) {
-        return SPLIT(16s)(src, step, words, dstStep, height, c, 2);
-    };
-    const auto form = [&](int dstStep, int step, int height, auto** c) {
-        return FORM(16s)(words, step, dst, dstStep, height, c, 2);
-    };
-    for (const auto& [step, indexStep, height] : {std::array{3, 0, 1}, {3, 2, 0}, {2, 2, 1}, {3, 1, 1}}) {
-        EXPECT_EQ(split(step, indexStep, height, codebooks), kelStatusSize);
-        EXPECT_EQ(form(step, indexStep, height, codebooks), kelStatusSize);
+    EXPECT_EQ(SPLIT(16s)(src, 0, words, 2, 1, holed, 2), kelStatusNullPtr);
+    EXPECT_EQ(FORM(16s)(words, 0, dst, 2, 1, holed, 2), kelStatusNullPtr);
+    // Steps and heights; indices outside; 300 codevectors in bytes, 12 bits in 11.
+    for (const KelStatus status : {SPLIT(16s)(src, 3, words, 0, 1, c, 2), SPLIT(16s)(src, 3, words, 2, 0, c, 2),
+                                   SPLIT(16s)(src, 2, words, 2, 1, c, 2), SPLIT(16s)(src, 3, words, 1, 1, c, 2),
+                                   FORM(16s)(words, 0, dst, 3, 1, c, 2), FORM(16s)(words, 2, dst, 3, 0, c, 2),
+                                   FORM(16s)(words, 2, dst, 2, 1, c, 2), FORM(16s)(words, 1, dst, 3, 1, c, 2),
+                                   FORM(16s)(words, 2, dst, 3, 2, c, 2), FORM(16s)(words + 4, 2, dst, 3, 1, c, 2),
+                                   SPLIT(8u)(src, 3, bits, 2, 1, c, 2), SPLIT(1u)(src, 3, bits, 11, 1, c, 2),
+                                   FORM(1u)(bits, 11, dst, 3, 1, c, 2), FORM(1u)(bits, 12, dst, 3, 1, c, 2)}) {
+        EXPECT_EQ(status, kelStatusSize);
     }
-    EXPECT_EQ(split(0, 2, 1, holed), kelStatusNullPtr);
-    EXPECT_EQ(form(0, 2, 1, holed), kelStatusNullPtr);
-    EXPECT_EQ(form(3, 2, 2, codebooks), kelStatusSize);
-    words[3] = -1;
-    EXPECT_EQ(form(3, 2, 2, codebooks), kelStatusSize);
-    EXPECT_EQ(SPLIT(8u)(src, 3, bits, 2, 1, codebooks, 2), kelStatusSize) << "300 codevectors in bytes";
-    EXPECT_EQ(SPLIT(1u)(src, 3, bits, 11, 1, codebooks, 2), kelStatusSize) << "12 bits";
-    EXPECT_EQ(FORM(1u)(bits, 11, dst, 3, 1, codebooks, 2), kelStatusSize);
-    EXPECT_EQ(FORM(1u)(bits, 12, dst, 3, 1, codebooks, 2), kelStatusSize);
     EXPECT_TRUE(dst[0] == 9 && bits[0] == 0xff && words[0] == 4);
 }
 
@@ -158,7 +134,7 @@ void checkPlain(Form form, std::index_sequence<v...>) {
     EXPECT_EQ(run(tables, widths, zero, 0), kelStatusSize);
     EXPECT_EQ(run(holed, widths, zero, 0), kelStatusNullPtr);
     EXPECT_EQ(dst.vector(), expected);
-    test::expectChecks<test::Places{-1, -1, 5 + sizeof...(v)}>({-8, -6}, 1, form);
+    expectChecks<Places{-1, -1, 5 + sizeof...(v)}>({-8, -6}, 1, form);
 }
 
 #define CHECK_PLAIN(I, T)                                                                \

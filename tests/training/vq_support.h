@@ -1,78 +1,53 @@
 // Both element types behind one set of names, and what codebooks are compared with.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
 #include <memory>
 #include <numeric>
-#include <type_traits>
-#include <vector>
 
 #include "kels/vq.h"
-#include "support/guarded.h"
-#include "support/random.h"
+#include "support/support.h"
 
 namespace test {
 
-// A function by the element type T, for names that end in it, and search kernels, whose names hold its bits.
+// A function by the element type T: for names that end in it, for forms with distances, and for search kernels, whose
+// names hold its bits.
 #define VQ(name) std::get<sizeof(T) == 2>(std::tuple(&kels##name##_32f, &kels##name##_16s))
+#define VQ_DIST(name) std::get<sizeof(T) == 2>(std::tuple(&kelsVQDist##name##_32f, &kelsVQDist##name##_16s32s_Sfs))
 #define VQ_KERNEL(name) std::get<sizeof(T) == 2>(std::tuple(&kelsCdbk32VQ##name, &kelsCdbk16VQ##name))
 
-// Forms with distances: floats have no scale.
 template <class T>
-struct Vq;
-template <>
-struct Vq<Kel32f> {
-    using Codebook = KelCdbk_32f;
-    using Distance = Kel32f;
-    static KelStatus distances(const Kel32f* src, int step, Kel32s* idx, Kel32f* dist, int height, Codebook* c, int) {
-        return kelsVQDist_32f(src, step, idx, dist, height, c);
-    }
-    static KelStatus sortDistances(const Kel32f* src, Kel32s* idx, Kel32f* dist, Codebook* c, int n, int) {
-        return kelsVQDistSingle_Sort_32f(src, idx, dist, c, n);
-    }
-    static KelStatus threshDistances(const Kel32f* src, Kel32s* idx, Kel32f* dist, Codebook* c, Kel32f factor,
-                                     Kel32s* n, int) {
-        return kelsVQDistSingle_Thresh_32f(src, idx, dist, c, factor, n);
-    }
-};
-template <>
-struct Vq<Kel16s> {
-    using Codebook = KelCdbk_16s;
-    using Distance = Kel32s;
-    static constexpr auto distances = kelsVQDist_16s32s_Sfs;
-    static constexpr auto sortDistances = kelsVQDistSingle_Sort_16s32s_Sfs;
-    static constexpr auto threshDistances = kelsVQDistSingle_Thresh_16s32s_Sfs;
-};
+class Codebooks : public testing::Test {};
+using ElementTypes = testing::Types<Kel32f, Kel16s>;
+TYPED_TEST_SUITE(Codebooks, ElementTypes);
 
-// The plain constructor, or that with weights if there are some.
 template <class T>
-KelStatus makeCodebook(typename Vq<T>::Codebook** made, const T* rows, const T* weights, int width, int step,
-                       int height, int size, int kind) {
-    return weights == nullptr ? VQ(CdbkInitAlloc_L2)(made, rows, width, step, height, size, kind)
-                              : VQ(CdbkInitAlloc_WgtL2)(made, rows, weights, width, step, height, size, kind);
+using Codebook = std::conditional_t<sizeof(T) == 2, KelCdbk_16s, KelCdbk_32f>;
+template <class T>
+using Distance = std::conditional_t<sizeof(T) == 2, Kel32s, Kel32f>;
+
+// Calls a form with distances: floats have no scale.
+KelStatus callScaled(auto form, int scaleFactor, auto&&... arguments) {
+    if constexpr (std::is_invocable_v<decltype(form), decltype(arguments)...>)
+        return form(arguments...);
+    else
+        return form(arguments..., scaleFactor);
 }
 
 // A codebook with the five words that both types begin with.
 template <class T>
 struct Owned {
-    struct Release {
-        void operator()(typename Vq<T>::Codebook* codebook) const { EXPECT_EQ(VQ(CdbkFree)(codebook), 0); }
-    };
-    std::unique_ptr<typename Vq<T>::Codebook, Release> record;
+    std::unique_ptr<Codebook<T>, KelStatus (*)(Codebook<T>*)> record{nullptr, VQ(CdbkFree)};
     KelStatus status = -1;
     bool weighted;
 
     Owned(const std::vector<T>& rows, const std::vector<T>& weights, int width, int step, int size, int kind)
         : weighted(!weights.empty()) {
-        typename Vq<T>::Codebook* made = nullptr;
+        Codebook<T>* made = nullptr;
         const int height = (static_cast<int>(rows.size()) - width) / step + 1;
-        const Guarded<T> guardedRows(rows), guardedWeights(weights);
-        status = makeCodebook<T>(&made, guardedRows.data(), weights.empty() ? nullptr : guardedWeights.data(), width,
-                                 step, height, size, kind);
+        const Guarded<T> src(rows), wgt(weights);
+        status = weighted ? VQ(CdbkInitAlloc_WgtL2)(&made, src.data(), wgt.data(), width, step, height, size, kind)
+                          : VQ(CdbkInitAlloc_L2)(&made, src.data(), width, step, height, size, kind);
+        EXPECT_EQ(made == nullptr, status < 0);
         record.reset(made);
     }
     auto* get() const { return record.get(); }
