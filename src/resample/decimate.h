@@ -17,8 +17,8 @@
 
 namespace kels {
 
-constexpr int kMostSpread = 4096;        // outputs at once
-constexpr std::ptrdiff_t kMargin = 512;  // places on both sides of their sums
+inline constexpr int kMostSpread = 4096;           // outputs at once
+inline constexpr std::ptrdiff_t kSumMargin = 512;  // places on both sides of their sums
 
 // What an input gives to one vector of sums.
 [[gnu::always_inline]] inline void spread(const Vec<Kel32f>& lowWeight, const Vec<Kel32f>& low,
@@ -68,10 +68,10 @@ void decimate(const FilterRows rows, const ResampleTimes& times, int64_t firstOu
     const std::ptrdiff_t lobeEnd = std::min(lobe + std::max<std::ptrdiff_t>(16, w), span);
     // What the lobe of the filter gives is kept apart: where the other sums are small, so is their rounding.
     struct {
-        alignas(64) Kel32f rest[kMargin + kMostSpread + kMargin], lobe[kMargin + kMostSpread + kMargin];
+        alignas(64) Kel32f rest[kSumMargin + kMostSpread + kSumMargin], lobe[kSumMargin + kMostSpread + kSumMargin];
     } sums;
-    std::fill_n(sums.rest, kMargin + count + kMargin, 0.0f);
-    std::fill_n(sums.lobe, kMargin + count + kMargin, 0.0f);
+    std::fill_n(sums.rest, kSumMargin + count + kSumMargin, 0.0f);
+    std::fill_n(sums.lobe, kSumMargin + count + kSumMargin, 0.0f);
 
     const FractionOrder order(timeOf(0), times.factor, inputs);
     int next = order.lowest();
@@ -100,11 +100,11 @@ void decimate(const FilterRows rows, const ResampleTimes& times, int64_t firstOu
         const auto inParts = [&](std::ptrdiff_t first, std::ptrdiff_t last, auto part) __attribute__((always_inline)) {
             first = std::max<std::ptrdiff_t>(first, 0) / w * w;
             last = std::min(last, span);
-            part(sums.rest + kMargin, first, std::min(last, lobe));
-            part(sums.lobe + kMargin, std::max(first, lobe), std::min(last, lobeEnd));
-            part(sums.rest + kMargin, std::max(first, lobeEnd), last);
+            part(sums.rest + kSumMargin, first, std::min(last, lobe));
+            part(sums.lobe + kSumMargin, std::max(first, lobe), std::min(last, lobeEnd));
+            part(sums.rest + kSumMargin, std::max(first, lobeEnd), last);
         };
-        if (span > kMargin) {
+        if (span > kSumMargin) {
             for (int k = 0; k < 4; ++k)
                 inParts(-zero[k], count - zero[k], [&](Kel32f* part, std::ptrdiff_t begin, std::ptrdiff_t end) {
                     for (std::ptrdiff_t n = begin; n < end; n += w)
@@ -129,9 +129,9 @@ void decimate(const FilterRows rows, const ResampleTimes& times, int64_t firstOu
                     });
             });
     }
-    for (std::ptrdiff_t n = kMargin; n < kMargin + count; n += w)
+    for (std::ptrdiff_t n = kSumMargin; n < kSumMargin + count; n += w)
         store(sums.rest + n, Vec<Kel32f>(load(sums.rest + n) + load(sums.lobe + n)));
-    put(sums.rest + kMargin);
+    put(sums.rest + kSumMargin);
 }
 
 }  // namespace kels

@@ -19,7 +19,7 @@ struct SpreadInput {
     Kel32f lowWeight, highWeight;
 };
 
-constexpr int kMostInTime = 2048;  // outputs at once; many more than a filter has taps
+inline constexpr int kMostInTime = 2048;  // outputs at once; many more than a filter has taps
 
 // sums[n] += what the inputs give, begin <= n < end rounded up to whole vectors.
 template <std::size_t... I>

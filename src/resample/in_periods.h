@@ -35,7 +35,7 @@ inline Period periodOf(Kel64f step, int mostOutputs) {
     }
 }
 
-constexpr std::size_t kMostTaps = 4096;  // of a fraction's filter
+inline constexpr std::size_t kMostTaps = 4096;  // of a fraction's filter
 
 // The filter of a fraction; returns the sample that it begins with, where sample 0 is the one at or before the output.
 // For factors from 1 on: between two rows.

@@ -211,7 +211,6 @@ template <class T>
 bool buildGrid(Codebook<T>& codebook) {
     const auto count = size(codebook.cdbkSize);
     if (codebook.width > 2 || count <= 10) return true;
-    if (count > std::size_t{1} << 24) return true;  // places in a list are counted in Reals
     GridPoints points = {codebook.width, count, {}, {}, {}, {}};
     Scratch<Kel32f, 512> positions(2 * static_cast<int64_t>(count));
     if (positions.failed()) return false;
@@ -278,6 +277,7 @@ class GridSearch {
         const int cell = grid_.cells.cellOf(vector);
         if (cell < 0) return nearestOf<Weighting>(Candidates<T>{vector, codevectors_, weights_}, count_, Width);
         const std::size_t length = grid_.length(cell);
+        if (length > kMostPlaces) return nearestInOrder(vector, cell);
         // By lane: the least distance, where it stands, and the least of the others.
         Vec<Real> least(kInfinity), at(Real(0)), others(kInfinity);
         for (std::size_t i = 0; i < length; i += w) {
@@ -297,6 +297,7 @@ class GridSearch {
     using Real = RealOf<T>;
     static constexpr std::size_t w = lanes<Real>;
     static constexpr Real kInfinity = std::numeric_limits<Real>::infinity();
+    static constexpr std::size_t kMostPlaces = std::size_t{1} << 24;  // in a list, that single precision tells apart
 
     // From candidates i, i + 1, ... of a cell.
     [[gnu::always_inline]] Vec<Real> distances(const T* vector, int cell, std::size_t i) const {
