@@ -47,7 +47,7 @@ function(kels_add_library target arch subfolder)
     ${target}_objects
     PRIVATE ${arch_flags} -ffp-contract=off -fno-math-errno -fno-exceptions -fno-rtti -ffunction-sections
             -Wall -Wextra -Wconversion -Wshadow)
-  kels_precompile(${target}_objects <core/simd.h>)
+  kels_precompile(${target}_objects <core/simd/vec.h>)
 
   set(script ${PROJECT_SOURCE_DIR}/cmake/kelsra6.map)
   add_library(${target} SHARED $<TARGET_OBJECTS:${target}_objects>)

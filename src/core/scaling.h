@@ -10,8 +10,8 @@
 #include <limits>
 #include <type_traits>
 
-#include "core/simd.h"
-#include "core/simd_int.h"
+#include "core/simd/vec.h"
+#include "core/simd/integers.h"
 #include "kels/types.h"
 
 namespace kels {

@@ -5,10 +5,10 @@
 #include <cstddef>
 #include <limits>
 
-#include "core/convert.h"
+#include "core/vector/convert.h"
 #include "core/scaling.h"
-#include "core/simd.h"
-#include "core/vector_math.h"
+#include "core/simd/vec.h"
+#include "core/simd/elementary.h"
 #include "kels/types.h"
 
 namespace kels {

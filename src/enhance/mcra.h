@@ -7,9 +7,9 @@
 #include <cstddef>
 
 #include "core/check.h"
-#include "core/fill_copy.h"
+#include "core/vector/fill_copy.h"
 #include "core/scaling.h"
-#include "core/simd.h"
+#include "core/simd/vec.h"
 #include "kels/enhance.h"
 
 struct KelMCRAState_32s {

@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "core/simd.h"
-#include "core/simd_rows.h"
+#include "core/simd/vec.h"
+#include "core/simd/rows.h"
 #include "kels/dct.h"
 #include "kels/types.h"
 

@@ -1,7 +1,7 @@
 #include "kels/frame.h"
 
 #include "core/check.h"
-#include "core/fill_copy.h"
+#include "core/vector/fill_copy.h"
 #include "frontend/frame_kernels.h"
 
 namespace kels {

@@ -8,8 +8,8 @@
 #include <type_traits>
 
 #include "core/scaling.h"
-#include "core/simd.h"
-#include "core/simd_int.h"
+#include "core/simd/vec.h"
+#include "core/simd/integers.h"
 #include "kels/types.h"
 
 namespace kels {

@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "core/memory.h"
-#include "core/simd.h"
-#include "core/turn_over.h"
+#include "core/simd/vec.h"
+#include "core/simd/transpose.h"
 
 namespace kels {
 

@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "core/convert.h"
-#include "core/extrema.h"
-#include "core/fill_copy.h"
+#include "core/vector/convert.h"
+#include "core/vector/extrema.h"
+#include "core/vector/fill_copy.h"
 #include "core/scaling.h"
-#include "core/simd.h"
+#include "core/simd/vec.h"
 #include "kels/types.h"
 
 namespace kels {

@@ -4,8 +4,8 @@
 #include <cstddef>
 
 #include "core/scaling.h"
-#include "core/simd.h"
-#include "core/vector_math.h"
+#include "core/simd/vec.h"
+#include "core/simd/elementary.h"
 #include "kels/types.h"
 
 namespace kels {

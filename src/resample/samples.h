@@ -4,10 +4,10 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "core/convert.h"
+#include "core/vector/convert.h"
 #include "core/scaling.h"
-#include "core/simd.h"
-#include "core/simd_rows.h"
+#include "core/simd/vec.h"
+#include "core/simd/rows.h"
 #include "kels/types.h"
 
 namespace kels {

@@ -7,10 +7,10 @@
 #include <cstddef>
 #include <limits>
 
-#include "core/convert.h"
-#include "core/fill_copy.h"
-#include "core/log_product.h"
-#include "core/simd.h"
+#include "core/vector/convert.h"
+#include "core/vector/fill_copy.h"
+#include "training/log_product.h"
+#include "core/simd/vec.h"
 #include "kels/types.h"
 
 namespace kels {

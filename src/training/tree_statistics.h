@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <limits>
 
-#include "core/convert.h"
-#include "core/log_product.h"
-#include "core/simd.h"
+#include "core/vector/convert.h"
+#include "training/log_product.h"
+#include "core/simd/vec.h"
 #include "kels/types.h"
 
 namespace kels {

@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <limits>
 
-#include "core/fill_copy.h"
+#include "core/vector/fill_copy.h"
 #include "core/scaling.h"
-#include "core/simd.h"
-#include "core/simd_int.h"
-#include "core/simd_rows.h"
+#include "core/simd/vec.h"
+#include "core/simd/integers.h"
+#include "core/simd/rows.h"
 #include "kels/types.h"
 
 namespace kels {

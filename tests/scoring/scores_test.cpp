@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-#include "scoring/log_reference.h"
+#include "scoring/log/reference.h"
 #include "support/allocation.h"
 #include "support/block.h"
 #include "support/elements.h"

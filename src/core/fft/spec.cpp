@@ -1,0 +1,166 @@
+#include "core/fft/spec.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <numbers>
+
+#include "core/fft/lanes.h"
+#include "core/scaling.h"
+
+namespace kels {
+namespace {
+
+constexpr std::size_t kLine = 64;  // bytes of a cache line
+constexpr std::size_t kBoundary = 16;
+
+// e^(-2 pi i k / n) for a power of two n >= 8 and any k, rounded once from double.  Angles are reduced to an eighth of
+// the circle in integers, so that they lose nothing and symmetric twiddles agree to the bit.
+Kel32fc unitRoot(std::size_t k, std::size_t n) {
+    k &= n - 1;
+    const std::size_t quarter = k / (n / 4);
+    const std::size_t rest = k % (n / 4);
+    const bool upper = rest > n / 8;
+    const double angle =
+        static_cast<double>(upper ? n / 4 - rest : rest) * (2 * std::numbers::pi / static_cast<double>(n));
+    double re = std::cos(angle);
+    double im = std::sin(angle);
+    if (upper) std::swap(re, im);
+    for (std::size_t i = 0; i < quarter; ++i) re = -std::exchange(im, re);
+    return {static_cast<Kel32f>(re), static_cast<Kel32f>(-im)};
+}
+
+void fillLaneTwiddles(int order, Kel32fc* out) {
+    for (int bits = radixBits(order); bits < order; order -= bits, bits = radixBits(order)) {
+        const std::size_t n = std::size_t{1} << order;
+        for (std::size_t p = 0; p < n >> bits; ++p) {
+            for (std::size_t j = 1; j < std::size_t{1} << bits; ++j) *out++ = unitRoot(p * j, n);
+        }
+    }
+}
+
+// A unit of w_n^(step * k) for W consecutive k.
+void fillUnit(std::size_t width, std::size_t first, std::size_t step, std::size_t n, Kel32f* out) {
+    for (std::size_t i = 0; i < width; ++i) {
+        const Kel32fc root = unitRoot((first + i) * step, n);
+        out[i] = root.re;
+        out[width + i] = root.im;
+    }
+}
+
+// Places in one block, each table from a line of its own.
+class Layout {
+  public:
+    std::size_t add(int64_t floats) {
+        const int64_t start = total_;
+        total_ += roundUp<int64_t>(floats, kLine / sizeof(Kel32f));
+        return static_cast<std::size_t>(start);
+    }
+    int64_t total() const { return total_; }
+
+  private:
+    int64_t total_ = 0;
+};
+
+template <int W>
+bool buildInCacheTables(KelFFTSpec_R_32f& spec) {
+    const std::size_t m = std::size_t{1} << (spec.order - 1);
+    const std::size_t length = m / W;
+    const int laneOrder = spec.order - 1 - kWidthBits<W>;
+    Layout layout;
+    const std::size_t lanesAt = layout.add(2 * static_cast<int64_t>(laneTwiddleCount(laneOrder)));
+    const std::size_t crossAt = layout.add(2 * (W - 1) * static_cast<int64_t>(std::max<std::size_t>(length, W)));
+    const std::size_t rotationAt = layout.add(static_cast<int64_t>(m));
+    Kel32f* const block = allocate<Kel32f>(layout.total());
+    if (block == nullptr) return false;
+
+    spec.laneTwiddles = reinterpret_cast<Kel32fc*>(block + lanesAt);
+    spec.crossTwiddles = block + crossAt;
+    spec.forwardRotation = block + rotationAt;
+    fillLaneTwiddles(laneOrder, spec.laneTwiddles);
+    Kel32f* cross = spec.crossTwiddles;
+    for (std::size_t k = 0; k < length; k += W) {
+        for (std::size_t l = 1; l < W; ++l, cross += 2 * W) fillUnit(W, k, l, m, cross);
+    }
+    return true;
+}
+
+bool buildSteppedTables(KelFFTSpec_R_32f& spec) {
+    constexpr int W = kWidestFloats;
+    const int64_t m = int64_t{1} << (spec.order - 1);
+    const std::size_t rows = std::size_t{1} << rowBits(spec.order);
+    const std::size_t columns = std::size_t{1} << columnBits(spec.order);
+    Layout layout;
+    const std::size_t lanesAt = layout.add(2 * static_cast<int64_t>(laneTwiddleCount(rowBits(spec.order))));
+    const std::size_t rowsAt = layout.add(2 * static_cast<int64_t>(laneTwiddleCount(columnBits(spec.order))));
+    const std::size_t crossAt = layout.add(2 * W * static_cast<int64_t>(rows));
+    const std::size_t stepAt = layout.add(2 * m / W);
+    const std::size_t rotationAt = layout.add(m);
+    Kel32f* const block = allocate<Kel32f>(layout.total());
+    if (block == nullptr) return false;
+
+    spec.laneTwiddles = reinterpret_cast<Kel32fc*>(block + lanesAt);
+    spec.rowTwiddles = reinterpret_cast<Kel32fc*>(block + rowsAt);
+    spec.crossTwiddles = block + crossAt;
+    spec.stepTwiddles = reinterpret_cast<Kel32fc*>(block + stepAt);
+    spec.forwardRotation = block + rotationAt;
+    fillLaneTwiddles(rowBits(spec.order), spec.laneTwiddles);
+    fillLaneTwiddles(columnBits(spec.order), spec.rowTwiddles);
+    const std::size_t n = rows * columns;
+    for (std::size_t k = 0; k < rows; ++k) fillUnit(W, 0, k, n, spec.crossTwiddles + 2 * W * k);
+    Kel32fc* step = spec.stepTwiddles;
+    for (std::size_t c = 0; c < columns; c += W) {
+        for (std::size_t k = 0; k < rows; ++k) *step++ = unitRoot(c * k, n);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool buildTables(KelFFTSpec_R_32f& spec) {
+    if (spec.order < kFirstTableOrder) return true;
+    const NearestScope scope;
+    const bool built = spec.order >= kFirstSteppedOrder ? buildSteppedTables(spec)
+                       : spec.order >= kFirstWideOrder  ? buildInCacheTables<kWidestFloats>(spec)
+                                                        : buildInCacheTables<4>(spec);
+    if (!built) return false;
+    const std::size_t n = std::size_t{1} << spec.order;
+    for (std::size_t k = 0; k < n / 4; ++k) {
+        const Kel32fc root = unitRoot(k, n);
+        spec.forwardRotation[k] = root.re;
+        spec.forwardRotation[n / 4 + k] = -root.im;
+    }
+    spec.inverseRotation = spec.forwardRotation;
+    const int64_t bytes = scratchBytes(spec.order);
+    spec.bufferSize = bytes > std::numeric_limits<Kel32s>::max() ? 0 : static_cast<Kel32s>(bytes);
+    return true;
+}
+
+void freeTables(KelFFTSpec_R_32f& spec) {
+    kelsFree(spec.laneTwiddles);
+}
+
+int64_t scratchBytes(int order) {
+    if (order < kFirstTableOrder) return 0;
+    const int64_t pairs = int64_t{1} << (order - 1);
+    // In steps: a gap behind each row, and the lines.
+    const int64_t more =
+        order < kFirstSteppedOrder ? 0 : (int64_t{1} << rowBits(order)) + (int64_t{1} << columnBits(order));
+    return static_cast<int64_t>(sizeof(Kel32fc)) * (pairs + kWidestFloats * more) +
+           static_cast<int64_t>(kLine - kBoundary);
+}
+
+WorkBuffer::WorkBuffer(const KelFFTSpec_R_32f& spec, Kel8u* callers) {
+    const int64_t bytes = scratchBytes(spec.order);
+    if (bytes == 0) return;
+    Kel8u* memory = callers;
+    if (callers == nullptr || spec.bufferSize == 0) {
+        memory = owned_ = allocate<Kel8u>(bytes);
+        failed_ = memory == nullptr;
+        if (failed_) return;
+    }
+    floats_ = reinterpret_cast<Kel32f*>(alignUp(alignUp(memory, kBoundary), kLine));
+}
+
+}  // namespace kels

@@ -1,0 +1,302 @@
+// Sums along rows of any length: how the last elements of a row are loaded, and how the partial sums of four rows are
+// folded together.
+#pragma once
+
+#include "core/simd/vec.h"
+
+namespace kels {
+
+// ---- loads ---------------------------------------------------------------------------------------------------------
+
+// The two ways in which a row is loaded: whole vectors...
+struct AllLanes {
+    Vec<float> load(const float* p) const { return kels::load(p); }
+    Vec<int32_t> load(const int16_t* p) const { return loadInt(p); }
+    template <class T>
+    Vec<double> loadWide(const T* p) const {
+        return kels::loadWide(p);
+    }
+};
+
+// ... and its end: the first n < lanes<float> elements, or n < lanes<double> as doubles, and zeros.  What n demands is made ready once for many loads.
+// `before` elements in front of p may be read too.
+class FirstLanes {
+  public:
+#if defined(__AVX512F__)
+    explicit FirstLanes(std::size_t n, std::size_t = 0) : mask_(static_cast<__mmask16>((1u << n) - 1)) {}
+
+    Vec<float> load(const float* p) const {
+        return Vec<float>(_mm512_maskz_loadu_ps(mask_, p));
+    }
+    Vec<int32_t> load(const int16_t* p) const {
+        return Vec<int32_t>(_mm512_cvtepi16_epi32(_mm256_maskz_loadu_epi16(mask_, p)));
+    }
+    Vec<double> loadWide(const double* p) const {
+        return Vec<double>(_mm512_maskz_loadu_pd(static_cast<__mmask8>(mask_), p));
+    }
+    Vec<double> loadWide(const float* p) const {
+        return Vec<double>(_mm512_cvtps_pd(_mm256_maskz_loadu_ps(static_cast<__mmask8>(mask_), p)));
+    }
+
+  private:
+    __mmask16 mask_;
+#elif defined(__AVX2__)
+    explicit FirstLanes(std::size_t n, std::size_t before = 0)
+        : n_(n), wholeLoad_(n + before >= 8), mask_(firstLanes(n, std::integral_constant<int, 4>())) {
+        // Byte i comes from byte i + 16 - 2n; from 16 on the index turns negative, which makes zeros.
+        const __m128i index = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+        down_ = _mm_add_epi8(index, _mm_set1_epi8(static_cast<char>(16 - 2 * n)));
+        down_ = _mm_or_si128(down_, _mm_cmpgt_epi8(down_, _mm_set1_epi8(15)));
+    }
+
+    Vec<float> load(const float* p) const {
+        return Vec<float>(_mm256_maskload_ps(p, mask_));
+    }
+    Vec<int32_t> load(const int16_t* p) const {
+        if (!wholeLoad_) return Vec<int32_t>(_mm256_cvtepi16_epi32(few(p)));
+        const __m128i last = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n_) - 1);
+        return Vec<int32_t>(_mm256_cvtepi16_epi32(_mm_shuffle_epi8(last, down_)));
+    }
+    Vec<double> loadWide(const double* p) const {
+        return Vec<double>(_mm256_maskload_pd(p, _mm256_cvtepi32_epi64(_mm256_castsi256_si128(mask_))));
+    }
+    Vec<double> loadWide(const float* p) const {
+        return Vec<double>(_mm256_cvtps_pd(_mm_maskload_ps(p, _mm256_castsi256_si128(mask_))));
+    }
+
+  private:
+    __m128i few(const int16_t* p) const {
+        if (n_ <= 4) return upTo4(p, n_);
+        // The last four, shifted down over what they share with the first four.
+        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        const __m128i high = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + n_ - 4));
+        return _mm_unpacklo_epi64(low, _mm_srl_epi64(high, _mm_cvtsi32_si128(static_cast<int>(128 - 16 * n_))));
+    }
+
+    std::size_t n_;
+    bool wholeLoad_;
+    __m256i mask_;
+    __m128i down_;
+#else
+    explicit FirstLanes(std::size_t n, std::size_t = 0) : n_(n) {}
+
+    Vec<float> load(const float* p) const {
+        if (n_ == 1) return Vec<float>(_mm_load_ss(p));
+        const __m128 two = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
+        return Vec<float>(n_ == 2 ? two : _mm_movelh_ps(two, _mm_load_ss(p + 2)));
+    }
+    Vec<int32_t> load(const int16_t* p) const {
+        const __m128i v = upTo4(p, n_);
+        return Vec<int32_t>(_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16));
+    }
+
+  private:
+    std::size_t n_;
+#endif
+#if !defined(__AVX512F__)
+    static __m128i upTo4(const int16_t* p, std::size_t n) {
+        if (n == 4) return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        if (n == 1) return _mm_cvtsi32_si128(static_cast<uint16_t>(p[0]));
+        int32_t two;
+        __builtin_memcpy(&two, p, sizeof two);
+        return n == 2 ? _mm_cvtsi32_si128(two) : _mm_insert_epi16(_mm_cvtsi32_si128(two), p[2], 2);
+    }
+#endif
+};
+
+// ---- sums ----------------------------------------------------------------------------------------------------------
+
+// The sums over the lanes of each of four vectors, at dst[0..3]: the vectors are folded together, so that four sums cost
+// little more than one.
+inline void sumsOf4(const Vec<float>& a, const Vec<float>& b, const Vec<float>& c, const Vec<float>& d, float* dst) {
+#if defined(__AVX512F__)
+    const __m512 ab = _mm512_add_ps(_mm512_unpacklo_ps(native(a), native(b)), _mm512_unpackhi_ps(native(a), native(b)));
+    const __m512 cd = _mm512_add_ps(_mm512_unpacklo_ps(native(c), native(d)), _mm512_unpackhi_ps(native(c), native(d)));
+    const __m512 quarters = _mm512_add_ps(_mm512_shuffle_ps(ab, cd, 0x44), _mm512_shuffle_ps(ab, cd, 0xee));
+    const __m256 halves = _mm256_add_ps(_mm512_castps512_ps256(quarters), _mm512_extractf32x8_ps(quarters, 1));
+    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(halves), _mm256_extractf128_ps(halves, 1)));
+#elif defined(__AVX2__)
+    const __m256 ab = _mm256_add_ps(_mm256_unpacklo_ps(native(a), native(b)), _mm256_unpackhi_ps(native(a), native(b)));
+    const __m256 cd = _mm256_add_ps(_mm256_unpacklo_ps(native(c), native(d)), _mm256_unpackhi_ps(native(c), native(d)));
+    const __m256 halves = _mm256_add_ps(_mm256_shuffle_ps(ab, cd, 0x44), _mm256_shuffle_ps(ab, cd, 0xee));
+    _mm_storeu_ps(dst, _mm_add_ps(_mm256_castps256_ps128(halves), _mm256_extractf128_ps(halves, 1)));
+#else
+    const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(native(a), native(b)), _mm_unpackhi_ps(native(a), native(b)));
+    const __m128 cd = _mm_add_ps(_mm_unpacklo_ps(native(c), native(d)), _mm_unpackhi_ps(native(c), native(d)));
+    _mm_storeu_ps(dst, _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab)));
+#endif
+}
+
+// Sums of doubles that keep what rounding loses: high + low.
+struct DoubledValue {
+    double high, low;
+
+    explicit operator double() const { return high + low; }
+    friend DoubledValue operator+(const DoubledValue& x, const DoubledValue& y) {
+        const ExactSum<double> sum(x.high, y.high);
+        return {sum.sum, sum.lost + (x.low + y.low)};
+    }
+};
+
+#if defined(__AVX2__)
+struct DoubledSum {
+    Vec<double> high, low;
+
+    // The totals over the lanes of each of four sums, at dst[0..3].
+    static void totals(const DoubledSum& a, const DoubledSum& b, const DoubledSum& c, const DoubledSum& d,
+                       DoubledValue* dst) {
+        const DoubledSum ab = folded<EvenAndOdd>(a, b), cd = folded<EvenAndOdd>(c, d);
+        const DoubledSum halves = folded<Quarters>(ab, cd);
+#if defined(__AVX512F__)
+        const DoubledSum abcd = folded<Quarters>(halves, halves);
+        const __m256d high = _mm512_castpd512_pd256(native(abcd.high)), low = _mm512_castpd512_pd256(native(abcd.low));
+#else
+        const __m256d high = native(halves.high), low = native(halves.low);
+#endif
+        const __m256d ac = _mm256_unpacklo_pd(high, low), bd = _mm256_unpackhi_pd(high, low);
+        _mm256_storeu_pd(&dst[0].high, _mm256_permute2f128_pd(ac, bd, 0x20));
+        _mm256_storeu_pd(&dst[2].high, _mm256_permute2f128_pd(ac, bd, 0x31));
+    }
+
+  private:
+    // The lanes of x and y that are to be added to those that the second one gives.
+    struct EvenAndOdd {
+#if defined(__AVX512F__)
+        static __m512d one(__m512d x, __m512d y) {
+            return _mm512_unpacklo_pd(x, y);
+        }
+        static __m512d other(__m512d x, __m512d y) {
+            return _mm512_unpackhi_pd(x, y);
+        }
+#else
+        static __m256d one(__m256d x, __m256d y) {
+            return _mm256_unpacklo_pd(x, y);
+        }
+        static __m256d other(__m256d x, __m256d y) {
+            return _mm256_unpackhi_pd(x, y);
+        }
+#endif
+    };
+    struct Quarters {
+#if defined(__AVX512F__)
+        static __m512d one(__m512d x, __m512d y) {
+            return _mm512_shuffle_f64x2(x, y, 0x88);
+        }
+        static __m512d other(__m512d x, __m512d y) {
+            return _mm512_shuffle_f64x2(x, y, 0xdd);
+        }
+#else
+        static __m256d one(__m256d x, __m256d y) {
+            return _mm256_permute2f128_pd(x, y, 0x20);
+        }
+        static __m256d other(__m256d x, __m256d y) {
+            return _mm256_permute2f128_pd(x, y, 0x31);
+        }
+#endif
+    };
+    template <class Choice>
+    static DoubledSum folded(const DoubledSum& x, const DoubledSum& y) {
+        const auto one = [](const Vec<double>& v, const Vec<double>& w) {
+            return Vec<double>(Choice::one(native(v), native(w)));
+        };
+        const auto other = [](const Vec<double>& v, const Vec<double>& w) {
+            return Vec<double>(Choice::other(native(v), native(w)));
+        };
+        const ExactSum<Vec<double>> sum(one(x.high, y.high), other(x.high, y.high));
+        return {sum.sum, sum.lost + (one(x.low, y.low) + other(x.low, y.low))};
+    }
+};
+#endif
+
+// Exact sums of products of 32-bit integers, lanes<int32_t> products at a time.
+#if defined(__AVX2__)
+// In lanes of 64 bits.
+class ExactSums {
+  public:
+    static constexpr std::size_t kMost = 1 << 20;  // additions that are surely exact
+
+    void addProducts(const Vec<int32_t>& x, const Vec<int32_t>& y) {
+        add(even(native(x), native(y)), even(odd(native(x)), odd(native(y))));
+    }
+    // d * d * v, where |d * v| < 2^31.
+    void addWeightedSquares(const Vec<int32_t>& d, const Vec<int32_t>& v) { addProducts(d * v, d); }
+
+    // As sumsOf4 for vectors.
+    static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
+        const __m256i v = a.half(), w = b.half(), x = c.half(), y = d.half();
+        const __m256i ab = _mm256_add_epi64(_mm256_unpacklo_epi64(v, w), _mm256_unpackhi_epi64(v, w));
+        const __m256i cd = _mm256_add_epi64(_mm256_unpacklo_epi64(x, y), _mm256_unpackhi_epi64(x, y));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), _mm256_add_epi64(_mm256_permute2x128_si256(ab, cd, 0x20),
+                                                                              _mm256_permute2x128_si256(ab, cd, 0x31)));
+    }
+
+  private:
+#if defined(__AVX512F__)
+    __m256i half() const {
+        return _mm256_add_epi64(_mm512_castsi512_si256(sums_), _mm512_extracti64x4_epi64(sums_, 1));
+    }
+#else
+    __m256i half() const {
+        return sums_;
+    }
+#endif
+    void add(NativeInt x, NativeInt y) {
+        sums_ = plus(plus(sums_, x), y);
+    }
+    // The products of the even places as 64-bit numbers; the odd places moved to the even ones.
+#if defined(__AVX512F__)
+    static NativeInt plus(NativeInt x, NativeInt y) {
+        return _mm512_add_epi64(x, y);
+    }
+    static NativeInt even(NativeInt x, NativeInt y) {
+        return _mm512_mul_epi32(x, y);
+    }
+    static NativeInt odd(NativeInt x) {
+        return _mm512_srli_epi64(x, 32);
+    }
+#else
+    static NativeInt plus(NativeInt x, NativeInt y) {
+        return _mm256_add_epi64(x, y);
+    }
+    static NativeInt even(NativeInt x, NativeInt y) {
+        return _mm256_mul_epi32(x, y);
+    }
+    static NativeInt odd(NativeInt x) {
+        return _mm256_srli_epi64(x, 32);
+    }
+#endif
+    NativeInt sums_ = {};
+};
+#else
+// Without signed multiplication in vectors: in the 53 bits of doubles.  Exact for products below 2^47.
+class ExactSums {
+  public:
+    static constexpr std::size_t kMost = 16;
+
+    void addProducts(const Vec<int32_t>& x, const Vec<int32_t>& y) {
+        add(_mm_mul_pd(low(x), low(y)), _mm_mul_pd(high(x), high(y)));
+    }
+    void addWeightedSquares(const Vec<int32_t>& d, const Vec<int32_t>& v) {
+        add(_mm_mul_pd(_mm_mul_pd(low(d), low(v)), low(d)), _mm_mul_pd(_mm_mul_pd(high(d), high(v)), high(d)));
+    }
+
+    static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
+        const auto sum = [](const ExactSums& s) {
+            return static_cast<int64_t>(_mm_cvtsd_f64(_mm_add_sd(s.sums_, _mm_unpackhi_pd(s.sums_, s.sums_))));
+        };
+        dst[0] = sum(a);
+        dst[1] = sum(b);
+        dst[2] = sum(c);
+        dst[3] = sum(d);
+    }
+
+  private:
+    void add(__m128d x, __m128d y) { sums_ = _mm_add_pd(sums_, _mm_add_pd(x, y)); }
+    static __m128d low(const Vec<int32_t>& v) { return _mm_cvtepi32_pd(native(v)); }
+    static __m128d high(const Vec<int32_t>& v) { return _mm_cvtepi32_pd(_mm_srli_si128(native(v), 8)); }
+
+    __m128d sums_ = {};
+};
+#endif
+
+}  // namespace kels

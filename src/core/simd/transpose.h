@@ -1,0 +1,37 @@
+// Rows turned over, so that one component of many rows stands side by side.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <type_traits>
+
+#include "core/simd/vec.h"
+#include "kels/types.h"
+
+namespace kels {
+
+// Component k of row j goes to data[k * stride + j]; stride >= height.
+template <class Rows, class T>
+void turnOver(const Rows& rows, std::size_t height, std::size_t width, T* data, std::size_t stride) {
+    const auto row = [&](std::size_t j) { return rows[static_cast<std::ptrdiff_t>(j)]; };
+    if constexpr (std::is_same_v<decltype(row(0)), const Kel32f*> && std::is_same_v<T, Kel32f>) {
+        if (height >= 4 && width >= 4) {
+            // Blocks of 4 x 4; the last one of a line lies over its neighbour where four do not divide the line.
+            for (std::size_t block = 0; block < height; block += 4) {
+                const std::size_t j = std::min(block, height - 4);
+                const Kel32f* const four[4] = {row(j), row(j + 1), row(j + 2), row(j + 3)};
+                for (std::size_t part = 0; part < width; part += 4) {
+                    const std::size_t k = std::min(part, width - 4);
+                    const Kel32f* const at[4] = {four[0] + k, four[1] + k, four[2] + k, four[3] + k};
+                    transpose4(at, data + k * stride + j, stride);
+                }
+            }
+            return;
+        }
+    }
+    for (std::size_t j = 0; j < height; ++j) {
+        for (std::size_t k = 0; k < width; ++k) data[k * stride + j] = static_cast<T>(row(j)[k]);
+    }
+}
+
+}  // namespace kels

@@ -1,0 +1,91 @@
+#include "core/vector/convert.h"
+
+#include "core/check.h"
+#include "kels/core.h"
+
+using namespace kels;
+
+KelStatus kelsConvert_8u32f(const Kel8u* pSrc, Kel32f* pDst, int len) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    convertWidening(pSrc, pDst, size(len));
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_16s32f(const Kel16s* pSrc, Kel32f* pDst, int len) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    convertWidening(pSrc, pDst, size(len));
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_32s32f(const Kel32s* pSrc, Kel32f* pDst, int len) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    const NearestScope scope;
+    convertWidening(pSrc, pDst, size(len));
+    return kelStatusOk;
+}
+
+// The ranges of exponents keep the multiplier a normal number, and with it every product that does not overflow.
+KelStatus kelsConvert_16s32f_Sfs(const Kel16s* pSrc, Kel32f* pDst, int len, int scaleFactor) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    const auto multiplier = static_cast<Kel32f>(scaleMultiplier(scaleFactor, -112, 126));
+    const NearestScope scope;
+    convertScaledUp(pSrc, pDst, size(len), multiplier);
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_32s32f_Sfs(const Kel32s* pSrc, Kel32f* pDst, int len, int scaleFactor) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    const auto multiplier = static_cast<Kel32f>(scaleMultiplier(scaleFactor, -96, 126));
+    const NearestScope scope;
+    convertScaledUp(pSrc, pDst, size(len), multiplier);
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_16s64f_Sfs(const Kel16s* pSrc, Kel64f* pDst, int len, int scaleFactor) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    const Kel64f multiplier = scaleMultiplier(scaleFactor, -1008, 1022);
+    const NearestScope scope;
+    convertScaledUp(pSrc, pDst, size(len), multiplier);
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_32f16s_Sfs(const Kel32f* pSrc, Kel16s* pDst, int len, int rndMode, int scaleFactor) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    convertToIntByMode(pSrc, pDst, size(len), rndMode, scaleFactor);
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_32f32s_Sfs(const Kel32f* pSrc, Kel32s* pDst, int len, int rndMode, int scaleFactor) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    convertToIntByMode(pSrc, pDst, size(len), rndMode, scaleFactor);
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_64f32s_Sfs(const Kel64f* pSrc, Kel32s* pDst, int len, int rndMode, int scaleFactor) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    convertToIntByMode(pSrc, pDst, size(len), rndMode, scaleFactor);
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_32s16s_Sfs(const Kel32s* pSrc, Kel16s* pDst, int len, int scaleFactor) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    narrowScaled(pSrc, pDst, size(len), scaleFactor);
+    return kelStatusOk;
+}
+
+KelStatus kelsConvert_64f32f(const Kel64f* pSrc, Kel32f* pDst, int len) {
+    if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    narrowToFloat(pSrc, pDst, size(len));
+    return kelStatusOk;
+}

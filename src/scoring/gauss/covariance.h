@@ -1,0 +1,106 @@
+// The exponent of a Gaussian whose inverse covariance is block-diagonal: the sum over the blocks of d' * B * d.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "core/simd/accurate_sum.h"
+#include "core/memory.h"
+#include "core/scaling.h"
+#include "kels/core.h"
+#include "kels/model.h"
+
+namespace kels {
+
+inline const BlockMatrix<Kel16s>& blocksOf(const KelBlockDMatrix_16s* matrix) {
+    return *reinterpret_cast<const BlockMatrix<Kel16s>*>(matrix);
+}
+inline const BlockMatrix<Kel32f>& blocksOf(const KelBlockDMatrix_32f* matrix) {
+    return *reinterpret_cast<const BlockMatrix<Kel32f>*>(matrix);
+}
+inline const BlockMatrix<Kel64f>& blocksOf(const KelBlockDMatrix_64f* matrix) {
+    return *reinterpret_cast<const BlockMatrix<Kel64f>*>(matrix);
+}
+
+// Scratch for the differences: on the stack below 112 components.
+template <class Difference>
+using Differences = Scratch<Difference, 111>;
+
+// An arithmetic gives the type of a difference, the product of a row with differences, and adds the product, weighted
+// with component i of vector - mean, to the sum.
+
+struct SingleBlocks {
+    using Difference = Kel32f;
+    using Sum = Kel64f;
+    static void subtract(const Kel32f* vector, const Kel32f* mean, Difference* d, std::size_t len) {
+        for (std::size_t i = 0; i < len; ++i) d[i] = vector[i] - mean[i];
+    }
+    static Sum plus(Sum sum, Kel32f vector, Kel32f mean, const Kel32f* row, const Difference* d, std::size_t n) {
+        return sum + Kel64f{vector - mean} * roundedSum(FloatProducts{row, d}, n);
+    }
+};
+
+struct ExtendedBlocks {
+    using Difference = long double;
+    using Sum = long double;
+    template <class T>
+    static void subtract(const T* vector, const T* mean, Difference* d, std::size_t len) {
+        for (std::size_t i = 0; i < len; ++i) d[i] = static_cast<long double>(vector[i]) - mean[i];
+    }
+    template <class T>
+    struct Products {
+        const T* row;
+        const Difference* d;
+        long double extended(std::size_t i) const { return row[i] * d[i]; }
+    };
+    template <class T>
+    static Sum plus(Sum sum, T vector, T mean, const T* row, const Difference* d, std::size_t n) {
+        return sum + (static_cast<long double>(vector) - mean) * plainExtendedSum(Products<T>{row, d}, n);
+    }
+};
+
+// 16-bit models: exact products with saturated differences, summed in floating point...
+struct ShortBlocks {
+    using Difference = Kel16s;
+    using Sum = Kel64f;
+    static void subtract(const Kel16s* vector, const Kel16s* mean, Difference* d, std::size_t len) {
+        for (std::size_t i = 0; i < len; ++i) d[i] = saturate<Kel16s>(vector[i] - mean[i]);
+    }
+    static int64_t product(const Kel16s* row, const Difference* d, std::size_t n) {
+        int64_t sum = 0;
+        for (std::size_t i = 0; i < n; ++i) sum += Kel32s{row[i]} * d[i];
+        return sum;
+    }
+    static Sum plus(Sum sum, Kel16s vector, Kel16s mean, const Kel16s* row, const Difference* d, std::size_t n) {
+        return sum + static_cast<Kel64f>(vector - mean) * static_cast<Kel64f>(product(row, d, n));
+    }
+};
+
+// ... or in 64 bits, which wrap.
+struct ExactShortBlocks : ShortBlocks {
+    using Sum = int64_t;
+    static Sum plus(Sum sum, Kel16s vector, Kel16s mean, const Kel16s* row, const Difference* d, std::size_t n) {
+        const auto difference = static_cast<uint64_t>(int64_t{vector - mean});
+        return static_cast<Sum>(static_cast<uint64_t>(sum) + difference * static_cast<uint64_t>(product(row, d, n)));
+    }
+};
+
+// `d` is scratch of as many elements as the matrix has rows.
+template <class Arithmetic, class T>
+typename Arithmetic::Sum blockSum(const T* vector, const T* mean, const BlockMatrix<T>& matrix,
+                                  typename Arithmetic::Difference* d) {
+    Arithmetic::subtract(vector, mean, d, static_cast<std::size_t>(matrix.rowCount));
+    typename Arithmetic::Sum sum = 0;
+    std::size_t start = 0;
+    for (int block = 0; block < matrix.blockCount; ++block) {
+        const auto n = static_cast<std::size_t>(matrix.blockSizes[block]);
+        for (std::size_t row = start; row < start + n; ++row) {
+            sum = Arithmetic::plus(sum, vector[row], mean[row], matrix.rowPointers[row], d + start, n);
+        }
+        start += n;
+    }
+    return sum;
+}
+
+}  // namespace kels

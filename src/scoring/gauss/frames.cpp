@@ -1,0 +1,164 @@
+#include "core/check.h"
+#include "core/rows.h"
+#include "kels/block.h"
+#include "scoring/gauss/walk.h"
+
+using namespace kels;
+
+// ---- frames under one Gaussian --------------------------------------------------------------------------------------
+
+KelStatus kelsLogGauss_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                              Kel64f* pResult, int height, Kel64f gConst) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+                                     Half(SameConstant{gConst}), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGauss_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                               Kel64f* pResult, int height, Kel64f gConst) {
+    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+                                     Half(SameConstant{gConst}), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGauss1_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                               Kel64f* pResult, int height, Kel64f gConst) {
+    return kelsLogGauss_64f_D2(pSrc, step, pMean, pIvar, width, pResult, height, gConst);
+}
+
+KelStatus kelsLogGauss1_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                                Kel64f* pResult, int height, Kel64f gConst) {
+    return kelsLogGauss_64f_D2L(ppSrc, pMean, pIvar, width, pResult, height, gConst);
+}
+
+KelStatus kelsLogGauss_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, int width, Kel64f* pResult,
+                                    int height, Kel64f gConst) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+                                  Half(SameConstant{gConst}), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGauss_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, int width, Kel64f* pResult, int height,
+                                     Kel64f gConst) {
+    if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+                                  Half(SameConstant{gConst}), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGauss_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                              Kel32f* pResult, int height, Kel32f gConst) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+                                  Half(SameConstant{gConst}), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGauss_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                               Kel32f* pResult, int height, Kel32f gConst) {
+    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+                                  Half(SameConstant{gConst}), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGauss1_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                               Kel32f* pResult, int height, Kel32f gConst) {
+    return kelsLogGauss_32f_D2(pSrc, step, pMean, pIvar, width, pResult, height, gConst);
+}
+
+KelStatus kelsLogGauss1_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                                Kel32f* pResult, int height, Kel32f gConst) {
+    return kelsLogGauss_32f_D2L(ppSrc, pMean, pIvar, width, pResult, height, gConst);
+}
+
+KelStatus kelsLogGauss_IdVar_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, int width, Kel32f* pResult,
+                                    int height, Kel32f gConst) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+                               Half(SameConstant{gConst}), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGauss_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, int width, Kel32f* pResult, int height,
+                                     Kel32f gConst) {
+    if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width), Half(SameConstant{gConst}),
+                               StoreTo{pResult});
+    return kelStatusOk;
+}
+
+// ---- Mahalanobis distances of frames --------------------------------------------------------------------------------
+
+KelStatus kelsMahDist_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                             Kel64f* pResult, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+                                     Distance<Kel64f>(), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsMahDist_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                              Kel64f* pResult, int height) {
+    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+                                     Distance<Kel64f>(), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsMahDist_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                             Kel32f* pResult, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+                                  Distance<Kel32f>(), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsMahDist_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                              Kel32f* pResult, int height) {
+    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+                                  Distance<Kel32f>(), StoreTo{pResult});
+    return kelStatusOk;
+}
+
+KelStatus kelsMahDist1_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                              Kel64f* pResult, int height) {
+    return kelsMahDist_64f_D2(pSrc, step, pMean, pIvar, width, pResult, height);
+}
+
+KelStatus kelsMahDist1_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                               Kel64f* pResult, int height) {
+    return kelsMahDist_64f_D2L(ppSrc, pMean, pIvar, width, pResult, height);
+}
+
+KelStatus kelsMahDist1_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                              Kel32f* pResult, int height) {
+    return kelsMahDist_32f_D2(pSrc, step, pMean, pIvar, width, pResult, height);
+}
+
+KelStatus kelsMahDist1_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                               Kel32f* pResult, int height) {
+    return kelsMahDist_32f_D2L(ppSrc, pMean, pIvar, width, pResult, height);
+}

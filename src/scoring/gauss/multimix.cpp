@@ -1,0 +1,197 @@
+#include "core/check.h"
+#include "core/rows.h"
+#include "kels/block.h"
+#include "scoring/gauss/walk.h"
+
+using namespace kels;
+
+// ---- float models ---------------------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc, int width,
+                                      Kel64f* pSrcDst, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                     size(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
+                                       Kel64f* pSrcDst, int height) {
+    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
+                                     size(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc, int width,
+                                      Kel32f* pSrcDst, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
+                                       Kel32f* pSrcDst, int height) {
+    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGauss2_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc, int width,
+                               Kel64f* pSrcDst, int height) {
+    return kelsLogGaussMultiMix_64f_D2(pMean, pIvar, step, pSrc, width, pSrcDst, height);
+}
+
+KelStatus kelsLogGauss2_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
+                                Kel64f* pSrcDst, int height) {
+    return kelsLogGaussMultiMix_64f_D2L(ppMean, ppIvar, pSrc, width, pSrcDst, height);
+}
+
+KelStatus kelsLogGauss2_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc, int width,
+                               Kel32f* pSrcDst, int height) {
+    return kelsLogGaussMultiMix_32f_D2(pMean, pIvar, step, pSrc, width, pSrcDst, height);
+}
+
+KelStatus kelsLogGauss2_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
+                                Kel32f* pSrcDst, int height) {
+    return kelsLogGaussMultiMix_32f_D2L(ppMean, ppIvar, pSrc, width, pSrcDst, height);
+}
+
+// ---- 16-bit models --------------------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussMultiMix_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
+                                            int width, Kel32s* pSrcDst, int height, int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), HalfShifted(Saturated(), ConstantOf{pSrcDst}, scaleFactor),
+                                  StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                             int width, Kel32s* pSrcDst, int height, int scaleFactor) {
+    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  HalfShifted(Saturated(), ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_Low_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
+                                                int width, Kel32s* pSrcDst, int height, int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), HalfShifted(Wrapped(), ConstantOf{pSrcDst}, scaleFactor),
+                                  StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_Low_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                                 int width, Kel32s* pSrcDst, int height, int scaleFactor) {
+    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  HalfShifted(Wrapped(), ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
+                                                int width, Kel32f* pSrcDst, int height, int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), HalfScaled(ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                                 int width, Kel32f* pSrcDst, int height, int scaleFactor) {
+    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  HalfScaled(ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMultiMix_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
+                                         int width, Kel32f* pSrcDst, int height) {
+    return kelsLogGaussMultiMix_Scaled_16s32f_D2(pMean, pIvar, step, pSrc, width, pSrcDst, height, 0);
+}
+
+KelStatus kelsLogGaussMultiMix_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc, int width,
+                                          Kel32f* pSrcDst, int height) {
+    return kelsLogGaussMultiMix_Scaled_16s32f_D2L(ppMean, ppIvar, pSrc, width, pSrcDst, height, 0);
+}
+
+// ---- Mahalanobis distances ------------------------------------------------------------------------------------------
+
+KelStatus kelsMahDistMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc, int width,
+                                     Kel64f* pDst, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                     size(width), Distance<Kel64f>(), StoreTo{pDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsMahDistMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
+                                      Kel64f* pDst, int height) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
+                                     size(width), Distance<Kel64f>(), StoreTo{pDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsMahDistMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc, int width,
+                                     Kel32f* pDst, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), Distance<Kel32f>(), StoreTo{pDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsMahDistMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
+                                      Kel32f* pDst, int height) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  Distance<Kel32f>(), StoreTo{pDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsMahDist2_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc, int width,
+                              Kel64f* pDst, int height) {
+    return kelsMahDistMultiMix_64f_D2(pMean, pIvar, step, pSrc, width, pDst, height);
+}
+
+KelStatus kelsMahDist2_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
+                               Kel64f* pDst, int height) {
+    return kelsMahDistMultiMix_64f_D2L(ppMean, ppIvar, pSrc, width, pDst, height);
+}
+
+KelStatus kelsMahDist2_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc, int width,
+                              Kel32f* pDst, int height) {
+    return kelsMahDistMultiMix_32f_D2(pMean, pIvar, step, pSrc, width, pDst, height);
+}
+
+KelStatus kelsMahDist2_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
+                               Kel32f* pDst, int height) {
+    return kelsMahDistMultiMix_32f_D2L(ppMean, ppIvar, pSrc, width, pDst, height);
+}

@@ -1,0 +1,141 @@
+#include "core/check.h"
+#include "kels/gauss.h"
+#include "scoring/gauss/walk.h"
+
+using namespace kels;
+
+// ---- inverse variances ---------------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussSingle_64f(const Kel64f* pSrc, const Kel64f* pMean, const Kel64f* pIvar, int len, Kel64f* pResult,
+                                 Kel64f gConst) {
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Half(SameConstant{gConst}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_32f(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar, int len, Kel32f* pResult,
+                                 Kel32f gConst) {
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Lanes<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Half(SameConstant{gConst}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_32f64f(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar, int len,
+                                    Kel64f* pResult, Kel64f gConst) {
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Half(SameConstant{gConst}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_16s32f(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
+                                    Kel32f* pResult, Kel32f gConst) {
+    return kelsLogGaussSingle_Scaled_16s32f(pSrc, pMean, pIvar, len, pResult, gConst, 0);
+}
+
+KelStatus kelsLogGaussSingle_Scaled_16s32f(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
+                                           Kel32f* pResult, Kel32f gConst, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Lanes<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len),
+                                               HalfScaled(SameConstant{gConst}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
+                                        Kel32s* pResult, Kel32s gConst, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len),
+                                               HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_Low_16s32f(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
+                                        Kel32f* pResult, Kel32f gConst) {
+    return kelsLogGaussSingle_LowScaled_16s32f(pSrc, pMean, pIvar, len, pResult, gConst, 0);
+}
+
+KelStatus kelsLogGaussSingle_LowScaled_16s32f(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
+                                              Kel32f* pResult, Kel32f gConst, int scaleFactor) {
+    return kelsLogGaussSingle_Scaled_16s32f(pSrc, pMean, pIvar, len, pResult, gConst, scaleFactor);
+}
+
+KelStatus kelsLogGaussSingle_Low_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
+                                            Kel32s* pResult, Kel32s gConst, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len),
+                                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor));
+    return kelStatusOk;
+}
+
+// ---- unit variances ------------------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussSingle_IdVar_64f(const Kel64f* pSrc, const Kel64f* pMean, int len, Kel64f* pResult,
+                                       Kel64f gConst) {
+    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Extended<UnitVariance>>(Item{pSrc, pMean}, size(len), Half(SameConstant{gConst}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_IdVar_32f(const Kel32f* pSrc, const Kel32f* pMean, int len, Kel32f* pResult,
+                                       Kel32f gConst) {
+    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Lanes<UnitVariance>>(Item{pSrc, pMean}, size(len), Half(SameConstant{gConst}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_IdVar_32f64f(const Kel32f* pSrc, const Kel32f* pMean, int len, Kel64f* pResult,
+                                          Kel64f gConst) {
+    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Extended<UnitVariance>>(Item{pSrc, pMean}, size(len), Half(SameConstant{gConst}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_IdVar_16s32f(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32f* pResult,
+                                          Kel32f gConst) {
+    return kelsLogGaussSingle_IdVarScaled_16s32f(pSrc, pMean, len, pResult, gConst, 0);
+}
+
+KelStatus kelsLogGaussSingle_IdVarScaled_16s32f(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32f* pResult,
+                                                Kel32f gConst, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult =
+        scoreOf<Lanes<UnitVariance>>(Item{pSrc, pMean}, size(len), HalfScaled(SameConstant{gConst}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_IdVar_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32s* pResult,
+                                              Kel32s gConst, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Exact<UnitVariance>>(Item{pSrc, pMean}, size(len),
+                                            HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussSingle_IdVarLow_16s32f(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32f* pResult,
+                                             Kel32f gConst) {
+    return kelsLogGaussSingle_IdVarLowScaled_16s32f(pSrc, pMean, len, pResult, gConst, 0);
+}
+
+KelStatus kelsLogGaussSingle_IdVarLowScaled_16s32f(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32f* pResult,
+                                                   Kel32f gConst, int scaleFactor) {
+    return kelsLogGaussSingle_IdVarScaled_16s32f(pSrc, pMean, len, pResult, gConst, scaleFactor);
+}
+
+KelStatus kelsLogGaussSingle_IdVarLow_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32s* pResult,
+                                                 Kel32s gConst, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
+    if (len < 1) return kelStatusSize;
+    *pResult = scoreOf<Exact<UnitWrapped>>(Item{pSrc, pMean}, size(len),
+                                           HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor));
+    return kelStatusOk;
+}

@@ -1,0 +1,169 @@
+#include "core/check.h"
+#include "core/rows.h"
+#include "kels/mixture.h"
+#include "scoring/mixture/fold.h"
+
+using namespace kels;
+
+// ---- float models --------------------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussAdd1_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                                  Kel32f* pSrcDst, int height, Kel32f gConst) {
+    return kelsLogGaussAdd_32f_D2(pSrc, step, pMean, pIvar, width, pSrcDst, height, gConst);
+}
+
+KelStatus kelsLogGaussAdd_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                                 Kel32f* pSrcDst, int height, Kel32f gConst) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+                                  Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
+                                  Kel32f* pSrcDst, int height, Kel32f gConst) {
+    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+                                  Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                                 Kel64f* pSrcDst, int height, Kel64f gConst) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+                                     Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
+                                  Kel64f* pSrcDst, int height, Kel64f gConst) {
+    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+                                     Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_IdVar_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, int width, Kel32f* pSrcDst,
+                                       int height, Kel32f gConst) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+                               Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, int width, Kel32f* pSrcDst,
+                                        int height, Kel32f gConst) {
+    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width), Half(SameConstant{gConst}),
+                               LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, int width, Kel64f* pSrcDst,
+                                       int height, Kel64f gConst) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+                                  Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, int width, Kel64f* pSrcDst,
+                                        int height, Kel64f gConst) {
+    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+                                  Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+// ---- 16-bit models, float scores -----------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussAdd_Scaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar,
+                                           int width, Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+                                  HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_Scaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
+                                            Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
+    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+                                  HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_IdVarScaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, int width,
+                                                Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+                               HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_IdVarScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32f* pSrcDst,
+                                                 int height, Kel32f gConst, int scaleFactor) {
+    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+                               HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAdd_LowScaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar,
+                                              int width, Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
+    return kelsLogGaussAdd_Scaled_16s32f_D2(pSrc, step, pMean, pIvar, width, pSrcDst, height, gConst, scaleFactor);
+}
+
+KelStatus kelsLogGaussAdd_LowScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar,
+                                               int width, Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
+    return kelsLogGaussAdd_Scaled_16s32f_D2L(ppSrc, pMean, pIvar, width, pSrcDst, height, gConst, scaleFactor);
+}
+
+KelStatus kelsLogGaussAdd_IdVarLowScaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, int width,
+                                                   Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
+    return kelsLogGaussAdd_IdVarScaled_16s32f_D2(pSrc, step, pMean, width, pSrcDst, height, gConst, scaleFactor);
+}
+
+KelStatus kelsLogGaussAdd_IdVarLowScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, int width,
+                                                    Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
+    return kelsLogGaussAdd_IdVarScaled_16s32f_D2L(ppSrc, pMean, width, pSrcDst, height, gConst, scaleFactor);
+}
+
+KelStatus kelsLogGaussAdd_IdVar_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, int width, Kel32f* pSrcDst,
+                                          int height, Kel32f gConst) {
+    return kelsLogGaussAdd_IdVarScaled_16s32f_D2(pSrc, step, pMean, width, pSrcDst, height, gConst, 0);
+}
+
+KelStatus kelsLogGaussAdd_IdVar_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32f* pSrcDst,
+                                           int height, Kel32f gConst) {
+    return kelsLogGaussAdd_IdVarScaled_16s32f_D2L(ppSrc, pMean, width, pSrcDst, height, gConst, 0);
+}
+
+KelStatus kelsLogGaussAdd_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar, int width,
+                                    Kel32f* pSrcDst, int height, Kel32f gConst) {
+    return kelsLogGaussAdd_Scaled_16s32f_D2(pSrc, step, pMean, pIvar, width, pSrcDst, height, gConst, 0);
+}
+
+KelStatus kelsLogGaussAdd_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
+                                     Kel32f* pSrcDst, int height, Kel32f gConst) {
+    return kelsLogGaussAdd_Scaled_16s32f_D2L(ppSrc, pMean, pIvar, width, pSrcDst, height, gConst, 0);
+}

@@ -1,0 +1,227 @@
+#include "core/check.h"
+#include "core/rows.h"
+#include "kels/mixture.h"
+#include "scoring/mixture/fold.h"
+
+using namespace kels;
+
+// ---- maximum: float models -----------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussMaxMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc,
+                                         int width, const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMaxMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
+                                          const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMaxMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc,
+                                         int width, const Kel64f* pDets, Kel64f* pSrcDst, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                     size(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMaxMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
+                                          const Kel64f* pDets, Kel64f* pSrcDst, int height) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
+                                     size(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+// ---- maximum: 16-bit models ----------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussMaxMultiMix_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
+                                            int width, const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    return kelsLogGaussMaxMultiMix_Scaled_16s32f_D2(pMean, pIvar, step, pSrc, width, pDets, pSrcDst, height, 0);
+}
+
+KelStatus kelsLogGaussMaxMultiMix_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                             int width, const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    return kelsLogGaussMaxMultiMix_Scaled_16s32f_D2L(ppMean, ppIvar, pSrc, width, pDets, pSrcDst, height, 0);
+}
+
+KelStatus kelsLogGaussMaxMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step,
+                                                   const Kel16s* pSrc, int width, const Kel32f* pDets, Kel32f* pSrcDst,
+                                                   int height, int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), HalfScaled(ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMaxMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                                    int width, const Kel32f* pDets, Kel32f* pSrcDst, int height,
+                                                    int scaleFactor) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  HalfScaled(ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMaxMultiMix_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
+                                               int width, const Kel32s* pDets, Kel32s* pSrcDst, int height,
+                                               int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), HalfShifted(Saturated(), ConstantOf{pDets}, scaleFactor),
+                                  MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMaxMultiMix_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                                int width, const Kel32s* pDets, Kel32s* pSrcDst, int height,
+                                                int scaleFactor) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  HalfShifted(Saturated(), ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMaxMultiMix_LowScaled_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step,
+                                                      const Kel16s* pSrc, int width, const Kel32f* pDets,
+                                                      Kel32f* pSrcDst, int height, int scaleFactor) {
+    return kelsLogGaussMaxMultiMix_Scaled_16s32f_D2(pMean, pIvar, step, pSrc, width, pDets, pSrcDst, height,
+                                                    scaleFactor);
+}
+
+KelStatus kelsLogGaussMaxMultiMix_LowScaled_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                                       int width, const Kel32f* pDets, Kel32f* pSrcDst, int height,
+                                                       int scaleFactor) {
+    return kelsLogGaussMaxMultiMix_Scaled_16s32f_D2L(ppMean, ppIvar, pSrc, width, pDets, pSrcDst, height, scaleFactor);
+}
+
+KelStatus kelsLogGaussMaxMultiMix_Low_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* pIvar, int step,
+                                                   const Kel16s* pSrc, int width, const Kel32s* pDets, Kel32s* pSrcDst,
+                                                   int height, int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), HalfShifted(Wrapped(), ConstantOf{pDets}, scaleFactor),
+                                  MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMaxMultiMix_Low_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                                    int width, const Kel32s* pDets, Kel32s* pSrcDst, int height,
+                                                    int scaleFactor) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  HalfShifted(Wrapped(), ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    return kelStatusOk;
+}
+
+// ---- log-add: float models -----------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussAdd2_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc, int width,
+                                  const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    return kelsLogGaussAddMultiMix_32f_D2(pMean, pIvar, step, pSrc, width, pDets, pSrcDst, height);
+}
+
+KelStatus kelsLogGaussAddMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc,
+                                         int width, const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAddMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
+                                          const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAddMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc,
+                                         int width, const Kel64f* pDets, Kel64f* pSrcDst, int height) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                     size(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAddMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
+                                          const Kel64f* pDets, Kel64f* pSrcDst, int height) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
+                                     size(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+// ---- log-add: 16-bit models ----------------------------------------------------------------------------------------
+
+KelStatus kelsLogGaussAddMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step,
+                                                   const Kel16s* pSrc, int width, const Kel32f* pDets, Kel32f* pSrcDst,
+                                                   int height, int scaleFactor) {
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
+                                  size(width), HalfScaled(ConstantOf{pDets}, scaleFactor), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAddMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                                    int width, const Kel32f* pDets, Kel32f* pSrcDst, int height,
+                                                    int scaleFactor) {
+    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+                                  HalfScaled(ConstantOf{pDets}, scaleFactor), LogAddTo{pSrcDst});
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussAddMultiMix_LowScaled_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step,
+                                                      const Kel16s* pSrc, int width, const Kel32f* pDets,
+                                                      Kel32f* pSrcDst, int height, int scaleFactor) {
+    return kelsLogGaussAddMultiMix_Scaled_16s32f_D2(pMean, pIvar, step, pSrc, width, pDets, pSrcDst, height,
+                                                    scaleFactor);
+}
+
+KelStatus kelsLogGaussAddMultiMix_LowScaled_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                                       int width, const Kel32f* pDets, Kel32f* pSrcDst, int height,
+                                                       int scaleFactor) {
+    return kelsLogGaussAddMultiMix_Scaled_16s32f_D2L(ppMean, ppIvar, pSrc, width, pDets, pSrcDst, height, scaleFactor);
+}
+
+KelStatus kelsLogGaussAddMultiMix_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
+                                            int width, const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    return kelsLogGaussAddMultiMix_Scaled_16s32f_D2(pMean, pIvar, step, pSrc, width, pDets, pSrcDst, height, 0);
+}
+
+KelStatus kelsLogGaussAddMultiMix_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
+                                             int width, const Kel32f* pDets, Kel32f* pSrcDst, int height) {
+    return kelsLogGaussAddMultiMix_Scaled_16s32f_D2L(ppMean, ppIvar, pSrc, width, pDets, pSrcDst, height, 0);
+}

@@ -1,0 +1,98 @@
+#include "core/check.h"
+#include "core/rows.h"
+#include "kels/mixture.h"
+#include "scoring/mixture/sum.h"
+
+using namespace kels;
+
+KelStatus kelsLogGaussMixture_Select_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar, int height,
+                                            int step, int width, const Kel32f* pDets, Kel32f* pResult,
+                                            const Kel8u* pSign, int offset) {
+    if (anyNull(pSrc, pMean, pIvar, pDets, pResult, pSign)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
+    *pResult = selectedScore<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                                     SetBits(pSign, size(offset), size(height)), size(width),
+                                                     Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_Select_32f_D2L(const Kel32f* pSrc, const Kel32f** ppMean, const Kel32f** ppIvar,
+                                             int height, int width, const Kel32f* pDets, Kel32f* pResult,
+                                             const Kel8u* pSign, int offset) {
+    if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult, pSign)) return kelStatusNullPtr;
+    if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
+    *pResult = selectedScore<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
+                                                     SetBits(pSign, size(offset), size(height)), size(width),
+                                                     Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_SelectIdVar_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, int height, int step,
+                                                 int width, const Kel32f* pDets, Kel32f* pResult, const Kel8u* pSign,
+                                                 int offset) {
+    if (anyNull(pSrc, pMean, pDets, pResult, pSign)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
+    *pResult = selectedScore<Lanes<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)),
+                                                  SetBits(pSign, size(offset), size(height)), size(width),
+                                                  Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_SelectIdVar_32f_D2L(const Kel32f* pSrc, const Kel32f** ppMean, int height, int width,
+                                                  const Kel32f* pDets, Kel32f* pResult, const Kel8u* pSign,
+                                                  int offset) {
+    if (anyNull(pSrc, ppMean, pDets, pResult, pSign)) return kelStatusNullPtr;
+    if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
+    *pResult = selectedScore<Lanes<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)),
+                                                  SetBits(pSign, size(offset), size(height)), size(width),
+                                                  Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_SelectScaled_16s32f_D2(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar,
+                                                     int height, int step, int width, const Kel32f* pDets,
+                                                     Kel32f* pResult, const Kel8u* pSign, int offset, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pIvar, pDets, pResult, pSign)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
+    *pResult = selectedScore<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                                     SetBits(pSign, size(offset), size(height)), size(width),
+                                                     HalfScaled(ConstantOf{pDets}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_SelectScaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s** ppMean, const Kel16s** ppIvar,
+                                                      int height, int width, const Kel32f* pDets, Kel32f* pResult,
+                                                      const Kel8u* pSign, int offset, int scaleFactor) {
+    if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult, pSign)) return kelStatusNullPtr;
+    if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
+    *pResult = selectedScore<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
+                                                     SetBits(pSign, size(offset), size(height)), size(width),
+                                                     HalfScaled(ConstantOf{pDets}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_SelectIdVarScaled_16s32f_D2(const Kel16s* pSrc, const Kel16s* pMean, int height, int step,
+                                                          int width, const Kel32f* pDets, Kel32f* pResult,
+                                                          const Kel8u* pSign, int offset, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pDets, pResult, pSign)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
+    *pResult = selectedScore<Lanes<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)),
+                                                  SetBits(pSign, size(offset), size(height)), size(width),
+                                                  HalfScaled(ConstantOf{pDets}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_SelectIdVarScaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s** ppMean, int height,
+                                                           int width, const Kel32f* pDets, Kel32f* pResult,
+                                                           const Kel8u* pSign, int offset, int scaleFactor) {
+    if (anyNull(pSrc, ppMean, pDets, pResult, pSign)) return kelStatusNullPtr;
+    if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
+    *pResult = selectedScore<Lanes<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)),
+                                                  SetBits(pSign, size(offset), size(height)), size(width),
+                                                  HalfScaled(ConstantOf{pDets}, scaleFactor));
+    return kelStatusOk;
+}

@@ -1,0 +1,148 @@
+#include "core/check.h"
+#include "core/rows.h"
+#include "kels/mixture.h"
+#include "scoring/mixture/sum.h"
+
+using namespace kels;
+
+KelStatus kelsLogGaussMixture_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar, int height, int step,
+                                     int width, const Kel32f* pDets, Kel32f* pResult) {
+    if (anyNull(pSrc, pMean, pIvar, pDets, pResult)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                                    size(height), size(width), Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_32f_D2L(const Kel32f* pSrc, const Kel32f** ppMean, const Kel32f** ppIvar, int height,
+                                      int width, const Kel32f* pDets, Kel32f* pResult) {
+    if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
+                                                    size(height), size(width), Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_64f_D2(const Kel64f* pSrc, const Kel64f* pMean, const Kel64f* pIvar, int height, int step,
+                                     int width, const Kel64f* pDets, Kel64f* pResult) {
+    if (anyNull(pSrc, pMean, pIvar, pDets, pResult)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                                       size(height), size(width), Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_64f_D2L(const Kel64f* pSrc, const Kel64f** ppMean, const Kel64f** ppIvar, int height,
+                                      int width, const Kel64f* pDets, Kel64f* pResult) {
+    if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
+                                                       size(height), size(width), Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_IdVar_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, int height, int step, int width,
+                                           const Kel32f* pDets, Kel32f* pResult) {
+    if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Lanes<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), size(height), size(width),
+                                                 Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_IdVar_32f_D2L(const Kel32f* pSrc, const Kel32f** ppMean, int height, int width,
+                                            const Kel32f* pDets, Kel32f* pResult) {
+    if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Lanes<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), size(height), size(width),
+                                                 Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_IdVar_64f_D2(const Kel64f* pSrc, const Kel64f* pMean, int height, int step, int width,
+                                           const Kel64f* pDets, Kel64f* pResult) {
+    if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), size(height), size(width),
+                                                    Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_IdVar_64f_D2L(const Kel64f* pSrc, const Kel64f** ppMean, int height, int width,
+                                            const Kel64f* pDets, Kel64f* pResult) {
+    if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), size(height), size(width),
+                                                    Half(ConstantOf{pDets}));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_Scaled_16s32f_D2(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int height,
+                                               int step, int width, const Kel32f* pDets, Kel32f* pResult,
+                                               int scaleFactor) {
+    if (anyNull(pSrc, pMean, pIvar, pDets, pResult)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult =
+        mixtureScore<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                             size(height), size(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_Scaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s** ppMean, const Kel16s** ppIvar,
+                                                int height, int width, const Kel32f* pDets, Kel32f* pResult,
+                                                int scaleFactor) {
+    if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult =
+        mixtureScore<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
+                                             size(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_LowScaled_16s32f_D2(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar,
+                                                  int height, int step, int width, const Kel32f* pDets, Kel32f* pResult,
+                                                  int scaleFactor) {
+    return kelsLogGaussMixture_Scaled_16s32f_D2(pSrc, pMean, pIvar, height, step, width, pDets, pResult, scaleFactor);
+}
+
+KelStatus kelsLogGaussMixture_LowScaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s** ppMean, const Kel16s** ppIvar,
+                                                   int height, int width, const Kel32f* pDets, Kel32f* pResult,
+                                                   int scaleFactor) {
+    return kelsLogGaussMixture_Scaled_16s32f_D2L(pSrc, ppMean, ppIvar, height, width, pDets, pResult, scaleFactor);
+}
+
+KelStatus kelsLogGaussMixture_IdVarScaled_16s32f_D2(const Kel16s* pSrc, const Kel16s* pMean, int height, int step,
+                                                    int width, const Kel32f* pDets, Kel32f* pResult, int scaleFactor) {
+    if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
+    if (stepTooSmall(step, width)) return kelStatusStep;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Lanes<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), size(height), size(width),
+                                                 HalfScaled(ConstantOf{pDets}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_IdVarScaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s** ppMean, int height, int width,
+                                                     const Kel32f* pDets, Kel32f* pResult, int scaleFactor) {
+    if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
+    if (width < 1 || height < 1) return kelStatusSize;
+    *pResult = mixtureScore<Lanes<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), size(height), size(width),
+                                                 HalfScaled(ConstantOf{pDets}, scaleFactor));
+    return kelStatusOk;
+}
+
+KelStatus kelsLogGaussMixture_IdVarLowScaled_16s32f_D2(const Kel16s* pSrc, const Kel16s* pMean, int height, int step,
+                                                       int width, const Kel32f* pDets, Kel32f* pResult,
+                                                       int scaleFactor) {
+    return kelsLogGaussMixture_IdVarScaled_16s32f_D2(pSrc, pMean, height, step, width, pDets, pResult, scaleFactor);
+}
+
+KelStatus kelsLogGaussMixture_IdVarLowScaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s** ppMean, int height,
+                                                        int width, const Kel32f* pDets, Kel32f* pResult,
+                                                        int scaleFactor) {
+    return kelsLogGaussMixture_IdVarScaled_16s32f_D2L(pSrc, ppMean, height, width, pDets, pResult, scaleFactor);
+}

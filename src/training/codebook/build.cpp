@@ -1,0 +1,175 @@
+#include "training/codebook/build.h"
+
+using namespace kels;
+
+namespace {
+
+// The checks of the initialisers with allocation behind those for null pointers.
+template <class T>
+KelStatus checkTraining(const T* pWgt, int width, int step, int height, int cdbkSize, int kind) {
+    if (width < 1 || step < 1 || height < 1 || cdbkSize < 1 || step < width) return kelStatusSize;
+    if (cdbkSize > kMostCodevectors || height < cdbkSize) return kelStatusSize;
+    if (std::any_of(pWgt, pWgt + width, [](T weight) { return weight < T(0); })) return kelStatusBadArg;
+    if (kind < kelCdbkExhaustive || kind > kelCdbkSplitLargest) return kelStatusModeNotSupported;
+    return kelStatusOk;
+}
+
+template <class T>
+KelStatus initWeighted(Codebook<T>** ppCdbk, const T* pSrc, const T* pWgt, int width, int step, int height,
+                       int cdbkSize, int kind) {
+    CodebookBuilder<T> builder(pWgt, width, step, kind);
+    const KelStatus status = builder.build(StepRows<const T>(pSrc, step), height, cdbkSize);
+    if (status >= 0) *ppCdbk = builder.handOver();
+    return status;
+}
+
+// With weights of 1.  They are filled in when the width has turned out to be that of rows.
+template <class T>
+KelStatus initUnweighted(Codebook<T>** ppCdbk, const T* pSrc, int width, int step, int height, int cdbkSize, int kind) {
+    if (width < 1) return kelStatusSize;
+    T* const weights = allocate<T>(width);
+    if (weights == nullptr) return kelStatusNoMemory;
+    KelStatus status = anyNull(ppCdbk, pSrc) ? kelStatusNullPtr : step < width ? kelStatusSize : kelStatusOk;
+    if (status == kelStatusOk) {
+        std::fill(weights, weights + width, T(1));
+        status = checkTraining(weights, width, step, height, cdbkSize, kind);
+    }
+    if (status == kelStatusOk) status = initWeighted(ppCdbk, pSrc, weights, width, step, height, cdbkSize, kind);
+    kelsFree(weights);
+    return status;
+}
+
+KelStatus checkInPlace(bool null, int width, int step, int height, int cdbkSize, int kind) {
+    if (kind != kelCdbkExhaustive) return kelStatusModeNotSupported;
+    if (null) return kelStatusNullPtr;
+    if (width < 1 || step < 1 || height < 1 || cdbkSize < 1 || width > step) return kelStatusSize;
+    if (cdbkSize > kMostCodevectors || cdbkSize != height) return kelStatusSize;
+    return kelStatusOk;
+}
+
+template <class Record, class T>
+void copyCodebook(const Record& codebook, T* pDst, int step) {
+    const auto codevectors = codevectorsOf(codebook);
+    const StepRows<T> rows(pDst, step);
+    for (Kel32s i = 0; i < codebook.cdbkSize; ++i) {
+        std::copy(codevectors[i], codevectors[i] + codebook.width, rows[i]);
+    }
+}
+
+bool isKnown(int kind) {
+    return kind >= kelCdbkExhaustive && kind <= kelCdbkSplitLargest;
+}
+
+}  // namespace
+
+// ---- with allocation -----------------------------------------------------------------------------------------------
+
+KelStatus kelsCdbkInitAlloc_L2_32f(KelCdbk_32f** ppCdbk, const Kel32f* pSrc, int width, int step, int height,
+                                   int cdbkSize, int kind) {
+    return initUnweighted(ppCdbk, pSrc, width, step, height, cdbkSize, kind);
+}
+
+KelStatus kelsCdbkInitAlloc_WgtL2_32f(KelCdbk_32f** ppCdbk, const Kel32f* pSrc, const Kel32f* pWgt, int width, int step,
+                                      int height, int cdbkSize, int kind) {
+    if (anyNull(ppCdbk, pSrc, pWgt)) return kelStatusNullPtr;
+    const KelStatus status = checkTraining(pWgt, width, step, height, cdbkSize, kind);
+    if (status != kelStatusOk) return status;
+    return initWeighted(ppCdbk, pSrc, pWgt, width, step, height, cdbkSize, kind);
+}
+
+KelStatus kelsCdbkInitAlloc_L2_16s(KelCdbk_16s** ppCdbk, const Kel16s* pSrc, int width, int step, int height,
+                                   int cdbkSize, int kind) {
+    return initUnweighted(ppCdbk, pSrc, width, step, height, cdbkSize, kind);
+}
+
+KelStatus kelsCdbkInitAlloc_WgtL2_16s(KelCdbk_16s** ppCdbk, const Kel16s* pSrc, const Kel16s* pWgt, int width, int step,
+                                      int height, int cdbkSize, int kind) {
+    if (anyNull(ppCdbk, pSrc, pWgt)) return kelStatusNullPtr;
+    const KelStatus status = checkTraining(pWgt, width, step, height, cdbkSize, kind);
+    if (status != kelStatusOk) return status;
+    return initWeighted(ppCdbk, pSrc, pWgt, width, step, height, cdbkSize, kind);
+}
+
+KelStatus kelsCdbkFree_32f(KelCdbk_32f* pCdbk) {
+    if (isNull(pCdbk)) return kelStatusNullPtr;
+    if (!isKnown(pCdbk->kind)) return kelStatusUnknownKind;
+    release<Kel32f>(pCdbk);
+    return kelStatusOk;
+}
+
+KelStatus kelsCdbkFree_16s(KelCdbk_16s* pCdbk) {
+    if (isNull(pCdbk)) return kelStatusNullPtr;
+    if (!isKnown(pCdbk->kind)) return kelStatusUnknownKind;
+    release<Kel16s>(pCdbk);
+    return kelStatusOk;
+}
+
+// ---- in caller memory ----------------------------------------------------------------------------------------------
+
+KelStatus kelsCdbkGetSize_32f(int width, int step, int height, int cdbkSize, int kind, int* pSize) {
+    const KelStatus status = checkInPlace(anyNull(pSize), width, step, height, cdbkSize, kind);
+    if (status != kelStatusOk) return status;
+    const InPlace<Kel32f> place(width, step, cdbkSize);
+    if (!place.fits()) return kelStatusNoMemory;
+    *pSize = static_cast<int>(place.bytes());
+    return kelStatusOk;
+}
+
+KelStatus kelsCdbkGetSize_16s(int width, int step, int height, int cdbkSize, int kind, int* pSize) {
+    const KelStatus status = checkInPlace(anyNull(pSize), width, step, height, cdbkSize, kind);
+    if (status != kelStatusOk) return status;
+    const InPlace<Kel16s> place(width, step, cdbkSize);
+    if (!place.fits()) return kelStatusNoMemory;
+    *pSize = static_cast<int>(place.bytes());
+    return kelStatusOk;
+}
+
+KelStatus kelsCdbkInit_L2_32f(KelCdbk_32f* pCdbk, const Kel32f* pSrc, int width, int step, int height, int cdbkSize,
+                              int kind) {
+    const KelStatus status = checkInPlace(anyNull(pCdbk, pSrc), width, step, height, cdbkSize, kind);
+    if (status != kelStatusOk) return status;
+    const InPlace<Kel32f> place(width, step, cdbkSize);
+    if (!place.fits()) return kelStatusNoMemory;
+    buildInPlace(place, pSrc, step, pCdbk);
+    return kelStatusOk;
+}
+
+KelStatus kelsCdbkInit_L2_16s(KelCdbk_16s* pCdbk, const Kel16s* pSrc, int width, int step, int height, int cdbkSize,
+                              int kind) {
+    const KelStatus status = checkInPlace(anyNull(pCdbk, pSrc), width, step, height, cdbkSize, kind);
+    if (status != kelStatusOk) return status;
+    const InPlace<Kel16s> place(width, step, cdbkSize);
+    if (!place.fits()) return kelStatusNoMemory;
+    buildInPlace(place, pSrc, step, pCdbk);
+    // Nobody else can set what the record hides.
+    pCdbk->indexBits = indexBitsOf(cdbkSize);
+    return kelStatusOk;
+}
+
+// ---- access --------------------------------------------------------------------------------------------------------
+
+KelStatus kelsGetCdbkSize_32f(const KelCdbk_32f* pCdbk, int* pSize) {
+    if (isNull(pCdbk) || anyNull(pSize)) return kelStatusNullPtr;
+    *pSize = pCdbk->cdbkSize;
+    return kelStatusOk;
+}
+
+KelStatus kelsGetCdbkSize_16s(const KelCdbk_16s* pCdbk, int* pSize) {
+    if (isNull(pCdbk) || anyNull(pSize)) return kelStatusNullPtr;
+    *pSize = pCdbk->cdbkSize;
+    return kelStatusOk;
+}
+
+KelStatus kelsGetCodebook_32f(const KelCdbk_32f* pCdbk, Kel32f* pDst, int step) {
+    if (isNull(pCdbk) || anyNull(pDst)) return kelStatusNullPtr;
+    if (step < 1 || step < pCdbk->width) return kelStatusSize;
+    copyCodebook(*pCdbk, pDst, step);
+    return kelStatusOk;
+}
+
+KelStatus kelsGetCodebook_16s(const KelCdbk_16s* pCdbk, Kel16s* pDst, int step) {
+    if (isNull(pCdbk) || anyNull(pDst)) return kelStatusNullPtr;
+    if (step < 1 || step < pCdbk->width) return kelStatusSize;
+    copyCodebook(*pCdbk, pDst, step);
+    return kelStatusOk;
+}

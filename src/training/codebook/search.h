@@ -1,0 +1,109 @@
+// The search that a codebook's kind, grid and weights call for.
+#pragma once
+
+#include <cstddef>
+
+#include "core/scaling.h"
+#include "training/codebook/distance.h"
+#include "training/codebook/grid.h"
+#include "training/codebook/tree.h"
+
+namespace kels {
+
+// Calls `use` with the width, as a constant where the width has kernels of its own.
+template <class Use>
+auto withWidth(int width, Use use) {
+    switch (width) {
+        case 1:
+            return use(std::integral_constant<std::size_t, 1>());
+        case 2:
+            return use(std::integral_constant<std::size_t, 2>());
+        case 4:
+            return use(std::integral_constant<std::size_t, 4>());
+        case 8:
+            return use(std::integral_constant<std::size_t, 8>());
+        default:
+            return use(static_cast<std::size_t>(width));
+    }
+}
+
+template <class Weighting, class T, class Width>
+KelStatus searchFull(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices,
+                     Width width) {
+    FullSearch<T, Width> search(codebook, width);
+    if (search.failed()) return kelStatusNoMemory;
+    search.template run<Weighting>(rows, height, indices);
+    return kelStatusOk;
+}
+
+template <class Weighting, class T, class Width>
+KelStatus searchTree(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices,
+                     Width width) {
+    TreeSearch<Weighting, T, Width>(codebook, width).run(rows, height, indices);
+    return kelStatusOk;
+}
+
+template <class Weighting, std::size_t Width, class T>
+KelStatus searchGrid(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices) {
+    const GridSearch<Weighting, Width, T> search(codebook);
+    for (std::size_t i = 0; i < height; ++i) indices[i] = search.nearest(rows[static_cast<std::ptrdiff_t>(i)]);
+    return kelStatusOk;
+}
+
+// The index of each row.
+template <class T>
+KelStatus quantise(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices) {
+    return withWeighting(isWeighted(codebook), [&](auto weighting) {
+        using Weighting = decltype(weighting);
+        if (codebook.grid != nullptr) {
+            return codebook.width == 1 ? searchGrid<Weighting, 1, T>(codebook, rows, height, indices)
+                                       : searchGrid<Weighting, 2, T>(codebook, rows, height, indices);
+        }
+        return withWidth(codebook.width, [&](auto width) {
+            return codebook.treeRoot == nullptr ? searchFull<Weighting, T>(codebook, rows, height, indices, width)
+                                                : searchTree<Weighting, T>(codebook, rows, height, indices, width);
+        });
+    });
+}
+
+// All searches are instantiated once, in vq_search.cpp.
+extern template KelStatus quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*);
+extern template KelStatus quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*);
+
+// ---- reported distances --------------------------------------------------------------------------------------------
+
+// The sum behind the distance of a vector and a codevector.
+template <class T>
+auto squaredDistance(const Codebook<T>& codebook, const T* vector, Kel32s index) {
+    const Item<T> item = {vector, codevectorsOf(codebook)[index], codebook.weights};
+    return withWeighting(isWeighted(codebook), [&](auto weighting) {
+        return sumOf1<TermOf<decltype(weighting), T>>(item, size(codebook.width));
+    });
+}
+
+// What is reported: the root, for integers scaled and rounded.
+struct RootOf {
+    Kel32f operator()(Kel32f squared) const { return std::sqrt(squared); }
+};
+struct ScaledRootOf {
+    int scaleFactor;
+    Kel32s operator()(int64_t squared) const { return scaledRoot(static_cast<uint64_t>(squared), scaleFactor); }
+};
+// No distances are reported.
+struct NoRoot {
+    template <class Squared>
+    Kel32s operator()(Squared) const {
+        return 0;
+    }
+};
+
+template <class T, class D, class Root>
+KelStatus quantiseWithDistances(const Codebook<T>& codebook, const StepRows<const T>& rows, int height, Kel32s* indices,
+                                D* dst, const Root& root) {
+    const KelStatus status = quantise(codebook, rows, size(height), indices);
+    if (status != kelStatusOk) return status;
+    for (int i = 0; i < height; ++i) dst[i] = root(squaredDistance(codebook, rows[i], indices[i]));
+    return kelStatusOk;
+}
+
+}  // namespace kels
