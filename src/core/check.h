@@ -13,7 +13,7 @@ constexpr bool anyNull(const P*... pointers) {
 }
 
 // A length that has passed its check, as the kernels take it.
-constexpr std::size_t size(int len) {
+constexpr std::size_t toSize(int len) {
     return static_cast<std::size_t>(len);
 }
 

@@ -72,31 +72,31 @@ KelStatus kelsUpdateNoisePSDMCRA_32s_I(const Kel32s* pSrcPower, KelMCRAState_32s
 KelStatus kelsFilterUpdateWiener_32f(const Kel32f* pSrcSnr, Kel32f* pDstGain, int len) {
     if (anyNull(pSrcSnr, pDstGain)) return kelStatusNullPtr;
     if (!validCount(len)) return kelStatusLengthRange;
-    const bool negative = anyNegative(pSrcSnr, size(len));
-    wienerGains(pSrcSnr, pDstGain, size(len));
+    const bool negative = anyNegative(pSrcSnr, toSize(len));
+    wienerGains(pSrcSnr, pDstGain, toSize(len));
     return negative ? kelStatusBadArg : kelStatusOk;
 }
 
 KelStatus kelsFilterUpdateWiener_32s(const Kel32s* pSrcSnr, Kel32s* pDstGain, int len) {
     if (anyNull(pSrcSnr, pDstGain)) return kelStatusNullPtr;
     if (!validCount(len)) return kelStatusLengthRange;
-    const bool negative = anyNegative(pSrcSnr, size(len));
-    wienerGains(pSrcSnr, pDstGain, size(len));
+    const bool negative = anyNegative(pSrcSnr, toSize(len));
+    wienerGains(pSrcSnr, pDstGain, toSize(len));
     return negative ? kelStatusBadArg : kelStatusOk;
 }
 
 KelStatus kelsFilterUpdateEMNS_32f(const Kel32f* pSrcPriorSnr, const Kel32f* pSrcPostSnr, Kel32f* pDstGain, int len) {
     if (anyNull(pSrcPriorSnr, pSrcPostSnr, pDstGain)) return kelStatusNullPtr;
     if (!validCount(len)) return kelStatusLengthRange;
-    if (anyNegative(pSrcPriorSnr, size(len)) || anyNegative(pSrcPostSnr, size(len))) return kelStatusOutOfRange;
-    ephraimMalahGains(pSrcPriorSnr, pSrcPostSnr, pDstGain, size(len));
+    if (anyNegative(pSrcPriorSnr, toSize(len)) || anyNegative(pSrcPostSnr, toSize(len))) return kelStatusOutOfRange;
+    ephraimMalahGains(pSrcPriorSnr, pSrcPostSnr, pDstGain, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsFilterUpdateEMNS_32s(const Kel32s* pSrcPriorSnr, const Kel32s* pSrcPostSnr, Kel32s* pDstGain, int len) {
     if (anyNull(pSrcPriorSnr, pSrcPostSnr, pDstGain)) return kelStatusNullPtr;
     if (!validCount(len)) return kelStatusLengthRange;
-    if (anyNegative(pSrcPriorSnr, size(len)) || anyNegative(pSrcPostSnr, size(len))) return kelStatusOutOfRange;
-    ephraimMalahGains(pSrcPriorSnr, pSrcPostSnr, pDstGain, size(len));
+    if (anyNegative(pSrcPriorSnr, toSize(len)) || anyNegative(pSrcPostSnr, toSize(len))) return kelStatusOutOfRange;
+    ephraimMalahGains(pSrcPriorSnr, pSrcPostSnr, pDstGain, toSize(len));
     return kelStatusOk;
 }

@@ -150,7 +150,7 @@ void update(const Kel32s* power, const KelMCRAState_32s& state, Kel32s* noise, s
 
 template <class State, class T>
 void updateNoise(const T* power, State& state, T* noise) {
-    const std::size_t bins = size(state.fftLen / 2 + 1);
+    const std::size_t bins = toSize(state.fftLen / 2 + 1);
     if (state.firstFrame != 0) {
         firstUpdate(power, state, noise, bins);
     } else if (state.frameCount == state.minWindow) {

@@ -51,7 +51,7 @@ inline void dotRows(const Kel32f* src, std::size_t n, const Kel32f* const (&row)
         for (int r = 0; r < R; ++r) sum[r] = mulAdd(load(row[r] + j), x, sum[r]);
     }
     if (j < n) {
-        const Vec<Kel32f> x = lastLanes(load(src + n - w), n - j);
+        const Vec<Kel32f> x = lastElements(load(src + n - w), n - j);
         for (int r = 0; r < R; ++r) sum[r] = mulAdd(load(row[r] + n - w), x, sum[r]);
     }
 }

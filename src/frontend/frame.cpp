@@ -88,20 +88,20 @@ KelStatus kelsZeroMean_16s(Kel16s* pSrcDst, int len) {
 KelStatus kelsNormEnergy_32f(Kel32f* pSrcDst, int step, int height, Kel32f silFloor, Kel32f enScale) {
     if (anyNull(pSrcDst)) return kelStatusNullPtr;
     if (step < 1 || height < 1) return kelStatusSize;
-    normalizeEnergy(pSrcDst, step, height, silFloor, largestEnergy(pSrcDst, step, height), 1.0f, enScale);
+    normaliseEnergy(pSrcDst, step, height, silFloor, largestEnergy(pSrcDst, step, height), 1.0f, enScale);
     return kelStatusOk;
 }
 KelStatus kelsNormEnergy_16s(Kel16s* pSrcDst, int step, int height, Kel16s silFloor, Kel16s valShift, Kel32f enScale) {
     if (anyNull(pSrcDst)) return kelStatusNullPtr;
     if (step < 1 || height < 1) return kelStatusSize;
     const NearestScope nearest;
-    normalizeEnergy(pSrcDst, step, height, silFloor, largestEnergy(pSrcDst, step, height), valShift, enScale);
+    normaliseEnergy(pSrcDst, step, height, silFloor, largestEnergy(pSrcDst, step, height), valShift, enScale);
     return kelStatusOk;
 }
 KelStatus kelsNormEnergy_RT_32f(Kel32f* pSrcDst, int step, int height, Kel32f silFloor, Kel32f maxE, Kel32f enScale) {
     if (anyNull(pSrcDst)) return kelStatusNullPtr;
     if (step < 1 || height < 1) return kelStatusSize;
-    normalizeEnergy(pSrcDst, step, height, silFloor, maxE, 1.0f, enScale);
+    normaliseEnergy(pSrcDst, step, height, silFloor, maxE, 1.0f, enScale);
     return kelStatusOk;
 }
 KelStatus kelsNormEnergy_RT_16s(Kel16s* pSrcDst, int step, int height, Kel16s silFloor, Kel16s maxE, Kel16s valShift,
@@ -109,7 +109,7 @@ KelStatus kelsNormEnergy_RT_16s(Kel16s* pSrcDst, int step, int height, Kel16s si
     if (anyNull(pSrcDst)) return kelStatusNullPtr;
     if (step < 1 || height < 1) return kelStatusSize;
     const NearestScope nearest;
-    normalizeEnergy(pSrcDst, step, height, silFloor, maxE, valShift, enScale);
+    normaliseEnergy(pSrcDst, step, height, silFloor, maxE, valShift, enScale);
     return kelStatusOk;
 }
 

@@ -104,17 +104,17 @@ T largestEnergy(const T* column, std::ptrdiff_t step, int height) {
 
 // Each energy e becomes peak - (largest - max(e, floor)) * scale, the floor `silFloor` decibels below the largest.
 template <class T>
-void normalizeEnergy(T* column, std::ptrdiff_t step, int height, Kel32f silFloor, Kel32f largest, Kel32f peak,
+void normaliseEnergy(T* column, std::ptrdiff_t step, int height, Kel32f silFloor, Kel32f largest, Kel32f peak,
                      Kel32f scale) {
     constexpr Kel32f kNaturalPerDecibel = 0.230259f;
     const Kel32f floor = largest - kNaturalPerDecibel * silFloor;
     for (int k = 0; k < height; ++k) {
         const Kel32f e = std::max(static_cast<Kel32f>(column[k * step]), floor);
-        const Kel32f normalized = peak - (largest - e) * scale;
+        const Kel32f normalised = peak - (largest - e) * scale;
         if constexpr (std::is_same_v<T, Kel32f>) {
-            column[k * step] = normalized;
+            column[k * step] = normalised;
         } else {
-            column[k * step] = truncateSaturate<T>(normalized);
+            column[k * step] = truncateSaturate<T>(normalised);
         }
     }
 }

@@ -24,11 +24,11 @@ KelStatus warpOrdered(const Rows& outer, int outerRows, const Rows& inner, int i
     constexpr int64_t overhang = 2 * (kCostLead + kCostTrail);
     Scratch<Kel32f, kStackCosts + overhang> costs(costWorkspace(outerRows, innerRows) + overhang);
     if (costs.failed()) return kelStatusNoMemory;
-    Scratch<Kel32f, kStackTurned> turned(TurnedRows::size(innerRows, width));
+    Scratch<Kel32f, kStackTurned> turned(TransposedRows::size(innerRows, width));
     if (turned.failed()) return kelStatusNoMemory;
 
     const auto components = static_cast<std::size_t>(width);
-    const TurnedRows columns = turnOver(inner, static_cast<std::size_t>(innerRows), components, turned.data());
+    const TransposedRows columns = transpose(inner, static_cast<std::size_t>(innerRows), components, turned.data());
     *pDist = warp(outer, outerRows, columns, innerRows, components, delta, beam, costs.data());
     return kelStatusOk;
 }

@@ -45,7 +45,7 @@ class Band {
 };
 
 // The inner sequence with one component of consecutive rows side by side: component k of row j at data[k * stride + j].
-struct TurnedRows {
+struct TransposedRows {
     const Kel32f* data;
     std::size_t stride;
 
@@ -56,11 +56,11 @@ struct TurnedRows {
 };
 static_assert(lanes<Kel32f> <= 16);
 
-// Fills `data`, of TurnedRows::size(height, width) elements.
+// Fills `data`, of TransposedRows::size(height, width) elements.
 template <class Rows>
-TurnedRows turnOver(const Rows& rows, std::size_t height, std::size_t width, Kel32f* data) {
-    const auto stride = static_cast<std::size_t>(TurnedRows::strideOf(static_cast<int64_t>(height)));
-    turnOver(rows, height, width, data, stride);
+TransposedRows transpose(const Rows& rows, std::size_t height, std::size_t width, Kel32f* data) {
+    const auto stride = static_cast<std::size_t>(TransposedRows::strideOf(static_cast<int64_t>(height)));
+    transpose(rows, height, width, data, stride);
     for (std::size_t k = 0; k < width; ++k) std::fill(data + k * stride + height, data + (k + 1) * stride, 0.0f);
     return {data, stride};
 }
@@ -143,7 +143,7 @@ constexpr int64_t costRowSize(int64_t innerRows) {
 // The smallest accumulated cost over the last outer row, or kUnreachable.  `costs` holds two rows of
 // costRowSize(innerRows).
 template <class Rows>
-Kel32f warp(const Rows& outer, int64_t outerRows, const TurnedRows& inner, int64_t innerRows, std::size_t width,
+Kel32f warp(const Rows& outer, int64_t outerRows, const TransposedRows& inner, int64_t innerRows, std::size_t width,
             int delta, Kel32f beam, Kel32f* costs) {
     constexpr Kel32f slack = std::numeric_limits<Kel32f>::epsilon();
     const Kel32f allowance = beam > 0 ? beam : 0;

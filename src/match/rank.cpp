@@ -13,7 +13,7 @@ template <class T>
 KelStatus nthLargest(const T* src, int len, int N, T* res, int asked) {
     Scratch<SortKey<T>, 4096 / sizeof(T)> scratch(int64_t{asked} * len);
     if (scratch.failed()) return kelStatusNoMemory;
-    *res = NthLargest<T>::of(src, size(len), size(N), scratch.data());
+    *res = NthLargest<T>::of(src, toSize(len), toSize(N), scratch.data());
     return kelStatusOk;
 }
 
@@ -43,7 +43,7 @@ KelStatus kelsNthMaxElement_32s(const Kel32s* src, int len, int N, Kel32s* res) 
 KelStatus kelsScaleLM_32f(const Kel32f* src, Kel32f* dst, int len, Kel32f val, Kel32f mul, Kel32f add) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    scaleFloored(src, dst, size(len), val, mul, add);
+    scaleFloored(src, dst, toSize(len), val, mul, add);
     return kelStatusOk;
 }
 
@@ -54,7 +54,7 @@ KelStatus kelsLMThreshold_32f(Kel32f val, Kel32f mul, Kel32f add, const Kel32f* 
 KelStatus kelsScaleLM_16s32s(const Kel16s* src, Kel32s* dst, int len, Kel16s val, Kel16s mul, Kel32s add) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    scaleFloored(src, dst, size(len), val, mul, add);
+    scaleFloored(src, dst, toSize(len), val, mul, add);
     return kelStatusOk;
 }
 
@@ -62,7 +62,7 @@ KelStatus kelsNormalizeInRange_32f(const Kel32f* src, Kel32f* dst, int len, Kel3
                                    Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseOwnSpan(src, dst, size(len), Cuts{lowCut, highCut, range});
+    return normaliseOwnSpan(src, dst, toSize(len), Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRange_32f_I(Kel32f* srcDst, int len, Kel32f lowCut, Kel32f highCut, Kel32f range) {
@@ -73,7 +73,7 @@ KelStatus kelsNormalizeInRange_16s(const Kel16s* src, Kel16s* dst, int len, Kel3
                                    Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseOwnSpan(src, dst, size(len), Cuts{lowCut, highCut, range});
+    return normaliseOwnSpan(src, dst, toSize(len), Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRange_16s_I(Kel16s* srcDst, int len, Kel32f lowCut, Kel32f highCut, Kel32f range) {
@@ -84,28 +84,28 @@ KelStatus kelsNormalizeInRange_16s8u(const Kel16s* src, Kel8u* dst, int len, Kel
                                      Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseOwnSpan(src, dst, size(len), Cuts{lowCut, highCut, range});
+    return normaliseOwnSpan(src, dst, toSize(len), Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRange_32f16s(const Kel32f* src, Kel16s* dst, int len, Kel32f lowCut, Kel32f highCut,
                                       Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseOwnSpan(src, dst, size(len), Cuts{lowCut, highCut, range});
+    return normaliseOwnSpan(src, dst, toSize(len), Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRange_32f8u(const Kel32f* src, Kel8u* dst, int len, Kel32f lowCut, Kel32f highCut,
                                      Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseOwnSpan(src, dst, size(len), Cuts{lowCut, highCut, range});
+    return normaliseOwnSpan(src, dst, toSize(len), Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRangeMinMax_32f(const Kel32f* src, Kel32f* dst, int len, Kel32f valMin, Kel32f valMax,
                                          Kel32f lowCut, Kel32f highCut, Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseSpan(src, dst, size(len), valMin, valMax, Cuts{lowCut, highCut, range});
+    return normaliseSpan(src, dst, toSize(len), valMin, valMax, Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRangeMinMax_32f_I(Kel32f* srcDst, int len, Kel32f valMin, Kel32f valMax, Kel32f lowCut,
@@ -117,7 +117,7 @@ KelStatus kelsNormalizeInRangeMinMax_16s(const Kel16s* src, Kel16s* dst, int len
                                          Kel32f lowCut, Kel32f highCut, Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseSpan(src, dst, size(len), valMin, valMax, Cuts{lowCut, highCut, range});
+    return normaliseSpan(src, dst, toSize(len), valMin, valMax, Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRangeMinMax_16s_I(Kel16s* srcDst, int len, Kel16s valMin, Kel16s valMax, Kel32f lowCut,
@@ -129,27 +129,27 @@ KelStatus kelsNormalizeInRangeMinMax_16s8u(const Kel16s* src, Kel8u* dst, int le
                                            Kel32f lowCut, Kel32f highCut, Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseSpan(src, dst, size(len), valMin, valMax, Cuts{lowCut, highCut, range});
+    return normaliseSpan(src, dst, toSize(len), valMin, valMax, Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRangeMinMax_32f16s(const Kel32f* src, Kel16s* dst, int len, Kel32f valMin, Kel32f valMax,
                                             Kel32f lowCut, Kel32f highCut, Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseSpan(src, dst, size(len), valMin, valMax, Cuts{lowCut, highCut, range});
+    return normaliseSpan(src, dst, toSize(len), valMin, valMax, Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsNormalizeInRangeMinMax_32f8u(const Kel32f* src, Kel8u* dst, int len, Kel32f valMin, Kel32f valMax,
                                            Kel32f lowCut, Kel32f highCut, Kel32f range) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return normaliseSpan(src, dst, size(len), valMin, valMax, Cuts{lowCut, highCut, range});
+    return normaliseSpan(src, dst, toSize(len), valMin, valMax, Cuts{lowCut, highCut, range});
 }
 
 KelStatus kelsUnitCurve_32f(const Kel32f* src, Kel32f* dst, int len) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    unitCurve(src, dst, size(len));
+    unitCurve(src, dst, toSize(len));
     return kelStatusOk;
 }
 
@@ -160,7 +160,7 @@ KelStatus kelsUnitCurve_32f_I(Kel32f* srcDst, int len) {
 KelStatus kelsUnitCurve_16s_Sfs(const Kel16s* src, Kel16s* dst, int fracBits, int len, int scaleFactor) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    unitCurve(src, dst, size(len), fracBits, scaleFactor);
+    unitCurve(src, dst, toSize(len), fracBits, scaleFactor);
     return kelStatusOk;
 }
 

@@ -8,7 +8,7 @@ using namespace kels;
 KelStatus kelsSinC_32f(const Kel32f* src, Kel32f* dst, int len) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    sinc(src, dst, size(len));
+    sinc(src, dst, toSize(len));
     return kelStatusOk;
 }
 
@@ -19,7 +19,7 @@ KelStatus kelsSinC_32f_I(Kel32f* srcDst, int len) {
 KelStatus kelsSinC_64f(const Kel64f* src, Kel64f* dst, int len) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    sinc(src, dst, size(len));
+    sinc(src, dst, toSize(len));
     return kelStatusOk;
 }
 
@@ -30,14 +30,14 @@ KelStatus kelsSinC_64f_I(Kel64f* srcDst, int len) {
 KelStatus kelsSinC_32f64f(const Kel32f* src, Kel64f* dst, int len) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    sinc(src, dst, size(len));
+    sinc(src, dst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsExpNegSqr_32f(const Kel32f* src, Kel32f* dst, int len) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussian(src, dst, size(len));
+    gaussian(src, dst, toSize(len));
     return kelStatusOk;
 }
 
@@ -48,7 +48,7 @@ KelStatus kelsExpNegSqr_32f_I(Kel32f* srcDst, int len) {
 KelStatus kelsExpNegSqr_64f(const Kel64f* src, Kel64f* dst, int len) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussian(src, dst, size(len));
+    gaussian(src, dst, toSize(len));
     return kelStatusOk;
 }
 
@@ -59,6 +59,6 @@ KelStatus kelsExpNegSqr_64f_I(Kel64f* srcDst, int len) {
 KelStatus kelsExpNegSqr_32f64f(const Kel32f* src, Kel64f* dst, int len) {
     if (anyNull(src, dst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussian(src, dst, size(len));
+    gaussian(src, dst, toSize(len));
     return kelStatusOk;
 }

@@ -24,7 +24,7 @@ inline Vec<Kel32f> loadSamples(const Kel32f* p, std::size_t n) {
     return loadPart(p, n);
 }
 inline Vec<Kel32f> loadSamples(const Kel16s* p, std::size_t n) {
-    return toFloat(FirstLanes(n).load(p));
+    return toFloat(PartVector(n).load(p));
 }
 
 // A filter value as it is stored, and as a factor of samples: 16-bit filters are Q15.

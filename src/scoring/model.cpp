@@ -11,66 +11,66 @@ using namespace kels;
 KelStatus kelsUpdateGConst_32f(const Kel32f* pIVar, int len, Kel32f* pDet) {
     if (anyNull(pIVar, pDet)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return logDeterminant<Variance::Inverse>(pIVar, size(len), pDet);
+    return logDeterminant<Variance::Inverse>(pIVar, toSize(len), pDet);
 }
 
 KelStatus kelsUpdateGConst_64f(const Kel64f* pIVar, int len, Kel64f* pDet) {
     if (anyNull(pIVar, pDet)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return logDeterminant<Variance::Inverse>(pIVar, size(len), pDet);
+    return logDeterminant<Variance::Inverse>(pIVar, toSize(len), pDet);
 }
 
 KelStatus kelsUpdateGConst_DirectVar_32f(const Kel32f* pVar, int len, Kel32f* pDet) {
     if (anyNull(pVar, pDet)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return logDeterminant<Variance::Direct>(pVar, size(len), pDet);
+    return logDeterminant<Variance::Direct>(pVar, toSize(len), pDet);
 }
 
 KelStatus kelsUpdateGConst_DirectVar_64f(const Kel64f* pVar, int len, Kel64f* pDet) {
     if (anyNull(pVar, pDet)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return logDeterminant<Variance::Direct>(pVar, size(len), pDet);
+    return logDeterminant<Variance::Direct>(pVar, toSize(len), pDet);
 }
 
 KelStatus kelsOutProbPreCalc_32f(const Kel32f* pLogWeight, const Kel32f* pDet, Kel32f* pGConst, int len) {
     if (anyNull(pLogWeight, pDet, pGConst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussianConstants(pLogWeight, pDet, pGConst, size(len));
+    gaussianConstants(pLogWeight, pDet, pGConst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsOutProbPreCalc_64f(const Kel64f* pLogWeight, const Kel64f* pDet, Kel64f* pGConst, int len) {
     if (anyNull(pLogWeight, pDet, pGConst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussianConstants(pLogWeight, pDet, pGConst, size(len));
+    gaussianConstants(pLogWeight, pDet, pGConst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsOutProbPreCalc_32s(const Kel32s* pLogWeight, const Kel32s* pDet, Kel32s* pGConst, int len) {
     if (anyNull(pLogWeight, pDet, pGConst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussianConstants(pLogWeight, pDet, pGConst, size(len));
+    gaussianConstants(pLogWeight, pDet, pGConst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsOutProbPreCalc_32f_I(const Kel32f* pLogWeight, Kel32f* pDetGConst, int len) {
     if (anyNull(pLogWeight, pDetGConst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussianConstants(pLogWeight, pDetGConst, pDetGConst, size(len));
+    gaussianConstants(pLogWeight, pDetGConst, pDetGConst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsOutProbPreCalc_64f_I(const Kel64f* pLogWeight, Kel64f* pDetGConst, int len) {
     if (anyNull(pLogWeight, pDetGConst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussianConstants(pLogWeight, pDetGConst, pDetGConst, size(len));
+    gaussianConstants(pLogWeight, pDetGConst, pDetGConst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsOutProbPreCalc_32s_I(const Kel32s* pLogWeight, Kel32s* pDetGConst, int len) {
     if (anyNull(pLogWeight, pDetGConst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    gaussianConstants(pLogWeight, pDetGConst, pDetGConst, size(len));
+    gaussianConstants(pLogWeight, pDetGConst, pDetGConst, toSize(len));
     return kelStatusOk;
 }
 

@@ -15,8 +15,8 @@ KelStatus kelsFillShortlist_Row_1u(const Kel32s* pIndices, int bound, int n, Kel
     if (anyNull(pIndices, ppRows)) return kelStatusNullPtr;
     if (height < 1 || bound < 1 || step < 1 || n < 1 || offset < 0) return kelStatusSize;
     if (rowTooShort(step, offset, bound)) return kelStatusStep;
-    if (anyOutside(pIndices, SameCount{n}, size(height), bound)) return kelStatusBadArg;
-    toggleInRows(pIndices, SameCount{n}, size(height), size(offset), ppRows);
+    if (anyOutside(pIndices, SameCount{n}, toSize(height), bound)) return kelStatusBadArg;
+    toggleInRows(pIndices, SameCount{n}, toSize(height), toSize(offset), ppRows);
     return kelStatusOk;
 }
 
@@ -26,8 +26,8 @@ KelStatus kelsFillShortlist_RowVar_1u(const Kel32s* pIndices, int bound, const K
     if (height < 1 || bound < 1 || step < 1 || offset < 0) return kelStatusSize;
     if (anyBelowOne(pCounts, height)) return kelStatusSize;
     if (rowTooShort(step, offset, bound)) return kelStatusStep;
-    if (anyOutside(pIndices, pCounts, size(height), bound)) return kelStatusBadArg;
-    toggleInRows(pIndices, pCounts, size(height), size(offset), ppRows);
+    if (anyOutside(pIndices, pCounts, toSize(height), bound)) return kelStatusBadArg;
+    toggleInRows(pIndices, pCounts, toSize(height), toSize(offset), ppRows);
     return kelStatusOk;
 }
 
@@ -36,8 +36,8 @@ KelStatus kelsFillShortlist_Column_1u(const Kel32s* pIndices, int n, Kel8u** ppR
     if (anyNull(pIndices, ppRows)) return kelStatusNullPtr;
     if (bound < 1 || width < 1 || step < 1 || n < 1 || offset < 0) return kelStatusSize;
     if (rowTooShort(step, offset, width)) return kelStatusStep;
-    if (anyOutside(pIndices, SameCount{n}, size(width), bound)) return kelStatusBadArg;
-    toggleInColumns(pIndices, SameCount{n}, size(width), size(offset), ppRows);
+    if (anyOutside(pIndices, SameCount{n}, toSize(width), bound)) return kelStatusBadArg;
+    toggleInColumns(pIndices, SameCount{n}, toSize(width), toSize(offset), ppRows);
     return kelStatusOk;
 }
 
@@ -47,8 +47,8 @@ KelStatus kelsFillShortlist_ColumnVar_1u(const Kel32s* pIndices, const Kel32s* p
     if (bound < 1 || width < 1 || step < 1 || offset < 0) return kelStatusSize;
     if (anyBelowOne(pCounts, width)) return kelStatusSize;
     if (rowTooShort(step, offset, width)) return kelStatusStep;
-    if (anyOutside(pIndices, pCounts, size(width), bound)) return kelStatusBadArg;
-    toggleInColumns(pIndices, pCounts, size(width), size(offset), ppRows);
+    if (anyOutside(pIndices, pCounts, toSize(width), bound)) return kelStatusBadArg;
+    toggleInColumns(pIndices, pCounts, toSize(width), toSize(offset), ppRows);
     return kelStatusOk;
 }
 
@@ -57,8 +57,8 @@ KelStatus kelsBuildSignTable_8u1u(const Kel32s* pClusterIdx, int n, const Kel8u*
     if (anyNull(pClusterIdx, ppShortlist, pDst)) return kelStatusNullPtr;
     if (n < 1 || bound < 1 || step < 1 || width < 1 || height < 1 || offset < 0) return kelStatusSize;
     if (rowTooShort(step, offset, width)) return kelStatusStep;
-    if (anyOutside(pClusterIdx, SameCount{n}, size(height), bound)) return kelStatusBadArg;
-    uniteRows(pClusterIdx, SameCount{n}, size(height), ppShortlist, size(offset), size(width), pDst);
+    if (anyOutside(pClusterIdx, SameCount{n}, toSize(height), bound)) return kelStatusBadArg;
+    uniteRows(pClusterIdx, SameCount{n}, toSize(height), ppShortlist, toSize(offset), toSize(width), pDst);
     return kelStatusOk;
 }
 
@@ -68,7 +68,7 @@ KelStatus kelsBuildSignTable_Var_8u1u(const Kel32s* pClusterIdx, const Kel32s* p
     if (bound < 1 || step < 1 || width < 1 || height < 1 || offset < 0) return kelStatusSize;
     if (anyBelowOne(pCounts, height)) return kelStatusSize;
     if (rowTooShort(step, offset, width)) return kelStatusStep;
-    if (anyOutside(pClusterIdx, pCounts, size(height), bound)) return kelStatusBadArg;
-    uniteRows(pClusterIdx, pCounts, size(height), ppShortlist, size(offset), size(width), pDst);
+    if (anyOutside(pClusterIdx, pCounts, toSize(height), bound)) return kelStatusBadArg;
+    uniteRows(pClusterIdx, pCounts, toSize(height), ppShortlist, toSize(offset), toSize(width), pDst);
     return kelStatusOk;
 }

@@ -8,28 +8,28 @@ KelStatus kelsDcsClustLAccumulate_32f(const Kel32f* pMean, const Kel32f* pInvVar
                                       int len, Kel32f occ) {
     if (anyNull(pMean, pInvVar, pDstSum, pDstSqr)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    stateStatistics<Variances::Inverse>(pMean, pInvVar, pDstSum, pDstSqr, size(len), occ);
+    stateStatistics<Variances::Inverse>(pMean, pInvVar, pDstSum, pDstSqr, toSize(len), occ);
     return kelStatusOk;
 }
 KelStatus kelsDcsClustLAccumulate_64f(const Kel64f* pMean, const Kel64f* pInvVar, Kel64f* pDstSum, Kel64f* pDstSqr,
                                       int len, Kel64f occ) {
     if (anyNull(pMean, pInvVar, pDstSum, pDstSqr)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    stateStatistics<Variances::Inverse>(pMean, pInvVar, pDstSum, pDstSqr, size(len), occ);
+    stateStatistics<Variances::Inverse>(pMean, pInvVar, pDstSum, pDstSqr, toSize(len), occ);
     return kelStatusOk;
 }
 KelStatus kelsDcsClustLAccumulate_DirectVar_32f(const Kel32f* pMean, const Kel32f* pVar, Kel32f* pDstSum,
                                                 Kel32f* pDstSqr, int len, Kel32f occ) {
     if (anyNull(pMean, pVar, pDstSum, pDstSqr)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    stateStatistics<Variances::Direct>(pMean, pVar, pDstSum, pDstSqr, size(len), occ);
+    stateStatistics<Variances::Direct>(pMean, pVar, pDstSum, pDstSqr, toSize(len), occ);
     return kelStatusOk;
 }
 KelStatus kelsDcsClustLAccumulate_DirectVar_64f(const Kel64f* pMean, const Kel64f* pVar, Kel64f* pDstSum,
                                                 Kel64f* pDstSqr, int len, Kel64f occ) {
     if (anyNull(pMean, pVar, pDstSum, pDstSqr)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    stateStatistics<Variances::Direct>(pMean, pVar, pDstSum, pDstSqr, size(len), occ);
+    stateStatistics<Variances::Direct>(pMean, pVar, pDstSum, pDstSqr, toSize(len), occ);
     return kelStatusOk;
 }
 
@@ -37,11 +37,11 @@ KelStatus kelsDcsClustLCompute_32f64f(const Kel32f* pSum, const Kel32f* pSqr, in
     if (anyNull(pSum, pSqr, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (!(occ >= 0)) return kelStatusNegOcc;
-    return clusterLikelihood(pSum, pSqr, size(len), pDst, Kel64f{occ});
+    return clusterLikelihood(pSum, pSqr, toSize(len), pDst, Kel64f{occ});
 }
 KelStatus kelsDcsClustLCompute_64f(const Kel64f* pSum, const Kel64f* pSqr, int len, Kel64f* pDst, Kel64f occ) {
     if (anyNull(pSum, pSqr, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (!(occ >= 0)) return kelStatusNegOcc;
-    return clusterLikelihood(pSum, pSqr, size(len), pDst, occ);
+    return clusterLikelihood(pSum, pSqr, toSize(len), pDst, occ);
 }

@@ -12,7 +12,7 @@ KelStatus kelsUpdateMean_32f(const Kel32f* pMeanAcc, Kel32f* pMean, int len, Kel
     if (len < 1) return kelStatusSize;
     if (negative(meanOcc)) return kelStatusNegOcc;
     if (vanishing(meanOcc)) return kelStatusZeroOcc;
-    updateMean(pMeanAcc, pMean, size(len), meanOcc);
+    updateMean(pMeanAcc, pMean, toSize(len), meanOcc);
     return kelStatusOk;
 }
 KelStatus kelsUpdateMean_64f(const Kel64f* pMeanAcc, Kel64f* pMean, int len, Kel64f meanOcc) {
@@ -20,7 +20,7 @@ KelStatus kelsUpdateMean_64f(const Kel64f* pMeanAcc, Kel64f* pMean, int len, Kel
     if (len < 1) return kelStatusSize;
     if (negative(meanOcc)) return kelStatusNegOcc;
     if (vanishing(meanOcc)) return kelStatusZeroOcc;
-    updateMean(pMeanAcc, pMean, size(len), meanOcc);
+    updateMean(pMeanAcc, pMean, toSize(len), meanOcc);
     return kelStatusOk;
 }
 
@@ -30,7 +30,7 @@ KelStatus kelsUpdateVar_32f(const Kel32f* pMeanAcc, const Kel32f* pVarAcc, const
     if (len < 1) return kelStatusSize;
     if (negative(meanOcc) || negative(varOcc)) return kelStatusNegOcc;
     if (vanishing(meanOcc) || vanishing(varOcc)) return kelStatusZeroOcc;
-    return updateVariance(pMeanAcc, pVarAcc, pVarFloor, pVar, size(len), meanOcc, varOcc);
+    return updateVariance(pMeanAcc, pVarAcc, pVarFloor, pVar, toSize(len), meanOcc, varOcc);
 }
 KelStatus kelsUpdateVar_64f(const Kel64f* pMeanAcc, const Kel64f* pVarAcc, const Kel64f* pVarFloor, Kel64f* pVar,
                             int len, Kel64f meanOcc, Kel64f varOcc) {
@@ -38,7 +38,7 @@ KelStatus kelsUpdateVar_64f(const Kel64f* pMeanAcc, const Kel64f* pVarAcc, const
     if (len < 1) return kelStatusSize;
     if (negative(meanOcc) || negative(varOcc)) return kelStatusNegOcc;
     if (vanishing(meanOcc) || vanishing(varOcc)) return kelStatusZeroOcc;
-    return updateVariance(pMeanAcc, pVarAcc, pVarFloor, pVar, size(len), meanOcc, varOcc);
+    return updateVariance(pMeanAcc, pVarAcc, pVarFloor, pVar, toSize(len), meanOcc, varOcc);
 }
 
 KelStatus kelsUpdateWeight_32f(const Kel32f* pWgtAcc, Kel32f* pWgt, int len, Kel32f* pWgtSum, Kel32f wgtOcc,
@@ -47,7 +47,7 @@ KelStatus kelsUpdateWeight_32f(const Kel32f* pWgtAcc, Kel32f* pWgt, int len, Kel
     if (len < 1) return kelStatusSize;
     if (negative(wgtOcc)) return kelStatusNegOcc;
     if (vanishing(wgtOcc)) return kelStatusZeroOcc;
-    return updateWeight(pWgtAcc, pWgt, size(len), pWgtSum, wgtOcc, wgtFloor);
+    return updateWeight(pWgtAcc, pWgt, toSize(len), pWgtSum, wgtOcc, wgtFloor);
 }
 KelStatus kelsUpdateWeight_64f(const Kel64f* pWgtAcc, Kel64f* pWgt, int len, Kel64f* pWgtSum, Kel64f wgtOcc,
                                Kel64f wgtFloor) {
@@ -55,7 +55,7 @@ KelStatus kelsUpdateWeight_64f(const Kel64f* pWgtAcc, Kel64f* pWgt, int len, Kel
     if (len < 1) return kelStatusSize;
     if (negative(wgtOcc)) return kelStatusNegOcc;
     if (vanishing(wgtOcc)) return kelStatusZeroOcc;
-    return updateWeight(pWgtAcc, pWgt, size(len), pWgtSum, wgtOcc, wgtFloor);
+    return updateWeight(pWgtAcc, pWgt, toSize(len), pWgtSum, wgtOcc, wgtFloor);
 }
 
 // ---- splitting -----------------------------------------------------------------------------------------------------
@@ -64,14 +64,14 @@ KelStatus kelsGaussianSplit_32f(Kel32f* pMean1, const Kel32f* pVar1, Kel32f* pMe
                                 Kel32f val) {
     if (len < 1) return kelStatusSize;
     if (anyNull(pMean1, pVar1, pMean2, pVar2)) return kelStatusNullPtr;
-    splitGaussian(pMean1, pVar1, pMean2, pVar2, size(len), val);
+    splitGaussian(pMean1, pVar1, pMean2, pVar2, toSize(len), val);
     return kelStatusOk;
 }
 KelStatus kelsGaussianSplit_64f(Kel64f* pMean1, const Kel64f* pVar1, Kel64f* pMean2, Kel64f* pVar2, int len,
                                 Kel64f val) {
     if (anyNull(pMean1, pVar1, pMean2, pVar2)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    splitGaussian(pMean1, pVar1, pMean2, pVar2, size(len), val);
+    splitGaussian(pMean1, pVar1, pMean2, pVar2, toSize(len), val);
     return kelStatusOk;
 }
 
@@ -81,36 +81,36 @@ KelStatus kelsWeightedSum_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, Kel32f* 
                               Kel32f weight2) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return weightedAverage(pSrc1, pSrc2, pDst, size(len), weight1, weight2, FirstSource::Plain);
+    return weightedAverage(pSrc1, pSrc2, pDst, toSize(len), weight1, weight2, FirstSource::Plain);
 }
 KelStatus kelsWeightedSum_64f(const Kel64f* pSrc1, const Kel64f* pSrc2, Kel64f* pDst, int len, Kel64f weight1,
                               Kel64f weight2) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return weightedAverage(pSrc1, pSrc2, pDst, size(len), weight1, weight2, FirstSource::Plain);
+    return weightedAverage(pSrc1, pSrc2, pDst, toSize(len), weight1, weight2, FirstSource::Plain);
 }
 KelStatus kelsWeightedSum_16s(const Kel16s* pSrc1, const Kel16s* pSrc2, Kel16s* pDst, int len, Kel32f weight1,
                               Kel32f weight2) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return weightedAverage(pSrc1, pSrc2, pDst, size(len), weight1, weight2, FirstSource::Plain);
+    return weightedAverage(pSrc1, pSrc2, pDst, toSize(len), weight1, weight2, FirstSource::Plain);
 }
 
 KelStatus kelsWeightedSumHalf_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, Kel32f* pDst, int len, Kel32f weight1,
                                   Kel32f weight2) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return weightedAverage(pSrc1, pSrc2, pDst, size(len), weight1, weight2, FirstSource::Weighted);
+    return weightedAverage(pSrc1, pSrc2, pDst, toSize(len), weight1, weight2, FirstSource::Weighted);
 }
 KelStatus kelsWeightedSumHalf_64f(const Kel64f* pSrc1, const Kel64f* pSrc2, Kel64f* pDst, int len, Kel64f weight1,
                                   Kel64f weight2) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return weightedAverage(pSrc1, pSrc2, pDst, size(len), weight1, weight2, FirstSource::Weighted);
+    return weightedAverage(pSrc1, pSrc2, pDst, toSize(len), weight1, weight2, FirstSource::Weighted);
 }
 KelStatus kelsWeightedSumHalf_16s(const Kel16s* pSrc1, const Kel16s* pSrc2, Kel16s* pDst, int len, Kel32f weight1,
                                   Kel32f weight2) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return weightedAverage(pSrc1, pSrc2, pDst, size(len), weight1, weight2, FirstSource::Weighted);
+    return weightedAverage(pSrc1, pSrc2, pDst, toSize(len), weight1, weight2, FirstSource::Weighted);
 }

@@ -143,8 +143,8 @@ inline KelStatus weightedAverage(const Kel16s* src1, const Kel16s* src2, Kel16s*
         return toInt(lesserOf(Vec<Kel32f>(32767.0f), sum), TowardZero());
     };
     std::size_t i = 0;
-    for (; i + w <= len; i += w) storeInt16(dst + i, average(AllLanes(), i));
-    if (i < len) storeInt16Part(dst + i, average(FirstLanes(len - i, i), i), len - i);
+    for (; i + w <= len; i += w) storeInt16(dst + i, average(WholeVector(), i));
+    if (i < len) storeInt16Part(dst + i, average(PartVector(len - i, i), i), len - i);
     return kelStatusOk;
 }
 

@@ -177,6 +177,6 @@ KelStatus kelsFFTFwd_RToCCS_16s32s_Sfs(const Kel16s* pSrc, Kel32s* pDst, const K
 KelStatus kelsMulPackConj_32f_I(const Kel32f* pSrc, Kel32f* pSrcDst, int len) {
     if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    multiplyPackedConj(pSrc, pSrcDst, size(len));
+    multiplyPackedConj(pSrc, pSrcDst, toSize(len));
     return kelStatusOk;
 }

@@ -96,7 +96,7 @@ template <class T>
     if constexpr (sizeof(T) == sizeof(float)) {
         r = mulAdd(k.value, V(-kPi23), r);
     } else {
-        const ExactSum difference(r, k.value * -kPi2);
+        const TwoSum difference(r, k.value * -kPi2);
         r = difference.sum;
         low = mulAdd(k.value, V(-kPi3), difference.lost);
     }

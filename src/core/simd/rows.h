@@ -9,7 +9,7 @@ namespace kels {
 // ---- loads ---------------------------------------------------------------------------------------------------------
 
 // The two ways in which a row is loaded: whole vectors...
-struct AllLanes {
+struct WholeVector {
     Vec<float> load(const float* p) const { return kels::load(p); }
     Vec<int32_t> load(const int16_t* p) const { return loadInt(p); }
     template <class T>
@@ -20,10 +20,10 @@ struct AllLanes {
 
 // ... and its end: the first n < lanes<float> elements, or n < lanes<double> as doubles, and zeros.  What n demands is made ready once for many loads.
 // `before` elements in front of p may be read too.
-class FirstLanes {
+class PartVector {
   public:
 #if defined(__AVX512F__)
-    explicit FirstLanes(std::size_t n, std::size_t = 0) : mask_(static_cast<__mmask16>((1u << n) - 1)) {}
+    explicit PartVector(std::size_t n, std::size_t = 0) : mask_(static_cast<__mmask16>((1u << n) - 1)) {}
 
     Vec<float> load(const float* p) const {
         return Vec<float>(_mm512_maskz_loadu_ps(mask_, p));
@@ -41,8 +41,8 @@ class FirstLanes {
   private:
     __mmask16 mask_;
 #elif defined(__AVX2__)
-    explicit FirstLanes(std::size_t n, std::size_t before = 0)
-        : n_(n), wholeLoad_(n + before >= 8), mask_(firstLanes(n, std::integral_constant<int, 4>())) {
+    explicit PartVector(std::size_t n, std::size_t before = 0)
+        : n_(n), wholeLoad_(n + before >= 8), mask_(maskOfFirst(n, std::integral_constant<int, 4>())) {
         // Byte i comes from byte i + 16 - 2n; from 16 on the index turns negative, which makes zeros.
         const __m128i index = _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
         down_ = _mm_add_epi8(index, _mm_set1_epi8(static_cast<char>(16 - 2 * n)));
@@ -78,7 +78,7 @@ class FirstLanes {
     __m256i mask_;
     __m128i down_;
 #else
-    explicit FirstLanes(std::size_t n, std::size_t = 0) : n_(n) {}
+    explicit PartVector(std::size_t n, std::size_t = 0) : n_(n) {}
 
     Vec<float> load(const float* p) const {
         if (n_ == 1) return Vec<float>(_mm_load_ss(p));
@@ -133,7 +133,7 @@ struct DoubledValue {
 
     explicit operator double() const { return high + low; }
     friend DoubledValue operator+(const DoubledValue& x, const DoubledValue& y) {
-        const ExactSum<double> sum(x.high, y.high);
+        const TwoSum<double> sum(x.high, y.high);
         return {sum.sum, sum.lost + (x.low + y.low)};
     }
 };
@@ -202,7 +202,7 @@ struct DoubledSum {
         const auto other = [](const Vec<double>& v, const Vec<double>& w) {
             return Vec<double>(Choice::other(native(v), native(w)));
         };
-        const ExactSum<Vec<double>> sum(one(x.high, y.high), other(x.high, y.high));
+        const TwoSum<Vec<double>> sum(one(x.high, y.high), other(x.high, y.high));
         return {sum.sum, sum.lost + (one(x.low, y.low) + other(x.low, y.low))};
     }
 };
@@ -211,7 +211,7 @@ struct DoubledSum {
 // Exact sums of products of 32-bit integers, lanes<int32_t> products at a time.
 #if defined(__AVX2__)
 // In lanes of 64 bits.
-class ExactSums {
+class IntegerSums {
   public:
     static constexpr std::size_t kMost = 1 << 20;  // additions that are surely exact
 
@@ -222,7 +222,7 @@ class ExactSums {
     void addWeightedSquares(const Vec<int32_t>& d, const Vec<int32_t>& v) { addProducts(d * v, d); }
 
     // As sumsOf4 for vectors.
-    static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
+    static void totals(const IntegerSums& a, const IntegerSums& b, const IntegerSums& c, const IntegerSums& d, int64_t* dst) {
         const __m256i v = a.half(), w = b.half(), x = c.half(), y = d.half();
         const __m256i ab = _mm256_add_epi64(_mm256_unpacklo_epi64(v, w), _mm256_unpackhi_epi64(v, w));
         const __m256i cd = _mm256_add_epi64(_mm256_unpacklo_epi64(x, y), _mm256_unpackhi_epi64(x, y));
@@ -269,7 +269,7 @@ class ExactSums {
 };
 #else
 // Without signed multiplication in vectors: in the 53 bits of doubles.  Exact for products below 2^47.
-class ExactSums {
+class IntegerSums {
   public:
     static constexpr std::size_t kMost = 16;
 
@@ -280,8 +280,8 @@ class ExactSums {
         add(_mm_mul_pd(_mm_mul_pd(low(d), low(v)), low(d)), _mm_mul_pd(_mm_mul_pd(high(d), high(v)), high(d)));
     }
 
-    static void totals(const ExactSums& a, const ExactSums& b, const ExactSums& c, const ExactSums& d, int64_t* dst) {
-        const auto sum = [](const ExactSums& s) {
+    static void totals(const IntegerSums& a, const IntegerSums& b, const IntegerSums& c, const IntegerSums& d, int64_t* dst) {
+        const auto sum = [](const IntegerSums& s) {
             return static_cast<int64_t>(_mm_cvtsd_f64(_mm_add_sd(s.sums_, _mm_unpackhi_pd(s.sums_, s.sums_))));
         };
         dst[0] = sum(a);

@@ -12,7 +12,7 @@ namespace kels {
 
 // Component k of row j goes to data[k * stride + j]; stride >= height.
 template <class Rows, class T>
-void turnOver(const Rows& rows, std::size_t height, std::size_t width, T* data, std::size_t stride) {
+void transpose(const Rows& rows, std::size_t height, std::size_t width, T* data, std::size_t stride) {
     const auto row = [&](std::size_t j) { return rows[static_cast<std::ptrdiff_t>(j)]; };
     if constexpr (std::is_same_v<decltype(row(0)), const Kel32f*> && std::is_same_v<T, Kel32f>) {
         if (height >= 4 && width >= 4) {

@@ -59,10 +59,10 @@ void store(T* p, const Vec<T>& v) {
 
 #if defined(__AVX2__) && !defined(__AVX512F__)
 // All ones in the first n of the lanes of 4 or 8 bytes.
-inline __m256i firstLanes(std::size_t n, std::integral_constant<int, 4>) {
+inline __m256i maskOfFirst(std::size_t n, std::integral_constant<int, 4>) {
     return _mm256_cmpgt_epi32(_mm256_set1_epi32(static_cast<int>(n)), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
 }
-inline __m256i firstLanes(std::size_t n, std::integral_constant<int, 8>) {
+inline __m256i maskOfFirst(std::size_t n, std::integral_constant<int, 8>) {
     return _mm256_cmpgt_epi64(_mm256_set1_epi64x(static_cast<int64_t>(n)), _mm256_setr_epi64x(0, 1, 2, 3));
 }
 #endif
@@ -78,9 +78,9 @@ Vec<T> loadPart(const T* p, std::size_t n) {
     }
 #elif defined(__AVX2__)
     if constexpr (std::is_same_v<T, float>) {
-        return Vec<T>(_mm256_maskload_ps(p, firstLanes(n, std::integral_constant<int, 4>())));
+        return Vec<T>(_mm256_maskload_ps(p, maskOfFirst(n, std::integral_constant<int, 4>())));
     } else if constexpr (std::is_same_v<T, double>) {
-        return Vec<T>(_mm256_maskload_pd(p, firstLanes(n, std::integral_constant<int, 8>())));
+        return Vec<T>(_mm256_maskload_pd(p, maskOfFirst(n, std::integral_constant<int, 8>())));
     }
 #else
     if constexpr (std::is_same_v<T, float>) {
@@ -109,11 +109,11 @@ Vec<T> loadPart(const T* p, std::size_t n, T fill) {
     }
 #elif defined(__AVX2__)
     if constexpr (std::is_same_v<T, float>) {
-        const __m256i mask = firstLanes(n, std::integral_constant<int, 4>());
+        const __m256i mask = maskOfFirst(n, std::integral_constant<int, 4>());
         const __m256 v = _mm256_maskload_ps(p, mask);
         return Vec<T>(_mm256_blendv_ps(_mm256_set1_ps(fill), v, _mm256_castsi256_ps(mask)));
     } else if constexpr (std::is_same_v<T, double>) {
-        const __m256i mask = firstLanes(n, std::integral_constant<int, 8>());
+        const __m256i mask = maskOfFirst(n, std::integral_constant<int, 8>());
         const __m256d v = _mm256_maskload_pd(p, mask);
         return Vec<T>(_mm256_blendv_pd(_mm256_set1_pd(fill), v, _mm256_castsi256_pd(mask)));
     }
@@ -140,13 +140,13 @@ void storePart(T* p, const Vec<T>& v, std::size_t n) {
     }
 #elif defined(__AVX2__)
     if constexpr (std::is_same_v<T, float>) {
-        _mm256_maskstore_ps(p, firstLanes(n, std::integral_constant<int, 4>()), native(v));
+        _mm256_maskstore_ps(p, maskOfFirst(n, std::integral_constant<int, 4>()), native(v));
         return;
     } else if constexpr (std::is_same_v<T, double>) {
-        _mm256_maskstore_pd(p, firstLanes(n, std::integral_constant<int, 8>()), native(v));
+        _mm256_maskstore_pd(p, maskOfFirst(n, std::integral_constant<int, 8>()), native(v));
         return;
     } else if constexpr (std::is_same_v<T, int32_t>) {
-        _mm256_maskstore_epi32(p, firstLanes(n, std::integral_constant<int, 4>()), native(v));
+        _mm256_maskstore_epi32(p, maskOfFirst(n, std::integral_constant<int, 4>()), native(v));
         return;
     }
 #endif
@@ -277,10 +277,10 @@ inline double mulAdd(double a, double b, double c) {
 
 // A sum and what it lost by rounding: together the exact sum (Knuth's two-sum).
 template <class V>
-struct ExactSum {
+struct TwoSum {
     V sum, lost;
 
-    ExactSum(const V& x, const V& y) : sum(x + y) {
+    TwoSum(const V& x, const V& y) : sum(x + y) {
         const V added = sum - x;
         lost = (x - (sum - added)) + (y - added);
     }
@@ -289,7 +289,7 @@ struct ExactSum {
 // v, kept in a register: the compiler would rather load a value again for each of its uses, which costs where loads are
 // the limit.
 template <class T>
-Vec<T> held(const Vec<T>& v) {
+Vec<T> inRegister(const Vec<T>& v) {
     auto r = native(v);
 #if defined(__AVX512F__)
     asm("" : "+v"(r));
@@ -301,7 +301,7 @@ Vec<T> held(const Vec<T>& v) {
 
 // The last n lanes of v, zero in those before them.
 template <class T>
-Vec<T> lastLanes(Vec<T> v, std::size_t n) {
+Vec<T> lastElements(Vec<T> v, std::size_t n) {
     const Vec<T> index([](auto i) { return static_cast<T>(static_cast<std::size_t>(i)); });
     stdx::where(index < static_cast<T>(lanes<T> - n), v) = T();
     return v;

@@ -7,84 +7,84 @@ using namespace kels;
 KelStatus kelsAdd_32f_I(const Kel32f* pSrc, Kel32f* pSrcDst, int len) {
     if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    add(pSrc, pSrcDst, pSrcDst, size(len));
+    add(pSrc, pSrcDst, pSrcDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsAdd_64f_I(const Kel64f* pSrc, Kel64f* pSrcDst, int len) {
     if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    add(pSrc, pSrcDst, pSrcDst, size(len));
+    add(pSrc, pSrcDst, pSrcDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsAddC_32f(const Kel32f* pSrc, Kel32f val, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    addConstant(pSrc, val, pDst, size(len));
+    addConstant(pSrc, val, pDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsSub_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, Kel32f* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    subtract(pSrc2, pSrc1, pDst, size(len));
+    subtract(pSrc2, pSrc1, pDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsSub_64f(const Kel64f* pSrc1, const Kel64f* pSrc2, Kel64f* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    subtract(pSrc2, pSrc1, pDst, size(len));
+    subtract(pSrc2, pSrc1, pDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsSub_16s(const Kel16s* pSrc1, const Kel16s* pSrc2, Kel16s* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    subtractSaturated(pSrc1, pSrc2, pDst, size(len));
+    subtractSaturated(pSrc1, pSrc2, pDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsSub_32f_I(const Kel32f* pSrc, Kel32f* pSrcDst, int len) {
     if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    subtract(pSrcDst, pSrc, pSrcDst, size(len));
+    subtract(pSrcDst, pSrc, pSrcDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsSub_64f_I(const Kel64f* pSrc, Kel64f* pSrcDst, int len) {
     if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    subtract(pSrcDst, pSrc, pSrcDst, size(len));
+    subtract(pSrcDst, pSrc, pSrcDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsMul_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, Kel32f* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    multiply(pSrc1, pSrc2, pDst, size(len));
+    multiply(pSrc1, pSrc2, pDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsMul_16s_Sfs(const Kel16s* pSrc1, const Kel16s* pSrc2, Kel16s* pDst, int len, int scaleFactor) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    multiplyScaled(pSrc1, pSrc2, pDst, size(len), scaleFactor);
+    multiplyScaled(pSrc1, pSrc2, pDst, toSize(len), scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsMulC_32f(const Kel32f* pSrc, Kel32f val, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    multiplyByConstant(pSrc, val, pDst, size(len));
+    multiplyByConstant(pSrc, val, pDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsMulC_64f(const Kel64f* pSrc, Kel64f val, Kel64f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    multiplyByConstant(pSrc, val, pDst, size(len));
+    multiplyByConstant(pSrc, val, pDst, toSize(len));
     return kelStatusOk;
 }
 
@@ -99,20 +99,20 @@ KelStatus kelsMulC_64f_I(Kel64f val, Kel64f* pSrcDst, int len) {
 KelStatus kelsDiv_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, Kel32f* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return divide(pSrc1, pSrc2, pDst, size(len));
+    return divide(pSrc1, pSrc2, pDst, toSize(len));
 }
 
 KelStatus kelsDiv_64f(const Kel64f* pSrc1, const Kel64f* pSrc2, Kel64f* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return divide(pSrc1, pSrc2, pDst, size(len));
+    return divide(pSrc1, pSrc2, pDst, toSize(len));
 }
 
 KelStatus kelsDivC_32f(const Kel32f* pSrc, Kel32f val, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (val == 0 || val != val) return kelStatusDivByZeroErr;
-    multiplyByConstant(pSrc, 1 / val, pDst, size(len));
+    multiplyByConstant(pSrc, 1 / val, pDst, toSize(len));
     return kelStatusOk;
 }
 
@@ -124,7 +124,7 @@ KelStatus kelsDivC_64f(const Kel64f* pSrc, Kel64f val, Kel64f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (val == 0 || val != val) return kelStatusDivByZeroErr;
-    multiplyByConstant(pSrc, 1 / val, pDst, size(len));
+    multiplyByConstant(pSrc, 1 / val, pDst, toSize(len));
     return kelStatusOk;
 }
 
@@ -135,20 +135,20 @@ KelStatus kelsDivC_64f_I(Kel64f val, Kel64f* pSrcDst, int len) {
 KelStatus kelsMaxEvery_32f_I(const Kel32f* pSrc, Kel32f* pSrcDst, int len) {
     if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    keepGreater(pSrc, pSrcDst, size(len));
+    keepGreater(pSrc, pSrcDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsMinEvery_32f_I(const Kel32f* pSrc, Kel32f* pSrcDst, int len) {
     if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    keepLesser(pSrc, pSrcDst, size(len));
+    keepLesser(pSrc, pSrcDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsMinEvery_32s_I(const Kel32s* pSrc, Kel32s* pSrcDst, int len) {
     if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    keepLesser(pSrc, pSrcDst, size(len));
+    keepLesser(pSrc, pSrcDst, toSize(len));
     return kelStatusOk;
 }

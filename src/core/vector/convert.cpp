@@ -8,14 +8,14 @@ using namespace kels;
 KelStatus kelsConvert_8u32f(const Kel8u* pSrc, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    convertWidening(pSrc, pDst, size(len));
+    convertWidening(pSrc, pDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsConvert_16s32f(const Kel16s* pSrc, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    convertWidening(pSrc, pDst, size(len));
+    convertWidening(pSrc, pDst, toSize(len));
     return kelStatusOk;
 }
 
@@ -23,7 +23,7 @@ KelStatus kelsConvert_32s32f(const Kel32s* pSrc, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     const NearestScope scope;
-    convertWidening(pSrc, pDst, size(len));
+    convertWidening(pSrc, pDst, toSize(len));
     return kelStatusOk;
 }
 
@@ -33,7 +33,7 @@ KelStatus kelsConvert_16s32f_Sfs(const Kel16s* pSrc, Kel32f* pDst, int len, int 
     if (len < 1) return kelStatusSize;
     const auto multiplier = static_cast<Kel32f>(scaleMultiplier(scaleFactor, -112, 126));
     const NearestScope scope;
-    convertScaledUp(pSrc, pDst, size(len), multiplier);
+    convertScaledUp(pSrc, pDst, toSize(len), multiplier);
     return kelStatusOk;
 }
 
@@ -42,7 +42,7 @@ KelStatus kelsConvert_32s32f_Sfs(const Kel32s* pSrc, Kel32f* pDst, int len, int 
     if (len < 1) return kelStatusSize;
     const auto multiplier = static_cast<Kel32f>(scaleMultiplier(scaleFactor, -96, 126));
     const NearestScope scope;
-    convertScaledUp(pSrc, pDst, size(len), multiplier);
+    convertScaledUp(pSrc, pDst, toSize(len), multiplier);
     return kelStatusOk;
 }
 
@@ -51,41 +51,41 @@ KelStatus kelsConvert_16s64f_Sfs(const Kel16s* pSrc, Kel64f* pDst, int len, int 
     if (len < 1) return kelStatusSize;
     const Kel64f multiplier = scaleMultiplier(scaleFactor, -1008, 1022);
     const NearestScope scope;
-    convertScaledUp(pSrc, pDst, size(len), multiplier);
+    convertScaledUp(pSrc, pDst, toSize(len), multiplier);
     return kelStatusOk;
 }
 
 KelStatus kelsConvert_32f16s_Sfs(const Kel32f* pSrc, Kel16s* pDst, int len, int rndMode, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    convertToIntByMode(pSrc, pDst, size(len), rndMode, scaleFactor);
+    convertToIntByMode(pSrc, pDst, toSize(len), rndMode, scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsConvert_32f32s_Sfs(const Kel32f* pSrc, Kel32s* pDst, int len, int rndMode, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    convertToIntByMode(pSrc, pDst, size(len), rndMode, scaleFactor);
+    convertToIntByMode(pSrc, pDst, toSize(len), rndMode, scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsConvert_64f32s_Sfs(const Kel64f* pSrc, Kel32s* pDst, int len, int rndMode, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    convertToIntByMode(pSrc, pDst, size(len), rndMode, scaleFactor);
+    convertToIntByMode(pSrc, pDst, toSize(len), rndMode, scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsConvert_32s16s_Sfs(const Kel32s* pSrc, Kel16s* pDst, int len, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    narrowScaled(pSrc, pDst, size(len), scaleFactor);
+    narrowScaled(pSrc, pDst, toSize(len), scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsConvert_64f32f(const Kel64f* pSrc, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    narrowToFloat(pSrc, pDst, size(len));
+    narrowToFloat(pSrc, pDst, toSize(len));
     return kelStatusOk;
 }

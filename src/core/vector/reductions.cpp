@@ -40,28 +40,28 @@ Kel32f misalignedSum(const Kel32f* src, std::size_t len) {
 KelStatus kelsDotProd_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, int len, Kel32f* pDp) {
     if (anyNull(pSrc1, pSrc2, pDp)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pDp = roundedSum(FloatProducts{pSrc1, pSrc2}, size(len));
+    *pDp = roundedSum(FloatProducts{pSrc1, pSrc2}, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsDotProd_64f(const Kel64f* pSrc1, const Kel64f* pSrc2, int len, Kel64f* pDp) {
     if (anyNull(pSrc1, pSrc2, pDp)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pDp = static_cast<Kel64f>(extendedSum(DoubleProducts{pSrc1, pSrc2}, size(len)));
+    *pDp = static_cast<Kel64f>(extendedSum(DoubleProducts{pSrc1, pSrc2}, toSize(len)));
     return kelStatusOk;
 }
 
 KelStatus kelsDotProd_32f64f(const Kel32f* pSrc1, const Kel32f* pSrc2, int len, Kel64f* pDp) {
     if (anyNull(pSrc1, pSrc2, pDp)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pDp = static_cast<Kel64f>(extendedSum(FloatProducts{pSrc1, pSrc2}, size(len)));
+    *pDp = static_cast<Kel64f>(extendedSum(FloatProducts{pSrc1, pSrc2}, toSize(len)));
     return kelStatusOk;
 }
 
 KelStatus kelsDotProd_16s64s(const Kel16s* pSrc1, const Kel16s* pSrc2, int len, int64_t* pDp) {
     if (anyNull(pSrc1, pSrc2, pDp)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pDp = integerDot(pSrc1, pSrc2, size(len));
+    *pDp = integerDot(pSrc1, pSrc2, toSize(len));
     return kelStatusOk;
 }
 
@@ -69,7 +69,7 @@ KelStatus kelsDotProd_16s32f(const Kel16s* pSrc1, const Kel16s* pSrc2, int len, 
     if (anyNull(pSrc1, pSrc2, pDp)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     const NearestScope scope;
-    *pDp = static_cast<Kel32f>(integerDot(pSrc1, pSrc2, size(len)));
+    *pDp = static_cast<Kel32f>(integerDot(pSrc1, pSrc2, toSize(len)));
     return kelStatusOk;
 }
 
@@ -77,11 +77,11 @@ KelStatus kelsSum_32f(const Kel32f* pSrc, int len, Kel32f* pSum, int hint) {
     if (anyNull(pSrc, pSum)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (reinterpret_cast<uintptr_t>(pSrc) % sizeof(Kel32f) != 0) {
-        *pSum = misalignedSum(pSrc, size(len));
+        *pSum = misalignedSum(pSrc, toSize(len));
     } else if (hint == kelHintFast) {
-        *pSum = fastSum(pSrc, size(len));
+        *pSum = fastSum(pSrc, toSize(len));
     } else {
-        *pSum = roundedSum(Elements<Kel32f>{pSrc}, size(len));
+        *pSum = roundedSum(Elements<Kel32f>{pSrc}, toSize(len));
     }
     return kelStatusOk;
 }
@@ -89,42 +89,42 @@ KelStatus kelsSum_32f(const Kel32f* pSrc, int len, Kel32f* pSum, int hint) {
 KelStatus kelsSum_32s_Sfs(const Kel32s* pSrc, int len, Kel32s* pSum, int scaleFactor) {
     if (anyNull(pSrc, pSum)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pSum = scaleHalfEven<Kel32s>(integerSum(pSrc, size(len)), scaleFactor);
+    *pSum = scaleHalfEven<Kel32s>(integerSum(pSrc, toSize(len)), scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsSum_16s32s_Sfs(const Kel16s* pSrc, int len, Kel32s* pSum, int scaleFactor) {
     if (anyNull(pSrc, pSum)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pSum = scaleHalfEven<Kel32s>(integerSum(pSrc, size(len)), scaleFactor);
+    *pSum = scaleHalfEven<Kel32s>(integerSum(pSrc, toSize(len)), scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsMax_32f(const Kel32f* pSrc, int len, Kel32f* pMax) {
     if (anyNull(pSrc, pMax)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pMax = extremum<Greatest>(pSrc, size(len));
+    *pMax = extremum<Greatest>(pSrc, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsMax_64f(const Kel64f* pSrc, int len, Kel64f* pMax) {
     if (anyNull(pSrc, pMax)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pMax = extremum<Greatest>(pSrc, size(len));
+    *pMax = extremum<Greatest>(pSrc, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsMin_32f(const Kel32f* pSrc, int len, Kel32f* pMin) {
     if (anyNull(pSrc, pMin)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pMin = extremum<Least>(pSrc, size(len));
+    *pMin = extremum<Least>(pSrc, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsMin_64f(const Kel64f* pSrc, int len, Kel64f* pMin) {
     if (anyNull(pSrc, pMin)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pMin = extremum<Least>(pSrc, size(len));
+    *pMin = extremum<Least>(pSrc, toSize(len));
     return kelStatusOk;
 }
 
@@ -132,7 +132,7 @@ KelStatus kelsMaxIndx_32f(const Kel32f* pSrc, int len, Kel32f* pMax, int* pIndx)
     if (pIndx == nullptr) return kelsMax_32f(pSrc, len, pMax);
     if (anyNull(pSrc, pMax)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    const Place<Kel32f> place = extremumPlace<Greatest>(pSrc, size(len));
+    const Place<Kel32f> place = extremumPlace<Greatest>(pSrc, toSize(len));
     *pMax = place.value;
     *pIndx = static_cast<int>(place.index);
     return kelStatusOk;
@@ -142,7 +142,7 @@ KelStatus kelsMaxIndx_64f(const Kel64f* pSrc, int len, Kel64f* pMax, int* pIndx)
     if (pIndx == nullptr) return kelsMax_64f(pSrc, len, pMax);
     if (anyNull(pSrc, pMax)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    const Place<Kel64f> place = extremumPlace<Greatest>(pSrc, size(len));
+    const Place<Kel64f> place = extremumPlace<Greatest>(pSrc, toSize(len));
     *pMax = place.value;
     *pIndx = static_cast<int>(place.index);
     return kelStatusOk;

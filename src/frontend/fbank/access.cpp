@@ -10,7 +10,7 @@ bool validCentres(const Kel32s* centres, int nFilter, int fftLen2) {
 }
 
 template <class Bank>
-KelStatus getCenters(const Bank& bank, int* pCenters) {
+KelStatus getCentres(const Bank& bank, int* pCenters) {
     if (!bank.ready) return kelStatusFBankState;
     if (!validCentres(bank.centres, bank.nFilter, bank.fftLen2)) return kelStatusFBankState;
     std::copy_n(bank.centres, bank.nFilter + 2, pCenters);
@@ -18,7 +18,7 @@ KelStatus getCenters(const Bank& bank, int* pCenters) {
 }
 
 template <class Bank>
-KelStatus setCenters(Bank& bank, const int* pCenters) {
+KelStatus setCentres(Bank& bank, const int* pCenters) {
     if (!validCentres(pCenters, bank.nFilter, bank.fftLen2)) return kelStatusFBankState;
     std::copy_n(pCenters, bank.nFilter + 2, bank.centres);
     bank.ready = 1;
@@ -60,20 +60,20 @@ using namespace kels;
 
 KelStatus kelsFBankGetCenters_32f(const KelFilterBank_32f* pFBank, int* pCenters) {
     if (anyNull(pFBank, pCenters) || incomplete(*pFBank)) return kelStatusNullPtr;
-    return getCenters(*pFBank, pCenters);
+    return getCentres(*pFBank, pCenters);
 }
 KelStatus kelsFBankGetCenters_16s(const KelFilterBank_16s* pFBank, int* pCenters) {
     if (anyNull(pFBank, pCenters) || incomplete(*pFBank)) return kelStatusNullPtr;
-    return getCenters(*pFBank, pCenters);
+    return getCentres(*pFBank, pCenters);
 }
 
 KelStatus kelsFBankSetCenters_32f(KelFilterBank_32f* pFBank, const int* pCenters) {
     if (anyNull(pFBank, pCenters) || incomplete(*pFBank)) return kelStatusNullPtr;
-    return setCenters(*pFBank, pCenters);
+    return setCentres(*pFBank, pCenters);
 }
 KelStatus kelsFBankSetCenters_16s(KelFilterBank_16s* pFBank, const int* pCenters) {
     if (anyNull(pFBank, pCenters) || incomplete(*pFBank)) return kelStatusNullPtr;
-    return setCenters(*pFBank, pCenters);
+    return setCentres(*pFBank, pCenters);
 }
 
 KelStatus kelsFBankGetCoeffs_32f(const KelFilterBank_32f* pFBank, int fIdx, Kel32f* pCoeffs) {

@@ -14,31 +14,31 @@ constexpr Kel32f kUndefined = std::numeric_limits<Kel32f>::quiet_NaN();
 KelStatus kelsReflectionToAR_32f(const Kel32f* pSrc, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return areaRatios(pSrc, pDst, size(len), 1);
+    return areaRatios(pSrc, pDst, toSize(len), 1);
 }
 KelStatus kelsReflectionToAR_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, int len, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     const auto ratios = [](const Kel32f* k, Kel32f* dst, std::size_t n) { return areaRatios(k, dst, n, 1); };
-    return throughFloats(pDst, size(len), scaleFactor, ratios, pSrc);
+    return throughFloats(pDst, toSize(len), scaleFactor, ratios, pSrc);
 }
 KelStatus kelsReflectionToTrueAR_32f(const Kel32f* pSrc, Kel32f* pDst, int len) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return areaRatios(pSrc, pDst, size(len), -1);
+    return areaRatios(pSrc, pDst, toSize(len), -1);
 }
 KelStatus kelsReflectionToTrueAR_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, int len, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     const auto ratios = [](const Kel32f* k, Kel32f* dst, std::size_t n) { return areaRatios(k, dst, n, -1); };
-    return throughFloats(pDst, size(len), scaleFactor, ratios, pSrc);
+    return throughFloats(pDst, toSize(len), scaleFactor, ratios, pSrc);
 }
 
 KelStatus kelsReflectionToLAR_32f(const Kel32f* pSrc, Kel32f* pDst, int len, Kel32f threshold) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (!(threshold > 0 && threshold < 1)) return kelStatusOutOfRange;
-    return logAreaRatios(pSrc, pDst, size(len), threshold);
+    return logAreaRatios(pSrc, pDst, toSize(len), threshold);
 }
 KelStatus kelsReflectionToLAR_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, int len, Kel16s threshold, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
@@ -47,13 +47,13 @@ KelStatus kelsReflectionToLAR_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, int len,
     const auto ratios = [=](const Kel32f* k, Kel32f* dst, std::size_t n) {
         return logAreaRatios(k, dst, n, static_cast<Kel32f>(threshold) / 32768);
     };
-    return throughFloats(pDst, size(len), scaleFactor, ratios, pSrc);
+    return throughFloats(pDst, toSize(len), scaleFactor, ratios, pSrc);
 }
 
 KelStatus kelsReflectionToTilt_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, Kel32f* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return tilts(pSrc1, pSrc2, pDst, size(len), kUndefined, TiltSum());
+    return tilts(pSrc1, pSrc2, pDst, toSize(len), kUndefined, TiltSum());
 }
 KelStatus kelsReflectionToTilt_16s_Sfs(const Kel16s* pSrc1, const Kel16s* pSrc2, Kel16s* pDst, int len,
                                        int scaleFactor) {
@@ -62,12 +62,12 @@ KelStatus kelsReflectionToTilt_16s_Sfs(const Kel16s* pSrc1, const Kel16s* pSrc2,
     const auto tilt = [](const Kel32f* a, const Kel32f* b, Kel32f* dst, std::size_t n) {
         return tilts(a, b, dst, n, 0, TiltSum());
     };
-    return throughFloats(pDst, size(len), scaleFactor, tilt, pSrc1, pSrc2);
+    return throughFloats(pDst, toSize(len), scaleFactor, tilt, pSrc1, pSrc2);
 }
 KelStatus kelsReflectionToAbsTilt_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, Kel32f* pDst, int len) {
     if (anyNull(pSrc1, pSrc2, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return tilts(pSrc1, pSrc2, pDst, size(len), kUndefined, AbsTiltSum());
+    return tilts(pSrc1, pSrc2, pDst, toSize(len), kUndefined, AbsTiltSum());
 }
 KelStatus kelsReflectionToAbsTilt_16s_Sfs(const Kel16s* pSrc1, const Kel16s* pSrc2, Kel16s* pDst, int len,
                                           int scaleFactor) {
@@ -76,5 +76,5 @@ KelStatus kelsReflectionToAbsTilt_16s_Sfs(const Kel16s* pSrc1, const Kel16s* pSr
     const auto tilt = [](const Kel32f* a, const Kel32f* b, Kel32f* dst, std::size_t n) {
         return tilts(a, b, dst, n, 0, AbsTiltSum());
     };
-    return throughFloats(pDst, size(len), scaleFactor, tilt, pSrc1, pSrc2);
+    return throughFloats(pDst, toSize(len), scaleFactor, tilt, pSrc1, pSrc2);
 }

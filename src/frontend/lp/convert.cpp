@@ -21,7 +21,7 @@ using LpScratch = Scratch<Kel64f, Arrays * kLpStackOrder>;
 
 template <class T>
 KelStatus cepstrumOf(const LpSource<T>& src, const LpResult<T>& dst, int len) {
-    const std::size_t p = size(len);
+    const std::size_t p = toSize(len);
     LpScratch<2> work(2 * (int64_t{len} + 1));
     if (work.failed()) return kelStatusNoMemory;
     Kel64f* const a = work.data();
@@ -37,7 +37,7 @@ KelStatus cepstrumOf(const LpSource<T>& src, const LpResult<T>& dst, int len) {
 
 template <class T>
 KelStatus predictorOfCepstrum(const LpSource<T>& src, const LpResult<T>& dst, int len) {
-    const std::size_t p = size(len);
+    const std::size_t p = toSize(len);
     LpScratch<2> work(2 * (int64_t{len} + 1));
     if (work.failed()) return kelStatusNoMemory;
     Kel64f* const a = work.data();
@@ -54,7 +54,7 @@ KelStatus predictorOfCepstrum(const LpSource<T>& src, const LpResult<T>& dst, in
 
 template <class T>
 KelStatus reflectionOf(const LpSource<T>& src, const LpResult<T>& dst, int len, Kel64f undefined) {
-    const std::size_t p = size(len);
+    const std::size_t p = toSize(len);
     LpScratch<1> work(int64_t{len} + 1);
     if (work.failed()) return kelStatusNoMemory;
     Kel64f* const a = work.data();
@@ -72,7 +72,7 @@ KelStatus reflectionOf(const LpSource<T>& src, const LpResult<T>& dst, int len, 
 
 template <class T>
 KelStatus predictorOfReflection(const LpSource<T>& src, const LpResult<T>& dst, int len) {
-    const std::size_t p = size(len);
+    const std::size_t p = toSize(len);
     LpScratch<1> work(int64_t{len} + 1);
     if (work.failed()) return kelStatusNoMemory;
     Kel64f* const a = work.data();
@@ -92,7 +92,7 @@ KelStatus pairsOf(const LpSource<T>& src, int srcStep, const LpResult<T>& dst, i
     LpScratch<4> work(lpToLspScratch(width));
     if (work.failed()) return kelStatusNoMemory;
     for (std::ptrdiff_t i = 0; i < height; ++i) {
-        if (!lpToLsp(src.from(i * srcStep), dst.from(i * dstStep), size(width), work.data())) return kelStatusNoRoot;
+        if (!lpToLsp(src.from(i * srcStep), dst.from(i * dstStep), toSize(width), work.data())) return kelStatusNoRoot;
     }
     return kelStatusOk;
 }
@@ -101,12 +101,12 @@ template <class T>
 KelStatus predictorsOf(const LpSource<T>& src, int srcStep, const LpResult<T>& dst, int dstStep, int width,
                        int height) {
     for (std::ptrdiff_t i = 0; i < height; ++i) {
-        if (!isLspDescending(src.from(i * srcStep), size(width))) return kelStatusBadLsp;
+        if (!isLspDescending(src.from(i * srcStep), toSize(width))) return kelStatusBadLsp;
     }
     LpScratch<4> work(lspToLpScratch(width));
     if (work.failed()) return kelStatusNoMemory;
     for (std::ptrdiff_t i = 0; i < height; ++i) {
-        lspToLp(src.from(i * srcStep), dst.from(i * dstStep), size(width), work.data());
+        lspToLp(src.from(i * srcStep), dst.from(i * dstStep), toSize(width), work.data());
     }
     return kelStatusOk;
 }
@@ -145,7 +145,7 @@ KelStatus kelsLPToSpectrum_32f(const Kel32f* pSrc, int len, Kel32f* pDst, int ff
     if (len < 1) return kelStatusSize;
     if (fftOrder < 0 || fftOrder > kMaxSpectrumOrder) return kelStatusFftOrder;
     if (len >= 1 << fftOrder) return kelStatusSize;
-    return sampledSpectrum(plainSource(pSrc), size(len), floatResult(pDst), fftOrder, val);
+    return sampledSpectrum(plainSource(pSrc), toSize(len), floatResult(pDst), fftOrder, val);
 }
 KelStatus kelsLPToSpectrum_16s_Sfs(const Kel16s* pSrc, int len, Kel16s* pDst, int fftOrder, Kel16s val,
                                    int scaleFactor) {
@@ -154,7 +154,7 @@ KelStatus kelsLPToSpectrum_16s_Sfs(const Kel16s* pSrc, int len, Kel16s* pDst, in
     if (fftOrder < 0 || fftOrder > kMaxSpectrumOrder) return kelStatusFftOrder;
     if (len >= 1 << fftOrder) return kelStatusSize;
     const NearestScope nearest;
-    return sampledSpectrum(plainSource(pSrc), size(len), scaledResult(pDst, scaleFactor), fftOrder, val);
+    return sampledSpectrum(plainSource(pSrc), toSize(len), scaledResult(pDst, scaleFactor), fftOrder, val);
 }
 
 // ---- reflection coefficients ---------------------------------------------------------------------------------------

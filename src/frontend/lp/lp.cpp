@@ -17,7 +17,7 @@ using Recursion = LpSteps (*)(Kel64f* r, Kel64f* work, std::size_t order);
 // The coefficients that the recursion has reached are stored in any case, the error only when it has come to the end.
 template <class S, class D>
 KelStatus recur(Recursion recursion, const S* src, const LpResult<D>& dst, int order, const LpResult<D>& error) {
-    const std::size_t p = size(order);
+    const std::size_t p = toSize(order);
     Scratch<Kel64f, 3 * kLpStackOrder> work(3 * (int64_t{order} + 1));
     if (work.failed()) return kelStatusNoMemory;
     Kel64f* const r = work.data();
@@ -65,7 +65,7 @@ Kel64f product(const Kel16s* a, const Kel16s* b, int len) {
 
 template <class T>
 KelStatus predictByCovariance(const T* src, int len, const LpResult<T>& dst, int order) {
-    const std::size_t p = size(order);
+    const std::size_t p = toSize(order);
     const int64_t rows = int64_t{order} + 1;
     Scratch<Kel64f, 462> work(rows * (rows + 1));  // on the stack up to order 20
     if (work.failed()) return kelStatusNoMemory;
@@ -73,9 +73,9 @@ KelStatus predictByCovariance(const T* src, int len, const LpResult<T>& dst, int
     Kel64f* const a = phi + (p + 1) * (p + 1);
     // The sums run over the len - order samples that have `order` samples before them; there may be none.
     for (int i = 0; i <= order; ++i) {
-        phi[size(i) * (p + 1)] = len == order ? 0 : product(src + order, src + order - i, len - order);
+        phi[toSize(i) * (p + 1)] = len == order ? 0 : product(src + order, src + order - i, len - order);
     }
-    fillCovariance(src, size(len), phi, p);
+    fillCovariance(src, toSize(len), phi, p);
     if (!solveCovariance(phi, a, p)) return kelStatusLpcCalc;
     for (std::size_t i = 1; i <= p; ++i) dst.set(i - 1, a[i]);
     return kelStatusOk;

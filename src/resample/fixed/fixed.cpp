@@ -220,7 +220,7 @@ KelStatus setFilter(FixedState* pState, const T* pSrc, int len, int height) {
     const int taps = len > pState->len ? pState->len + 1 : len;
     forEachOutput(*pState, [&](int q, int phase) {
         if (phase >= height) return;
-        const T* const filter = pSrc + static_cast<std::size_t>(phase) * size(len);
+        const T* const filter = pSrc + static_cast<std::size_t>(phase) * toSize(len);
         for (int k = 0; k < taps; ++k) pState->tap(q, k) = factorOf(filter[k]);
         if (len == pState->len) pState->tap(q, len) = 0;
     });
@@ -235,7 +235,7 @@ KelStatus getFilter(const FixedState* pState, T* pDst, int len, int height) {
     const int taps = len > pState->len ? pState->len + 1 : len;
     forEachOutput(*pState, [&](int q, int phase) {
         if (phase >= height) return;
-        T* const filter = pDst + static_cast<std::size_t>(phase) * size(len);
+        T* const filter = pDst + static_cast<std::size_t>(phase) * toSize(len);
         for (int k = 0; k < taps; ++k) filter[k] = storedTap<T>(static_cast<Kel64f>(pState->tap(q, k)));
     });
     return kelStatusOk;

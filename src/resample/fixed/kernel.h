@@ -44,8 +44,8 @@ struct FixedState {
         const auto* const all = reinterpret_cast<const Kel32f*>(reinterpret_cast<const Kel8u*>(this) + filtersAt);
         return all + static_cast<std::size_t>(group) * groupFloats();
     }
-    std::ptrdiff_t span() const { return static_cast<std::ptrdiff_t>(size(vectors) * lanes<Kel32f>); }
-    std::size_t groupFloats() const { return size(vectors) * size(members) * lanes<Kel32f>; }
+    std::ptrdiff_t span() const { return static_cast<std::ptrdiff_t>(toSize(vectors) * lanes<Kel32f>); }
+    std::size_t groupFloats() const { return toSize(vectors) * toSize(members) * lanes<Kel32f>; }
     // Outputs of a group; the last one may be short of members.
     int outputs(int group) const { return std::min(members, phases - group * members); }
 
@@ -55,18 +55,18 @@ struct FixedState {
         const int group = q / members;
         const int place = k + static_cast<int>(startOf(q) - starts()[group]);
         auto* const floats = const_cast<Kel32f*>(filters(group));
-        return floats[(size(place / w) * size(members) + size(q % members)) * lanes<Kel32f> + size(place % w)];
+        return floats[(toSize(place / w) * toSize(members) + toSize(q % members)) * lanes<Kel32f> + toSize(place % w)];
     }
 };
 
 // One vector of the filter of each member of a group.
 template <int Members>
 struct GroupFilters {
-    explicit GroupFilters(const Kel32f* h) : a(held(load(h))) {
+    explicit GroupFilters(const Kel32f* h) : a(inRegister(load(h))) {
         constexpr std::size_t w = lanes<Kel32f>;
-        if constexpr (Members > 1) b = held(load(h + w));
-        if constexpr (Members > 2) c = held(load(h + 2 * w));
-        if constexpr (Members > 3) d = held(load(h + 3 * w));
+        if constexpr (Members > 1) b = inRegister(load(h + w));
+        if constexpr (Members > 2) c = inRegister(load(h + 2 * w));
+        if constexpr (Members > 3) d = inRegister(load(h + 3 * w));
     }
     Vec<Kel32f> a, b{}, c{}, d{};
 };
@@ -77,7 +77,7 @@ struct GroupSums {
     Vec<Kel32f> a{0}, b{0}, c{0}, d{0};
 
     [[gnu::always_inline]] void add(const Vec<Kel32f>& x, const GroupFilters<Members>& h) {
-        const auto once = held(x);
+        const auto once = inRegister(x);
         a = mulAdd(once, h.a, a);
         if constexpr (Members > 1) b = mulAdd(once, h.b, b);
         if constexpr (Members > 2) c = mulAdd(once, h.c, c);
@@ -161,9 +161,9 @@ class OverlappingOutputs {
         const std::ptrdiff_t shift = shift_;
         Vec<Kel32f> a = a_, b = b_, c = c_, d = d_, e = e_, f = f_, g = g_, last = h_;
         for (std::ptrdiff_t i = begin; i < end; i += static_cast<std::ptrdiff_t>(lanes<Kel32f>)) {
-            const auto now = held(loadSamples(x + i)), later = held(loadSamples(x + 4 * shift + i));
+            const auto now = inRegister(loadSamples(x + i)), later = inRegister(loadSamples(x + 4 * shift + i));
             const auto add = [&](std::ptrdiff_t member, Vec<Kel32f>& first, Vec<Kel32f>& second) {
-                const auto tap = held(load(h + i - member * shift));
+                const auto tap = inRegister(load(h + i - member * shift));
                 first = mulAdd(now, tap, first);
                 second = mulAdd(later, tap, second);
             };
@@ -195,7 +195,7 @@ void resampleFixed(const FixedState& state, int q, int64_t base, int count, cons
     Kel32f sums[std::max(times * kMostMembers, 8)] = {};
     const auto put = [&](int time, int first, int n) {
         for (int i = 0; i < n; ++i)
-            storeSample(dst + size(time) * size(state.phases) + i, sums[time * kMostMembers + first + i], gain);
+            storeSample(dst + toSize(time) * toSize(state.phases) + i, sums[time * kMostMembers + first + i], gain);
     };
     if constexpr (Members == 1) {
         // Outputs this far apart start a whole number of vectors apart.

@@ -75,11 +75,11 @@ template <RowStep B, RowStep C, RowStep D, class Each>
     const Kel32f* const lows[] = {places.low[0], places.low[1], places.low[2], places.low[3]};
     const Kel32f* const highs[] = {places.high[0], places.high[1], places.high[2], places.high[3]};
     for (std::size_t i = begin; i < end; i += lanes<Kel32f>) {
-        Vec<Kel32f> low = held(load(lows[0] + i)), high = held(load(highs[0] + i));
+        Vec<Kel32f> low = inRegister(load(lows[0] + i)), high = inRegister(load(highs[0] + i));
         const auto visit = [&](auto k, RowStep step) __attribute__((always_inline)) {
             if (step != RowStep::Same) {
-                low = step == RowStep::Next ? high : held(load(lows[k] + i));
-                high = held(load(highs[k] + i));
+                low = step == RowStep::Next ? high : inRegister(load(lows[k] + i));
+                high = inRegister(load(highs[k] + i));
             }
             each(k, i, low, high);
         };

@@ -82,7 +82,7 @@ void applyFilter(const Kel32f* taps, std::size_t span, std::size_t tail, const S
     const auto run = [=](auto&... outputs) __attribute__((always_inline)) {
         const auto part = [&](std::size_t from, std::size_t to) __attribute__((always_inline)) {
             for (std::size_t i = from; i < to; i += lanes<Kel32f>) {
-                const auto tap = held(load(taps + i));
+                const auto tap = inRegister(load(taps + i));
                 (outputs.add(i, tap), ...);
             }
         };

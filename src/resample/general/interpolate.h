@@ -39,7 +39,7 @@ struct FourInterpolations {
 
     template <class K>
     [[gnu::always_inline]] void operator()(K k, std::size_t i, const Vec<Kel32f>& low, const Vec<Kel32f>& high) {
-        sums[k].add(held(loadSamples(x[k] + i)), low, high);
+        sums[k].add(inRegister(loadSamples(x[k] + i)), low, high);
     }
 };
 

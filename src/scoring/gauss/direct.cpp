@@ -38,7 +38,7 @@ KelStatus kelsLogGaussSingle_DirectVar_64f(const Kel64f* pSrc, const Kel64f* pMe
     if (len < 1) return kelStatusSize;
     if (anyFaulty(pVar, len)) return kelStatusDivByZero;
     *pResult =
-        scoreOf<Scalar<long double, DirectVariance>>(Item{pSrc, pMean, pVar}, size(len), Half(SameConstant{gConst}));
+        scoreOf<Scalar<long double, DirectVariance>>(Item{pSrc, pMean, pVar}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -60,7 +60,7 @@ KelStatus kelsLogGaussSingle_DirectVar_32f64f(const Kel32f* pSrc, const Kel32f* 
     if (len < 1) return kelStatusSize;
     if (anyFaulty(pVar, len)) return kelStatusDivByZero;
     *pResult =
-        scoreOf<Scalar<long double, DirectVariance>>(Item{pSrc, pMean, pVar}, size(len), Half(SameConstant{gConst}));
+        scoreOf<Scalar<long double, DirectVariance>>(Item{pSrc, pMean, pVar}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -74,7 +74,7 @@ KelStatus kelsLogGaussSingle_DirectVarScaled_16s32f(const Kel16s* pSrc, const Ke
     if (anyNull(pSrc, pMean, pVar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     if (anyFaulty(pVar, len)) return kelStatusDivByZero;
-    *pResult = scoreOf<Scalar<Kel32f, DirectVariance>>(Item{pSrc, pMean, pVar}, size(len),
+    *pResult = scoreOf<Scalar<Kel32f, DirectVariance>>(Item{pSrc, pMean, pVar}, toSize(len),
                                                        HalfScaled(SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }
@@ -93,7 +93,7 @@ KelStatus kelsLogGaussSingle_DirectVar_16s32s_Sfs(const Kel16s* pSrc, const Kel1
         variances[i] = pVar[i];
     }
     const KelStatus status = kelsDiv_64f(variances, quotients, quotients, len);
-    const auto sum = static_cast<Kel64f>(extendedSum(Elements<Kel64f>{quotients}, size(len)));
+    const auto sum = static_cast<Kel64f>(extendedSum(Elements<Kel64f>{quotients}, toSize(len)));
     *pResult = status == kelStatusOk ? Saturated::difference(gConst, floorOfHalf(sum, scaleFactor))
                                      : std::numeric_limits<Kel32s>::min();
     return status;

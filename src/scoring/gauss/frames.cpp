@@ -12,7 +12,7 @@ KelStatus kelsLogGauss_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean,
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -21,7 +21,7 @@ KelStatus kelsLogGauss_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const 
                                Kel64f* pResult, int height, Kel64f gConst) {
     if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -41,7 +41,7 @@ KelStatus kelsLogGauss_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64f* 
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -50,7 +50,7 @@ KelStatus kelsLogGauss_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, 
                                      Kel64f gConst) {
     if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -60,7 +60,7 @@ KelStatus kelsLogGauss_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean,
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -69,7 +69,7 @@ KelStatus kelsLogGauss_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const 
                                Kel32f* pResult, int height, Kel32f gConst) {
     if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -89,7 +89,7 @@ KelStatus kelsLogGauss_IdVar_32f_D2(const Kel32f* pSrc, int step, const Kel32f* 
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -98,7 +98,7 @@ KelStatus kelsLogGauss_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, 
                                      Kel32f gConst) {
     if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width), Half(SameConstant{gConst}),
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width), Half(SameConstant{gConst}),
                                StoreTo{pResult});
     return kelStatusOk;
 }
@@ -110,7 +110,7 @@ KelStatus kelsMahDist_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, 
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                      Distance<Kel64f>(), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -119,7 +119,7 @@ KelStatus kelsMahDist_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const K
                               Kel64f* pResult, int height) {
     if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                      Distance<Kel64f>(), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -129,7 +129,7 @@ KelStatus kelsMahDist_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, 
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   Distance<Kel32f>(), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -138,7 +138,7 @@ KelStatus kelsMahDist_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const K
                               Kel32f* pResult, int height) {
     if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   Distance<Kel32f>(), StoreTo{pResult});
     return kelStatusOk;
 }

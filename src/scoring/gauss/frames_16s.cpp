@@ -12,7 +12,7 @@ KelStatus kelsLogGauss_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* 
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -21,7 +21,7 @@ KelStatus kelsLogGauss_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, 
                                      Kel32s* pResult, int height, Kel32s gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -31,7 +31,7 @@ KelStatus kelsLogGauss_Low_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel1
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -40,7 +40,7 @@ KelStatus kelsLogGauss_Low_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMe
                                          Kel32s* pResult, int height, Kel32s gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -50,7 +50,7 @@ KelStatus kelsLogGauss_IdVar_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Ke
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<Exact<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -59,7 +59,7 @@ KelStatus kelsLogGauss_IdVar_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* p
                                            int height, Kel32s gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<Exact<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -69,7 +69,7 @@ KelStatus kelsLogGauss_IdVarLow_16s32s_D2Sfs(const Kel16s* pSrc, int step, const
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<UnitWrapped>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<Exact<UnitWrapped>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -78,7 +78,7 @@ KelStatus kelsLogGauss_IdVarLow_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s
                                               int height, Kel32s gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<UnitWrapped>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<Exact<UnitWrapped>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -90,7 +90,7 @@ KelStatus kelsLogGauss_Scaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel1
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -99,7 +99,7 @@ KelStatus kelsLogGauss_Scaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMe
                                          Kel32f* pResult, int height, Kel32f gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -119,7 +119,7 @@ KelStatus kelsLogGauss_IdVarScaled_16s32f_D2(const Kel16s* pSrc, int step, const
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
@@ -128,7 +128,7 @@ KelStatus kelsLogGauss_IdVarScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s
                                               int height, Kel32f gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }

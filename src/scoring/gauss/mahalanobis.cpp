@@ -8,7 +8,7 @@ KelStatus kelsMahDistSingle_64f(const Kel64f* pSrc, const Kel64f* pMean, const K
                                 Kel64f* pResult) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Distance<Kel64f>());
+    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Distance<Kel64f>());
     return kelStatusOk;
 }
 
@@ -16,7 +16,7 @@ KelStatus kelsMahDistSingle_32f(const Kel32f* pSrc, const Kel32f* pMean, const K
                                 Kel32f* pResult) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Lanes<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Distance<Kel32f>());
+    *pResult = scoreOf<SinglePrecision<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Distance<Kel32f>());
     return kelStatusOk;
 }
 
@@ -24,7 +24,7 @@ KelStatus kelsMahDistSingle_32f64f(const Kel32f* pSrc, const Kel32f* pMean, cons
                                    Kel64f* pResult) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Distance<Kel64f>());
+    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Distance<Kel64f>());
     return kelStatusOk;
 }
 
@@ -32,7 +32,7 @@ KelStatus kelsMahDistSingle_16s32f(const Kel16s* pSrc, const Kel16s* pMean, cons
                                    Kel32f* pResult) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Lanes<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Distance<Kel32f>());
+    *pResult = scoreOf<SinglePrecision<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Distance<Kel32f>());
     return kelStatusOk;
 }
 
@@ -40,6 +40,6 @@ KelStatus kelsMahDistSingle_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, 
                                        Kel32s* pResult, int scaleFactor) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), ShiftedDistance{scaleFactor});
+    *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), ShiftedDistance{scaleFactor});
     return kelStatusOk;
 }

@@ -12,8 +12,8 @@ KelStatus kelsLogGaussMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, 
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                     size(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                     toSize(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -21,8 +21,8 @@ KelStatus kelsLogGaussMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppI
                                        Kel64f* pSrcDst, int height) {
     if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
-                                     size(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                     toSize(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -31,8 +31,8 @@ KelStatus kelsLogGaussMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, 
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -40,7 +40,7 @@ KelStatus kelsLogGaussMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppI
                                        Kel32f* pSrcDst, int height) {
     if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
     return kelStatusOk;
 }
@@ -72,8 +72,8 @@ KelStatus kelsLogGaussMultiMix_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* p
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), HalfShifted(Saturated(), ConstantOf{pSrcDst}, scaleFactor),
+    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), HalfShifted(Saturated(), ConstantOf{pSrcDst}, scaleFactor),
                                   StoreTo{pSrcDst});
     return kelStatusOk;
 }
@@ -82,7 +82,7 @@ KelStatus kelsLogGaussMultiMix_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s
                                              int width, Kel32s* pSrcDst, int height, int scaleFactor) {
     if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
     return kelStatusOk;
 }
@@ -92,8 +92,8 @@ KelStatus kelsLogGaussMultiMix_Low_16s32s_D2Sfs(const Kel16s* pMean, const Kel16
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), HalfShifted(Wrapped(), ConstantOf{pSrcDst}, scaleFactor),
+    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), HalfShifted(Wrapped(), ConstantOf{pSrcDst}, scaleFactor),
                                   StoreTo{pSrcDst});
     return kelStatusOk;
 }
@@ -102,7 +102,7 @@ KelStatus kelsLogGaussMultiMix_Low_16s32s_D2LSfs(const Kel16s** ppMean, const Ke
                                                  int width, Kel32s* pSrcDst, int height, int scaleFactor) {
     if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
     return kelStatusOk;
 }
@@ -112,8 +112,8 @@ KelStatus kelsLogGaussMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Kel16
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), HalfScaled(ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), HalfScaled(ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -121,7 +121,7 @@ KelStatus kelsLogGaussMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const Ke
                                                  int width, Kel32f* pSrcDst, int height, int scaleFactor) {
     if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   HalfScaled(ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
     return kelStatusOk;
 }
@@ -143,8 +143,8 @@ KelStatus kelsMahDistMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, i
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                     size(width), Distance<Kel64f>(), StoreTo{pDst});
+    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                     toSize(width), Distance<Kel64f>(), StoreTo{pDst});
     return kelStatusOk;
 }
 
@@ -152,8 +152,8 @@ KelStatus kelsMahDistMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIv
                                       Kel64f* pDst, int height) {
     if (anyNull(ppMean, ppIvar, pSrc, pDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
-                                     size(width), Distance<Kel64f>(), StoreTo{pDst});
+    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                     toSize(width), Distance<Kel64f>(), StoreTo{pDst});
     return kelStatusOk;
 }
 
@@ -162,8 +162,8 @@ KelStatus kelsMahDistMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, i
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), Distance<Kel32f>(), StoreTo{pDst});
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), Distance<Kel32f>(), StoreTo{pDst});
     return kelStatusOk;
 }
 
@@ -171,7 +171,7 @@ KelStatus kelsMahDistMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIv
                                       Kel32f* pDst, int height) {
     if (anyNull(ppMean, ppIvar, pSrc, pDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   Distance<Kel32f>(), StoreTo{pDst});
     return kelStatusOk;
 }

@@ -10,7 +10,7 @@ KelStatus kelsLogGaussSingle_64f(const Kel64f* pSrc, const Kel64f* pMean, const 
                                  Kel64f gConst) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Half(SameConstant{gConst}));
+    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -18,7 +18,7 @@ KelStatus kelsLogGaussSingle_32f(const Kel32f* pSrc, const Kel32f* pMean, const 
                                  Kel32f gConst) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Lanes<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Half(SameConstant{gConst}));
+    *pResult = scoreOf<SinglePrecision<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -26,7 +26,7 @@ KelStatus kelsLogGaussSingle_32f64f(const Kel32f* pSrc, const Kel32f* pMean, con
                                     Kel64f* pResult, Kel64f gConst) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len), Half(SameConstant{gConst}));
+    *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -39,7 +39,7 @@ KelStatus kelsLogGaussSingle_Scaled_16s32f(const Kel16s* pSrc, const Kel16s* pMe
                                            Kel32f* pResult, Kel32f gConst, int scaleFactor) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Lanes<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len),
+    *pResult = scoreOf<SinglePrecision<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len),
                                                HalfScaled(SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }
@@ -48,7 +48,7 @@ KelStatus kelsLogGaussSingle_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean,
                                         Kel32s* pResult, Kel32s gConst, int scaleFactor) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len),
+    *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len),
                                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }
@@ -67,7 +67,7 @@ KelStatus kelsLogGaussSingle_Low_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pM
                                             Kel32s* pResult, Kel32s gConst, int scaleFactor) {
     if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, size(len),
+    *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len),
                                                HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }
@@ -78,7 +78,7 @@ KelStatus kelsLogGaussSingle_IdVar_64f(const Kel64f* pSrc, const Kel64f* pMean, 
                                        Kel64f gConst) {
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Extended<UnitVariance>>(Item{pSrc, pMean}, size(len), Half(SameConstant{gConst}));
+    *pResult = scoreOf<Extended<UnitVariance>>(Item{pSrc, pMean}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -86,7 +86,7 @@ KelStatus kelsLogGaussSingle_IdVar_32f(const Kel32f* pSrc, const Kel32f* pMean, 
                                        Kel32f gConst) {
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Lanes<UnitVariance>>(Item{pSrc, pMean}, size(len), Half(SameConstant{gConst}));
+    *pResult = scoreOf<SinglePrecision<UnitVariance>>(Item{pSrc, pMean}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -94,7 +94,7 @@ KelStatus kelsLogGaussSingle_IdVar_32f64f(const Kel32f* pSrc, const Kel32f* pMea
                                           Kel64f gConst) {
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Extended<UnitVariance>>(Item{pSrc, pMean}, size(len), Half(SameConstant{gConst}));
+    *pResult = scoreOf<Extended<UnitVariance>>(Item{pSrc, pMean}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
@@ -108,7 +108,7 @@ KelStatus kelsLogGaussSingle_IdVarScaled_16s32f(const Kel16s* pSrc, const Kel16s
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
     *pResult =
-        scoreOf<Lanes<UnitVariance>>(Item{pSrc, pMean}, size(len), HalfScaled(SameConstant{gConst}, scaleFactor));
+        scoreOf<SinglePrecision<UnitVariance>>(Item{pSrc, pMean}, toSize(len), HalfScaled(SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }
 
@@ -116,7 +116,7 @@ KelStatus kelsLogGaussSingle_IdVar_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* 
                                               Kel32s gConst, int scaleFactor) {
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Exact<UnitVariance>>(Item{pSrc, pMean}, size(len),
+    *pResult = scoreOf<Exact<UnitVariance>>(Item{pSrc, pMean}, toSize(len),
                                             HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }
@@ -135,7 +135,7 @@ KelStatus kelsLogGaussSingle_IdVarLow_16s32s_Sfs(const Kel16s* pSrc, const Kel16
                                                  Kel32s gConst, int scaleFactor) {
     if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<Exact<UnitWrapped>>(Item{pSrc, pMean}, size(len),
+    *pResult = scoreOf<Exact<UnitWrapped>>(Item{pSrc, pMean}, toSize(len),
                                            HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }

@@ -3,7 +3,7 @@
 // A term is an arithmetic with a weighting:
 //
 //   arithmetic          source             sum                   rounding
-//   Lanes<W>            Kel32f or Kel16s   Kel32f, in vectors    single precision, order free
+//   SinglePrecision<W>            Kel32f or Kel16s   Kel32f, in vectors    single precision, order free
 //   Exact<W>            Kel16s             int64_t, in vectors   none
 //   Scalar<A, W>        any                A, one at a time      that of A
 //   Extended<W>         Kel64f or Kel32f   long double           that of long double, or better
@@ -53,7 +53,7 @@ struct InverseVariance {
             return mulAdd(d * v, d, sum);
     }
     // 17 by 16 bits: |d * v| < 2^31.
-    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>& v) { sums.addWeightedSquares(d, v); }
+    static void add(IntegerSums& sums, const Vec<int32_t>& d, const Vec<int32_t>& v) { sums.addWeightedSquares(d, v); }
 };
 
 struct UnitVariance {
@@ -65,12 +65,12 @@ struct UnitVariance {
         else
             return mulAdd(d, d, sum);
     }
-    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>&) { sums.addProducts(d, d); }
+    static void add(IntegerSums& sums, const Vec<int32_t>& d, const Vec<int32_t>&) { sums.addProducts(d, d); }
 };
 
 struct UnitWrapped {
     static constexpr bool kVariance = false;
-    static void add(ExactSums& sums, const Vec<int32_t>& d, const Vec<int32_t>&) {
+    static void add(IntegerSums& sums, const Vec<int32_t>& d, const Vec<int32_t>&) {
         const auto bits = stdx::static_simd_cast<Vec<uint32_t>>(d);
         sums.addProducts(stdx::static_simd_cast<Vec<int32_t>>(bits * bits), Vec<int32_t>(1));
     }
@@ -91,7 +91,7 @@ struct DirectVariance {
 // give every score tells by trusted(sum, score), and has a Fallback.
 
 template <class Weighting>
-struct Lanes {
+struct SinglePrecision {
     using Partial = Vec<Kel32f>;
     using Sum = Kel32f;
     static constexpr std::size_t kStep = lanes<Kel32f>;
@@ -123,10 +123,10 @@ struct Lanes {
 
 template <class Weighting>
 struct Exact {
-    using Partial = ExactSums;
+    using Partial = IntegerSums;
     using Sum = int64_t;
     static constexpr std::size_t kStep = lanes<int32_t>;
-    static constexpr std::size_t kRun = ExactSums::kMost * kStep;
+    static constexpr std::size_t kRun = IntegerSums::kMost * kStep;
 
     static Partial zero() { return {}; }
 
@@ -190,7 +190,7 @@ struct DoubleDouble {
     template <class Load, class T>
     static Partial add(const Partial& sum, const Load& lanes, const Item<T>& item, std::size_t i) {
         using V = Vec<Kel64f>;
-        const ExactSum<V> d(lanes.loadWide(item.vector + i), -lanes.loadWide(item.mean + i));
+        const TwoSum<V> d(lanes.loadWide(item.vector + i), -lanes.loadWide(item.mean + i));
         V high = d.sum, low = d.lost;
         if constexpr (Weighting::kVariance) {
             const V v = lanes.loadWide(item.variance + i);
@@ -199,7 +199,7 @@ struct DoubleDouble {
         }
         const V product = high * d.sum;
         const V lost = mulAdd(low, d.sum, mulAdd(high, d.lost, mulAdd(high, d.sum, -product)));
-        const ExactSum<V> next(sum.high, product);
+        const TwoSum<V> next(sum.high, product);
         return {next.sum, sum.low + (next.lost + lost)};
     }
     static std::array<Sum, 4> totals(const Partial& a, const Partial& b, const Partial& c, const Partial& d) {

@@ -6,7 +6,7 @@
 //
 // that names its five independent choices:
 //
-//   Term     gauss_terms.h: Lanes<InverseVariance>, Exact<UnitVariance>, Extended<InverseVariance>, ...
+//   Term     gauss_terms.h: SinglePrecision<InverseVariance>, Exact<UnitVariance>, Extended<InverseVariance>, ...
 //   Items    which rows item g = 0, 1, ... count - 1 is made of:
 //              frames(rows, mean, ivar)       vector rows[g] against one Gaussian
 //              frames(rows, mean)             the same with unit variances
@@ -20,7 +20,7 @@
 //
 // For example, the running maximum over frames of 16-bit vectors under one Gaussian:
 //
-//     score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+//     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
 //                                   HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
 //
 // Items are taken four at a time: what the four have in common is loaded once, and their sums are folded together.  The
@@ -85,10 +85,10 @@ UnitGaussians<Rows, T> gaussians(const T* vector, const Rows& means) {
 template <class Term, class T, std::size_t... I>
 [[gnu::always_inline]] inline std::array<typename Term::Sum, 4> runOf4(const std::array<Item<T>, 4>& items,
                                                                        std::size_t i, std::size_t end,
-                                                                       const FirstLanes& rest,
+                                                                       const PartVector& rest,
                                                                        std::index_sequence<I...>) {
     typename Term::Partial sums[] = {(void(I), Term::zero())...};
-    for (; i + Term::kStep <= end; i += Term::kStep) ((sums[I] = Term::add(sums[I], AllLanes(), items[I], i)), ...);
+    for (; i + Term::kStep <= end; i += Term::kStep) ((sums[I] = Term::add(sums[I], WholeVector(), items[I], i)), ...);
     if (i < end) ((sums[I] = Term::add(sums[I], rest, items[I], i)), ...);
     return Term::totals(sums[I]...);
 }
@@ -99,9 +99,9 @@ template <class Term, class T, std::size_t... I>
                                                         std::index_sequence<I...>) {
     constexpr std::size_t w = Term::kStep;
     typename Term::Partial sums[] = {(void(I), Term::zero())...};
-    for (; i + 4 * w <= end; i += 4 * w) ((sums[I] = Term::add(sums[I], AllLanes(), item, i + I * w)), ...);
-    for (; i + w <= end; i += w) sums[0] = Term::add(sums[0], AllLanes(), item, i);
-    if (i < end) sums[1] = Term::add(sums[1], FirstLanes(end - i, i), item, i);
+    for (; i + 4 * w <= end; i += 4 * w) ((sums[I] = Term::add(sums[I], WholeVector(), item, i + I * w)), ...);
+    for (; i + w <= end; i += w) sums[0] = Term::add(sums[0], WholeVector(), item, i);
+    if (i < end) sums[1] = Term::add(sums[1], PartVector(end - i, i), item, i);
     return Term::total(sums[I]...);
 }
 
@@ -116,7 +116,7 @@ Sum sumOf(Sum a, Sum b) {
 
 template <class Term, class T>
 [[gnu::always_inline]] inline std::array<typename Term::Sum, 4> sumsOf4(const std::array<Item<T>, 4>& items,
-                                                                        std::size_t width, const FirstLanes& rest) {
+                                                                        std::size_t width, const PartVector& rest) {
     constexpr std::make_index_sequence<4> four;
     auto sums = runOf4<Term>(items, 0, std::min(width, Term::kRun), rest, four);
     for (std::size_t i = Term::kRun; i < width; i += Term::kRun) {
@@ -141,7 +141,7 @@ typename Term::Sum sumOf1(const Item<T>& item, std::size_t width) {
 template <class Term, class Items>
 [[gnu::noinline]] void sumsOf(const Items items, std::size_t first, std::size_t n, std::size_t width,
                               typename Term::Sum* sums) {
-    const FirstLanes rest(width % Term::kStep, width / Term::kStep * Term::kStep);
+    const PartVector rest(width % Term::kStep, width / Term::kStep * Term::kStep);
     std::size_t g = 0;
     for (; g + 4 <= n; g += 4) {
         const std::size_t at = first + g;

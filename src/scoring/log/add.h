@@ -219,12 +219,12 @@ class CompensatedPairs {
     void step(std::size_t i) {
         const V product = q_ * t_;
         const V lostOfProduct = mulAdd(q_, d_.lost, mulAdd(q_, t_, -product));
-        const ExactSum<V> next(product, choose_(kRows64.term[i]));
+        const TwoSum<V> next(product, choose_(kRows64.term[i]));
         lost_ = mulAdd(lost_, t_, next.lost + lostOfProduct);
         q_ = next.sum;
     }
     V result() const {
-        const ExactSum<V> exact(m_, q_);
+        const TwoSum<V> exact(m_, q_);
         V sum = exact.sum + (exact.lost + lost_);
         V held = m_;
         stdx::where(m_ < kBelowIsLogZero64, held) = kLogZero64;
@@ -234,7 +234,7 @@ class CompensatedPairs {
 
   private:
     V m_;
-    ExactSum<V> d_;
+    TwoSum<V> d_;
     PieceChoice<Kel64f> choose_;
     V::mask_type ignored_;
     V t_, q_, lost_{0.0};

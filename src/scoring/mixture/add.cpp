@@ -17,7 +17,7 @@ KelStatus kelsLogGaussAdd_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMe
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -26,7 +26,7 @@ KelStatus kelsLogGaussAdd_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, con
                                   Kel32f* pSrcDst, int height, Kel32f gConst) {
     if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -36,7 +36,7 @@ KelStatus kelsLogGaussAdd_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMe
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -45,7 +45,7 @@ KelStatus kelsLogGaussAdd_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, con
                                   Kel64f* pSrcDst, int height, Kel64f gConst) {
     if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -55,7 +55,7 @@ KelStatus kelsLogGaussAdd_IdVar_32f_D2(const Kel32f* pSrc, int step, const Kel32
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -64,7 +64,7 @@ KelStatus kelsLogGaussAdd_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMea
                                         int height, Kel32f gConst) {
     if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width), Half(SameConstant{gConst}),
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width), Half(SameConstant{gConst}),
                                LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -74,7 +74,7 @@ KelStatus kelsLogGaussAdd_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -83,7 +83,7 @@ KelStatus kelsLogGaussAdd_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMea
                                         int height, Kel64f gConst) {
     if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -95,7 +95,7 @@ KelStatus kelsLogGaussAdd_Scaled_16s32f_D2(const Kel16s* pSrc, int step, const K
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -104,7 +104,7 @@ KelStatus kelsLogGaussAdd_Scaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* 
                                             Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -114,7 +114,7 @@ KelStatus kelsLogGaussAdd_IdVarScaled_16s32f_D2(const Kel16s* pSrc, int step, co
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -123,7 +123,7 @@ KelStatus kelsLogGaussAdd_IdVarScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel
                                                  int height, Kel32f gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }

@@ -12,8 +12,8 @@ KelStatus kelsLogGaussMaxMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIva
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
@@ -21,7 +21,7 @@ KelStatus kelsLogGaussMaxMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** 
                                           const Kel32f* pDets, Kel32f* pSrcDst, int height) {
     if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   Half(ConstantOf{pDets}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -31,8 +31,8 @@ KelStatus kelsLogGaussMaxMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIva
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                     size(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                     toSize(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
@@ -40,8 +40,8 @@ KelStatus kelsLogGaussMaxMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** 
                                           const Kel64f* pDets, Kel64f* pSrcDst, int height) {
     if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
-                                     size(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                     toSize(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
@@ -63,8 +63,8 @@ KelStatus kelsLogGaussMaxMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Ke
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), HalfScaled(ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
@@ -73,7 +73,7 @@ KelStatus kelsLogGaussMaxMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const
                                                     int scaleFactor) {
     if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   HalfScaled(ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -84,8 +84,8 @@ KelStatus kelsLogGaussMaxMultiMix_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), HalfShifted(Saturated(), ConstantOf{pDets}, scaleFactor),
+    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), HalfShifted(Saturated(), ConstantOf{pDets}, scaleFactor),
                                   MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -95,7 +95,7 @@ KelStatus kelsLogGaussMaxMultiMix_16s32s_D2LSfs(const Kel16s** ppMean, const Kel
                                                 int scaleFactor) {
     if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -119,8 +119,8 @@ KelStatus kelsLogGaussMaxMultiMix_Low_16s32s_D2Sfs(const Kel16s* pMean, const Ke
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), HalfShifted(Wrapped(), ConstantOf{pDets}, scaleFactor),
+    score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), HalfShifted(Wrapped(), ConstantOf{pDets}, scaleFactor),
                                   MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -130,7 +130,7 @@ KelStatus kelsLogGaussMaxMultiMix_Low_16s32s_D2LSfs(const Kel16s** ppMean, const
                                                     int scaleFactor) {
     if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -147,8 +147,8 @@ KelStatus kelsLogGaussAddMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIva
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -156,7 +156,7 @@ KelStatus kelsLogGaussAddMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** 
                                           const Kel32f* pDets, Kel32f* pSrcDst, int height) {
     if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
@@ -166,8 +166,8 @@ KelStatus kelsLogGaussAddMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIva
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                     size(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                     toSize(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -175,8 +175,8 @@ KelStatus kelsLogGaussAddMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** 
                                           const Kel64f* pDets, Kel64f* pSrcDst, int height) {
     if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
-                                     size(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                     toSize(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -188,8 +188,8 @@ KelStatus kelsLogGaussAddMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Ke
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), size(height),
-                                  size(width), HalfScaled(ConstantOf{pDets}, scaleFactor), LogAddTo{pSrcDst});
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
+                                  toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -198,7 +198,7 @@ KelStatus kelsLogGaussAddMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const
                                                     int scaleFactor) {
     if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
                                   HalfScaled(ConstantOf{pDets}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }

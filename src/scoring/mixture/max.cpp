@@ -17,7 +17,7 @@ KelStatus kelsLogGaussMax_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMe
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -26,7 +26,7 @@ KelStatus kelsLogGaussMax_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, con
                                   Kel32f* pSrcDst, int height, Kel32f gConst) {
     if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -36,7 +36,7 @@ KelStatus kelsLogGaussMax_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMe
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -45,7 +45,7 @@ KelStatus kelsLogGaussMax_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, con
                                   Kel64f* pSrcDst, int height, Kel64f gConst) {
     if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -55,7 +55,7 @@ KelStatus kelsLogGaussMax_IdVar_32f_D2(const Kel32f* pSrc, int step, const Kel32
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -64,7 +64,7 @@ KelStatus kelsLogGaussMax_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMea
                                         int height, Kel32f gConst) {
     if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width), Half(SameConstant{gConst}),
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width), Half(SameConstant{gConst}),
                                MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -74,7 +74,7 @@ KelStatus kelsLogGaussMax_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -83,7 +83,7 @@ KelStatus kelsLogGaussMax_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMea
                                         int height, Kel64f gConst) {
     if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -95,7 +95,7 @@ KelStatus kelsLogGaussMax_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -104,7 +104,7 @@ KelStatus kelsLogGaussMax_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMea
                                         Kel32s* pSrcDst, int height, Kel32s gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -114,7 +114,7 @@ KelStatus kelsLogGaussMax_IdVar_16s32s_D2Sfs(const Kel16s* pSrc, int step, const
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<Exact<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -123,7 +123,7 @@ KelStatus kelsLogGaussMax_IdVar_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s
                                               int height, Kel32s gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<Exact<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -133,7 +133,7 @@ KelStatus kelsLogGaussMax_Low_16s32s_D2Sfs(const Kel16s* pSrc, int step, const K
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -142,7 +142,7 @@ KelStatus kelsLogGaussMax_Low_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* 
                                             Kel32s* pSrcDst, int height, Kel32s gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -152,7 +152,7 @@ KelStatus kelsLogGaussMax_IdVarLow_16s32s_D2Sfs(const Kel16s* pSrc, int step, co
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<UnitWrapped>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<Exact<UnitWrapped>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -161,7 +161,7 @@ KelStatus kelsLogGaussMax_IdVarLow_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel
                                                  int height, Kel32s gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<UnitWrapped>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<Exact<UnitWrapped>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -173,7 +173,7 @@ KelStatus kelsLogGaussMax_Scaled_16s32f_D2(const Kel16s* pSrc, int step, const K
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -182,7 +182,7 @@ KelStatus kelsLogGaussMax_Scaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* 
                                             Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), size(height), size(width),
+    score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -192,7 +192,7 @@ KelStatus kelsLogGaussMax_IdVarScaled_16s32f_D2(const Kel16s* pSrc, int step, co
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(StepRows(pSrc, step), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
@@ -201,7 +201,7 @@ KelStatus kelsLogGaussMax_IdVarScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel
                                                  int height, Kel32f gConst, int scaleFactor) {
     if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    score<Lanes<UnitVariance>>(frames(PointerRows(ppSrc), pMean), size(height), size(width),
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }

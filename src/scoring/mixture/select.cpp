@@ -11,8 +11,8 @@ KelStatus kelsLogGaussMixture_Select_32f_D2(const Kel32f* pSrc, const Kel32f* pM
     if (anyNull(pSrc, pMean, pIvar, pDets, pResult, pSign)) return kelStatusNullPtr;
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
-    *pResult = selectedScore<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
-                                                     SetBits(pSign, size(offset), size(height)), size(width),
+    *pResult = selectedScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                                     SetBits(pSign, toSize(offset), toSize(height)), toSize(width),
                                                      Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
@@ -22,8 +22,8 @@ KelStatus kelsLogGaussMixture_Select_32f_D2L(const Kel32f* pSrc, const Kel32f** 
                                              const Kel8u* pSign, int offset) {
     if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult, pSign)) return kelStatusNullPtr;
     if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
-    *pResult = selectedScore<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
-                                                     SetBits(pSign, size(offset), size(height)), size(width),
+    *pResult = selectedScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
+                                                     SetBits(pSign, toSize(offset), toSize(height)), toSize(width),
                                                      Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
@@ -34,8 +34,8 @@ KelStatus kelsLogGaussMixture_SelectIdVar_32f_D2(const Kel32f* pSrc, const Kel32
     if (anyNull(pSrc, pMean, pDets, pResult, pSign)) return kelStatusNullPtr;
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
-    *pResult = selectedScore<Lanes<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)),
-                                                  SetBits(pSign, size(offset), size(height)), size(width),
+    *pResult = selectedScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)),
+                                                  SetBits(pSign, toSize(offset), toSize(height)), toSize(width),
                                                   Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
@@ -45,8 +45,8 @@ KelStatus kelsLogGaussMixture_SelectIdVar_32f_D2L(const Kel32f* pSrc, const Kel3
                                                   int offset) {
     if (anyNull(pSrc, ppMean, pDets, pResult, pSign)) return kelStatusNullPtr;
     if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
-    *pResult = selectedScore<Lanes<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)),
-                                                  SetBits(pSign, size(offset), size(height)), size(width),
+    *pResult = selectedScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)),
+                                                  SetBits(pSign, toSize(offset), toSize(height)), toSize(width),
                                                   Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
@@ -57,8 +57,8 @@ KelStatus kelsLogGaussMixture_SelectScaled_16s32f_D2(const Kel16s* pSrc, const K
     if (anyNull(pSrc, pMean, pIvar, pDets, pResult, pSign)) return kelStatusNullPtr;
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
-    *pResult = selectedScore<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
-                                                     SetBits(pSign, size(offset), size(height)), size(width),
+    *pResult = selectedScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                                     SetBits(pSign, toSize(offset), toSize(height)), toSize(width),
                                                      HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
@@ -68,8 +68,8 @@ KelStatus kelsLogGaussMixture_SelectScaled_16s32f_D2L(const Kel16s* pSrc, const 
                                                       const Kel8u* pSign, int offset, int scaleFactor) {
     if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult, pSign)) return kelStatusNullPtr;
     if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
-    *pResult = selectedScore<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
-                                                     SetBits(pSign, size(offset), size(height)), size(width),
+    *pResult = selectedScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
+                                                     SetBits(pSign, toSize(offset), toSize(height)), toSize(width),
                                                      HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
@@ -80,8 +80,8 @@ KelStatus kelsLogGaussMixture_SelectIdVarScaled_16s32f_D2(const Kel16s* pSrc, co
     if (anyNull(pSrc, pMean, pDets, pResult, pSign)) return kelStatusNullPtr;
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
-    *pResult = selectedScore<Lanes<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)),
-                                                  SetBits(pSign, size(offset), size(height)), size(width),
+    *pResult = selectedScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)),
+                                                  SetBits(pSign, toSize(offset), toSize(height)), toSize(width),
                                                   HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
@@ -91,8 +91,8 @@ KelStatus kelsLogGaussMixture_SelectIdVarScaled_16s32f_D2L(const Kel16s* pSrc, c
                                                            const Kel8u* pSign, int offset, int scaleFactor) {
     if (anyNull(pSrc, ppMean, pDets, pResult, pSign)) return kelStatusNullPtr;
     if (width < 1 || height < 1 || offset < 0) return kelStatusSize;
-    *pResult = selectedScore<Lanes<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)),
-                                                  SetBits(pSign, size(offset), size(height)), size(width),
+    *pResult = selectedScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)),
+                                                  SetBits(pSign, toSize(offset), toSize(height)), toSize(width),
                                                   HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }

@@ -10,8 +10,8 @@ KelStatus kelsLogGaussMixture_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, co
     if (anyNull(pSrc, pMean, pIvar, pDets, pResult)) return kelStatusNullPtr;
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
-                                                    size(height), size(width), Half(ConstantOf{pDets}));
+    *pResult = mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                                    toSize(height), toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
@@ -19,8 +19,8 @@ KelStatus kelsLogGaussMixture_32f_D2L(const Kel32f* pSrc, const Kel32f** ppMean,
                                       int width, const Kel32f* pDets, Kel32f* pResult) {
     if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
-                                                    size(height), size(width), Half(ConstantOf{pDets}));
+    *pResult = mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
+                                                    toSize(height), toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
@@ -30,7 +30,7 @@ KelStatus kelsLogGaussMixture_64f_D2(const Kel64f* pSrc, const Kel64f* pMean, co
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1) return kelStatusSize;
     *pResult = mixtureScore<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
-                                                       size(height), size(width), Half(ConstantOf{pDets}));
+                                                       toSize(height), toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
@@ -39,7 +39,7 @@ KelStatus kelsLogGaussMixture_64f_D2L(const Kel64f* pSrc, const Kel64f** ppMean,
     if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
     *pResult = mixtureScore<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
-                                                       size(height), size(width), Half(ConstantOf{pDets}));
+                                                       toSize(height), toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
@@ -48,7 +48,7 @@ KelStatus kelsLogGaussMixture_IdVar_32f_D2(const Kel32f* pSrc, const Kel32f* pMe
     if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Lanes<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), size(height), size(width),
+    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height), toSize(width),
                                                  Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
@@ -57,7 +57,7 @@ KelStatus kelsLogGaussMixture_IdVar_32f_D2L(const Kel32f* pSrc, const Kel32f** p
                                             const Kel32f* pDets, Kel32f* pResult) {
     if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Lanes<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), size(height), size(width),
+    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), toSize(height), toSize(width),
                                                  Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
@@ -67,7 +67,7 @@ KelStatus kelsLogGaussMixture_IdVar_64f_D2(const Kel64f* pSrc, const Kel64f* pMe
     if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), size(height), size(width),
+    *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height), toSize(width),
                                                     Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
@@ -76,7 +76,7 @@ KelStatus kelsLogGaussMixture_IdVar_64f_D2L(const Kel64f* pSrc, const Kel64f** p
                                             const Kel64f* pDets, Kel64f* pResult) {
     if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), size(height), size(width),
+    *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), toSize(height), toSize(width),
                                                     Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
@@ -88,8 +88,8 @@ KelStatus kelsLogGaussMixture_Scaled_16s32f_D2(const Kel16s* pSrc, const Kel16s*
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1) return kelStatusSize;
     *pResult =
-        mixtureScore<Lanes<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
-                                             size(height), size(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
+        mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                             toSize(height), toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
 
@@ -99,8 +99,8 @@ KelStatus kelsLogGaussMixture_Scaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s
     if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
     *pResult =
-        mixtureScore<Lanes<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), size(height),
-                                             size(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
+        mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                             toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
 
@@ -121,7 +121,7 @@ KelStatus kelsLogGaussMixture_IdVarScaled_16s32f_D2(const Kel16s* pSrc, const Ke
     if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
     if (stepTooSmall(step, width)) return kelStatusStep;
     if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Lanes<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), size(height), size(width),
+    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height), toSize(width),
                                                  HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
@@ -130,7 +130,7 @@ KelStatus kelsLogGaussMixture_IdVarScaled_16s32f_D2L(const Kel16s* pSrc, const K
                                                      const Kel32f* pDets, Kel32f* pResult, int scaleFactor) {
     if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
     if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Lanes<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), size(height), size(width),
+    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), toSize(height), toSize(width),
                                                  HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }

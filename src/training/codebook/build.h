@@ -66,11 +66,11 @@ class CodebookBuilder {
         codebook_->work = allocate<RealOf<T>>(number);
         return codebook_->codevectors != nullptr && codebook_->work != nullptr;
     }
-    T* codevector(std::size_t i) { return codebook_->codevectors + i * size(codebook_->rowStep); }
+    T* codevector(std::size_t i) { return codebook_->codevectors + i * toSize(codebook_->rowStep); }
 
     KelStatus copyRows(const StepRows<const T>& rows, int height, int wanted) {
         if (!allocateVectors(height)) return kelStatusNoMemory;
-        for (int i = 0; i < height; ++i) std::copy(rows[i], rows[i] + codebook_->width, codevector(size(i)));
+        for (int i = 0; i < height; ++i) std::copy(rows[i], rows[i] + codebook_->width, codevector(toSize(i)));
         codebook_->lastIndexOrDepth = height - 1;
         if (!buildGrid<T>(*codebook_)) return kelStatusNoMemory;
         return height == wanted ? kelStatusOk : kelStatusCdbkShrunk;
@@ -80,7 +80,7 @@ class CodebookBuilder {
     KelStatus splitRows(const StepRows<const T>& rows, int height, int wanted) {
         Clustering<T, Weighting> clustering(rows, height, codebook_->width, codebook_->weights, wanted);
         if (clustering.failed()) return kelStatusNoMemory;
-        const KelStatus status = clustering.run(size(wanted), codebook_->kind);
+        const KelStatus status = clustering.run(toSize(wanted), codebook_->kind);
         if (status < 0) return status;
         if (!allocateVectors(static_cast<int>(clustering.clusters()))) return kelStatusNoMemory;
         const NearestScope scope;

@@ -29,7 +29,7 @@ template <class T, class Weighting>
 class Clustering {
   public:
     Clustering(const StepRows<const T>& rows, int height, int width, const T* weights, int most)
-        : rows_(rows), height_(size(height)), width_(size(width)), rest_(width_ % kLanes, width_ / kLanes * kLanes) {
+        : rows_(rows), height_(toSize(height)), width_(toSize(width)), rest_(width_ % kLanes, width_ / kLanes * kLanes) {
         Layout measured;
         layOut(measured, most);
         block_ = allocate<Kel8u>(measured.bytes());
@@ -65,7 +65,7 @@ class Clustering {
     const SplitNode* nodes() const { return nodes_; }
 
   private:
-    using Term = Lanes<Weighting>;
+    using Term = SinglePrecision<Weighting>;
     static constexpr std::size_t kLanes = lanes<Kel32f>;
     static constexpr std::size_t kSeedBlock = 512;
 
@@ -412,7 +412,7 @@ class Clustering {
 
     StepRows<const T> rows_;
     std::size_t height_, width_;
-    FirstLanes rest_;
+    PartVector rest_;
     Kel8u* block_ = nullptr;
     std::size_t clusters_ = 0, nodeCount_ = 0;
 

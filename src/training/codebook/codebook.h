@@ -47,7 +47,7 @@ struct CodebookOf<Kel32f> {
     using Node = KelCdbkNode;
     using Real = Kel32f;
     template <class Weighting>
-    using Term = Lanes<Weighting>;
+    using Term = SinglePrecision<Weighting>;
 };
 template <>
 struct CodebookOf<Kel16s> {

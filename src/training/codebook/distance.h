@@ -178,7 +178,7 @@ class FullSearch {
 
     FullSearch(const Codebook<T>& codebook, Width width)
         : codevectors_(codevectorsOf(codebook)),
-          count_(size(codebook.cdbkSize)),
+          count_(toSize(codebook.cdbkSize)),
           width_(width),
           weights_(codebook.weights),
           turned_(static_cast<int64_t>(std::size_t{width}) * static_cast<int64_t>(kTurnedRows<Real>)) {}
@@ -215,7 +215,7 @@ class FullSearch {
 
     template <class Weighting>
     void block(const StepRows<const T>& rows, std::size_t n, Kel32s* indices) {
-        turnOver(rows, n, width_, turned_.data(), kTurnedRows<Real>);
+        transpose(rows, n, width_, turned_.data(), kTurnedRows<Real>);
         const std::size_t whole = roundUp(n, lanes<Real>);
         for (std::size_t k = 0; n < whole && k < width_; ++k) {
             std::fill(turned_.data() + k * kTurnedRows<Real> + n, turned_.data() + k * kTurnedRows<Real> + whole,

@@ -6,13 +6,13 @@ namespace {
 
 template <class T, class Width>
 KelStatus full(const T* pSrc, int step, Kel32s* pIdx, int height, const Codebook<T>& codebook, Width width) {
-    return searchFull<UnitVariance, T>(codebook, StepRows(pSrc, step), size(height), pIdx, width);
+    return searchFull<UnitVariance, T>(codebook, StepRows(pSrc, step), toSize(height), pIdx, width);
 }
 
 template <class T, class Width>
 KelStatus tree(const T* pSrc, int step, Kel32s* pIdx, int height, const Codebook<T>& codebook, Width width) {
     if (codebook.treeRoot == nullptr) return kelStatusModeNotSupported;
-    return searchTree<UnitVariance, T>(codebook, StepRows(pSrc, step), size(height), pIdx, width);
+    return searchTree<UnitVariance, T>(codebook, StepRows(pSrc, step), toSize(height), pIdx, width);
 }
 
 template <std::size_t N>
@@ -33,7 +33,7 @@ KelStatus checkSearch(const T* pSrc, int step, const Kel32s* pIdx, int height, c
 KelStatus kelsCdbk32VQFull_A6(const Kel32f* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_32f* pCdbk, int width) {
     const KelStatus status = checkSearch(pSrc, step, pIdx, height, pCdbk, width);
     if (status != kelStatusOk) return status;
-    return full(pSrc, step, pIdx, height, *pCdbk, size(width));
+    return full(pSrc, step, pIdx, height, *pCdbk, toSize(width));
 }
 
 KelStatus kelsCdbk32VQFull_A6_1(const Kel32f* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_32f* pCdbk) {
@@ -65,7 +65,7 @@ KelStatus kelsCdbk32VQFull_A6_8(const Kel32f* pSrc, int step, Kel32s* pIdx, int 
 KelStatus kelsCdbk32VQKMeans_A6(const Kel32f* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_32f* pCdbk, int width) {
     const KelStatus status = checkSearch(pSrc, step, pIdx, height, pCdbk, width);
     if (status != kelStatusOk) return status;
-    return tree(pSrc, step, pIdx, height, *pCdbk, size(width));
+    return tree(pSrc, step, pIdx, height, *pCdbk, toSize(width));
 }
 
 KelStatus kelsCdbk32VQKMeans_A6_1(const Kel32f* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_32f* pCdbk) {
@@ -97,7 +97,7 @@ KelStatus kelsCdbk32VQKMeans_A6_8(const Kel32f* pSrc, int step, Kel32s* pIdx, in
 KelStatus kelsCdbk16VQFull_A6(const Kel16s* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_16s* pCdbk, int width) {
     const KelStatus status = checkSearch(pSrc, step, pIdx, height, pCdbk, width);
     if (status != kelStatusOk) return status;
-    return full(pSrc, step, pIdx, height, *pCdbk, size(width));
+    return full(pSrc, step, pIdx, height, *pCdbk, toSize(width));
 }
 
 KelStatus kelsCdbk16VQFull_A6_1(const Kel16s* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_16s* pCdbk) {
@@ -129,7 +129,7 @@ KelStatus kelsCdbk16VQFull_A6_8(const Kel16s* pSrc, int step, Kel32s* pIdx, int 
 KelStatus kelsCdbk16VQKMeans_A6(const Kel16s* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_16s* pCdbk, int width) {
     const KelStatus status = checkSearch(pSrc, step, pIdx, height, pCdbk, width);
     if (status != kelStatusOk) return status;
-    return tree(pSrc, step, pIdx, height, *pCdbk, size(width));
+    return tree(pSrc, step, pIdx, height, *pCdbk, toSize(width));
 }
 
 KelStatus kelsCdbk16VQKMeans_A6_1(const Kel16s* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_16s* pCdbk) {

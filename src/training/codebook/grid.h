@@ -120,7 +120,7 @@ struct GridPoints {
             const Kel32f* const p = positions[a] + i;
             const Vec<Kel32f> position =
                 count - i < w ? loadPart(p, count - i, std::numeric_limits<Kel32f>::infinity()) : load(p);
-            const Reach<Vec<Kel32f>> reach = box[size(a)].reachFrom(position);
+            const Reach<Vec<Kel32f>> reach = box[toSize(a)].reachFrom(position);
             sum.least = sum.least + weights[a] * reach.least * reach.least;
             sum.most = sum.most + weights[a] * reach.most * reach.most;
         }
@@ -200,22 +200,22 @@ struct Grid {
     Real* positions;              // of the list that begins at i: from axes * i on
 
     Kel32s* list(int cell) const { return candidates + begins[cell]; }
-    std::size_t length(int cell) const { return size(begins[cell + 1] - begins[cell]); }
+    std::size_t length(int cell) const { return toSize(begins[cell + 1] - begins[cell]); }
     Real* positionsOn(int axis, int cell) const {
-        return positions + static_cast<std::size_t>(cells.axes) * size(begins[cell]) + size(axis) * length(cell);
+        return positions + static_cast<std::size_t>(cells.axes) * toSize(begins[cell]) + toSize(axis) * length(cell);
     }
 };
 
 // Gives an exhaustive codebook its grid if one is worth it; false when memory is out.
 template <class T>
 bool buildGrid(Codebook<T>& codebook) {
-    const auto count = size(codebook.cdbkSize);
+    const auto count = toSize(codebook.cdbkSize);
     if (codebook.width > 2 || count <= 10) return true;
     GridPoints points = {codebook.width, count, {}, {}, {}, {}};
     Scratch<Kel32f, 512> positions(2 * static_cast<int64_t>(count));
     if (positions.failed()) return false;
     for (int a = 0; a < points.axes; ++a) {
-        Kel32f* const p = positions.data() + size(a) * count;
+        Kel32f* const p = positions.data() + toSize(a) * count;
         for (std::size_t i = 0; i < count; ++i) {
             p[i] = static_cast<Kel32f>(codevectorsOf(codebook)[static_cast<std::ptrdiff_t>(i)][a]);
         }
@@ -270,7 +270,7 @@ class GridSearch {
     explicit GridSearch(const Codebook<T>& codebook)
         : grid_(*static_cast<const Grid<T>*>(codebook.grid)),
           codevectors_(codevectorsOf(codebook)),
-          count_(size(codebook.cdbkSize)),
+          count_(toSize(codebook.cdbkSize)),
           weights_(codebook.weights) {}
 
     [[gnu::always_inline]] Kel32s nearest(const T* vector) const {

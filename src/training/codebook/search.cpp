@@ -15,9 +15,9 @@ namespace {
 template <class T>
 OrderedPicks<RealOf<T>> inOrder(const T* pSrc, Codebook<T>& codebook) {
     const Candidates<T> all = {pSrc, codevectorsOf(codebook), codebook.weights};
-    const std::size_t count = size(codebook.cdbkSize);
+    const std::size_t count = toSize(codebook.cdbkSize);
     withWeighting(isWeighted(codebook), [&](auto weighting) {
-        distances<decltype(weighting)>(all, 0, count, size(codebook.width), codebook.work);
+        distances<decltype(weighting)>(all, 0, count, toSize(codebook.width), codebook.work);
     });
     return OrderedPicks<RealOf<T>>(codebook.work, count);
 }
@@ -61,13 +61,13 @@ constexpr Kel32s* kNoDistances = nullptr;
 KelStatus kelsVQ_32f(const Kel32f* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_32f* pCdbk) {
     if (isNull(pCdbk) || anyNull(pSrc, pIdx)) return kelStatusNullPtr;
     if (step < 1 || height < 1 || step < pCdbk->width) return kelStatusSize;
-    return quantise<Kel32f>(*pCdbk, StepRows(pSrc, step), size(height), pIdx);
+    return quantise<Kel32f>(*pCdbk, StepRows(pSrc, step), toSize(height), pIdx);
 }
 
 KelStatus kelsVQ_16s(const Kel16s* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_16s* pCdbk) {
     if (isNull(pCdbk) || anyNull(pSrc, pIdx)) return kelStatusNullPtr;
     if (step < 1 || height < 1 || step < pCdbk->width) return kelStatusSize;
-    return quantise<Kel16s>(*pCdbk, StepRows(pSrc, step), size(height), pIdx);
+    return quantise<Kel16s>(*pCdbk, StepRows(pSrc, step), toSize(height), pIdx);
 }
 
 KelStatus kelsVQDist_32f(const Kel32f* pSrc, int step, Kel32s* pIdx, Kel32f* pDist, int height, KelCdbk_32f* pCdbk) {

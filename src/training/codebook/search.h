@@ -77,7 +77,7 @@ template <class T>
 auto squaredDistance(const Codebook<T>& codebook, const T* vector, Kel32s index) {
     const Item<T> item = {vector, codevectorsOf(codebook)[index], codebook.weights};
     return withWeighting(isWeighted(codebook), [&](auto weighting) {
-        return sumOf1<TermOf<decltype(weighting), T>>(item, size(codebook.width));
+        return sumOf1<TermOf<decltype(weighting), T>>(item, toSize(codebook.width));
     });
 }
 
@@ -100,7 +100,7 @@ struct NoRoot {
 template <class T, class D, class Root>
 KelStatus quantiseWithDistances(const Codebook<T>& codebook, const StepRows<const T>& rows, int height, Kel32s* indices,
                                 D* dst, const Root& root) {
-    const KelStatus status = quantise(codebook, rows, size(height), indices);
+    const KelStatus status = quantise(codebook, rows, toSize(height), indices);
     if (status != kelStatusOk) return status;
     for (int i = 0; i < height; ++i) dst[i] = root(squaredDistance(codebook, rows[i], indices[i]));
     return kelStatusOk;

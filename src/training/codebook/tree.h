@@ -47,7 +47,7 @@ class TreeBuilder {
           splits_(splits),
           leaves_(codebook.cdbkSize),
           neighbours_(neighbourCount(leaves_)),
-          width_(size(codebook.width)) {}
+          width_(toSize(codebook.width)) {}
 
     // False when memory is out.  The tree is one block that begins with the root.
     bool build() {
@@ -120,11 +120,11 @@ class TreeBuilder {
         const Candidates<T> others = {leaf.centroid, codevectorsOf(codebook_), codebook_.weights};
         RealOf<T>* const work = codebook_.work;
         withWeighting(isWeighted(codebook_),
-                      [&](auto weighting) { distances<decltype(weighting)>(others, 0, size(leaves_), width_, work); });
+                      [&](auto weighting) { distances<decltype(weighting)>(others, 0, toSize(leaves_), width_, work); });
         work[leaf.index] = -1;
-        OrderedPicks<RealOf<T>> picks(work, size(leaves_));
+        OrderedPicks<RealOf<T>> picks(work, toSize(leaves_));
         leaf.neighbourCount = neighbours_;
-        leaf.neighbours = lists_ + static_cast<std::size_t>(leaf.index) * size(neighbours_);
+        leaf.neighbours = lists_ + static_cast<std::size_t>(leaf.index) * toSize(neighbours_);
         for (Kel32s i = 0; i < neighbours_; ++i) leaf.neighbours[i] = leafNodes_[picks.next()];
         if (!isFastWidth(codebook_.width)) return;
         Kel8u* const block = leafBlocks_ + leaf.index * leafBlockBytes_;
@@ -183,7 +183,7 @@ class AnyCentroids {
     // From neighbour `first` on; behind the last one it is repeated.
     [[gnu::always_inline]] std::array<RealOf<T>, kAtOnce> neighbours(const NodeOf<T>* leaf, std::size_t first,
                                                                      const T* vector) const {
-        const std::size_t last = size(leaf->neighbourCount) - 1;
+        const std::size_t last = toSize(leaf->neighbourCount) - 1;
         return distances(vector, [&](std::size_t i) -> const T* {
             const std::size_t neighbour = std::min(first + i, last);
             return kFixedWidth ? static_cast<const T*>(leaf->fastBlock) + neighbour * width_
@@ -208,7 +208,7 @@ class AnyCentroids {
 
     const T* weights_;
     Width width_;
-    FirstLanes rest_;
+    PartVector rest_;
 };
 
 // The same for two components, of the centroids that fast blocks keep side by side: a vector takes as many as it has
@@ -229,7 +229,7 @@ class CentroidPairs {
     [[gnu::always_inline]] Vec<Kel32f> neighbours(const KelCdbkNode* leaf, std::size_t first,
                                                   const Kel32f* vector) const {
         return distances(repeatPair(vector), static_cast<const Kel32f*>(leaf->fastBlock) + 2 * first,
-                         std::min(size(leaf->neighbourCount) - first, kAtOnce));
+                         std::min(toSize(leaf->neighbourCount) - first, kAtOnce));
     }
     Kel32f distance(const Kel32f* vector, const Kel32f* centroid) const {
         return distances(repeatPair(vector), centroid, 1)[0];
@@ -325,7 +325,7 @@ class TreeSearch {
 
     // The first neighbour that is nearer than `here`, which becomes its distance; or null.
     [[gnu::always_inline]] const Node* nearerNeighbour(const Node* leaf, const T* vector, Real& here) const {
-        const std::size_t count = size(leaf->neighbourCount);
+        const std::size_t count = toSize(leaf->neighbourCount);
         for (std::size_t first = 0; first < count; first += Centroids::kAtOnce) {
             const auto d = centroids_.neighbours(leaf, first, vector);
             const std::size_t i = firstNearer(d, here);

@@ -123,7 +123,7 @@ KelStatus quantiseParts(const StepRows<const T>& rows, int height, Codebook<T>* 
         int64_t place = 0;
         for (int k = 0; k < n; ++k) {
             const Codebook<T>& codebook = *codebooks[k];
-            const KelStatus status = quantise<T>(codebook, rows.from(first, column), size(some), indices);
+            const KelStatus status = quantise<T>(codebook, rows.from(first, column), toSize(some), indices);
             if (status != kelStatusOk) return status;
             const int places = Layout::places(codebook);
             for (int i = 0; i < some; ++i) layout.put(first + i, place, places, indices[i]);
