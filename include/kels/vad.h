@@ -38,7 +38,7 @@ typedef struct {
     Kel16s startTrigger;               /* energy has risen within the first frames: their noise estimate is closed */
     Kel32f meanMel;                    /* mean energy of the first frames */
     Kel32f thrSpec, thrMel, thrVar;    /* noise levels of the low band, the energy, the variance */
-    Kel32f prevBand, band;             /* low-band averages of the frame before and of this one */
+    Kel32f prevBand, band;             /* low-band average of the last frame; both hold the same once it is decided */
     Kel32s histIdx;                    /* where the newest entry of the history stands */
     Kel32s flushStop;                  /* -1, or histIdx at the first Flush */
     Kel32s longHang;                   /* length of the long hangover */
@@ -59,7 +59,8 @@ KELS_API KelStatus kelsVADInit_Aurora_16s(Kel8u* pState);
  *
  *   variance  var = mean of pSpec^2 - (mean of pSpec)^2; active above 1.65 thrVar
  *   energy    e = (sum of pMel)^2 - 3; active above 1.65 thrMel
- *   low band  b = 0.75 band + 0.25 prevBand, band the mean of pMel[1..3]; active above 3.25 thrSpec
+ *   low band  b = 0.75 band + 0.25 prevBand, band the mean of pMel[1..3], prevBand that of the
+ *             frame before; then prevBand becomes band; active above 3.25 thrSpec
  *
  * Each threshold is the largest value of the first 14 frames (that of the energy: until an energy exceeds 2.5 times the
  * mean so far), then a fifth of each value between 0.85 (variance) or 0.75 and 1.5 times the threshold enters it, and

@@ -73,11 +73,11 @@ void detectEnergy(KelVADState_Aurora& s, const T* mel) {
 
 template <class T>
 void detectLowBand(KelVADState_Aurora& s, const T* mel) {
-    s.prevBand = s.band;
     Kel64f sum = 0;
     for (std::size_t i = 1; i <= 3; ++i) sum += mel[i];
     s.band = static_cast<Kel32f>(sum / 3);
     const Kel64f b = 0.75 * s.band + 0.25 * s.prevBand;
+    s.prevBand = s.band;
     if (s.frameCount < kVadLearning) s.thrSpec = raised(s.thrSpec, b);
     s.thrSpec = followed(s.thrSpec, b, 0.75);
     if (b <= 0.5 * s.thrSpec) s.thrSpec = sunk(s.thrSpec, b);

@@ -115,6 +115,7 @@ TEST(VoiceActivity, NoiseLevelsFollow) {
         EXPECT_NEAR(s.thrMel, row.thrMel, 1e-6 * row.thrMel) << frames;
         EXPECT_NEAR(s.thrVar, row.thrVar, 1e-6 * row.thrVar) << frames;
         EXPECT_NEAR(s.thrSpec, row.thrSpec, 1e-6 * row.thrSpec) << frames;
+        EXPECT_TRUE(s.band == row.band && s.prevBand == row.band) << s.band << " " << s.prevBand;
         EXPECT_EQ(std::to_string(s.melFlag) + std::to_string(s.varFlag) + std::to_string(s.specFlag), row.flags);
         EXPECT_EQ(s.history[s.histIdx], frames > 10 && std::strchr(row.flags, '1') != nullptr);
     }
