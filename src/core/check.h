@@ -17,6 +17,13 @@ constexpr std::size_t toSize(int len) {
     return static_cast<std::size_t>(len);
 }
 
+// The faults of the many functions that look at their pointers, then at the length of their vectors.
+template <class... P>
+constexpr KelStatus vectorFault(int len, const P*... pointers) {
+    if (anyNull(pointers...)) return kelStatusNullPtr;
+    return len < 1 ? kelStatusSize : kelStatusOk;
+}
+
 // True when a row of `step` elements cannot hold `parts * width + offset` elements; the product may exceed an int.
 constexpr bool stepTooSmall(int step, int width, int parts = 1, int offset = 0) {
     return step < static_cast<int64_t>(parts) * width + offset;
