@@ -7,7 +7,6 @@
 namespace kels {
 namespace {
 
-constexpr std::size_t kAlignment = 32;
 constexpr std::size_t kPointer = sizeof(void*);
 
 // The pointer that malloc gave stands in the word before the aligned address.
@@ -23,7 +22,7 @@ T** layOutRows(void* block, int rows, int cols) {
     if (table == nullptr) return nullptr;
     const std::size_t rowLength = roundUp<std::size_t>(static_cast<std::size_t>(cols), 8);
     const auto tableBytes = static_cast<std::size_t>(rows > 0 ? rows : 0) * kPointer;
-    T* row = reinterpret_cast<T*>(static_cast<char*>(block) + roundUp(tableBytes, kAlignment));
+    T* row = reinterpret_cast<T*>(static_cast<char*>(block) + roundUp(tableBytes, kBlockAlignment));
     for (int i = 0; i < rows; ++i, row += rowLength) table[i] = row;
     return table;
 }
@@ -83,12 +82,12 @@ BlockMatrix<T>* allocateBlockMatrix(const Kel32s* sizes, int nBlocks) {
 }  // namespace
 
 void* allocateBytes(int64_t count, std::size_t elementSize) {
-    constexpr std::size_t overhead = kAlignment + kPointer;
+    constexpr std::size_t overhead = kBlockAlignment + kPointer;
     if (count < 1) return nullptr;
     if (static_cast<uint64_t>(count) > (PTRDIFF_MAX - overhead) / elementSize) return nullptr;
     void* const raw = std::malloc(static_cast<std::size_t>(count) * elementSize + overhead);
     if (raw == nullptr) return nullptr;
-    const auto address = (reinterpret_cast<uintptr_t>(raw) + overhead - 1) / kAlignment * kAlignment;
+    const auto address = (reinterpret_cast<uintptr_t>(raw) + overhead - 1) / kBlockAlignment * kBlockAlignment;
     void* const aligned = reinterpret_cast<void*>(address);
     *rawPointerSlot(aligned) = raw;
     return aligned;

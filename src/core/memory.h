@@ -3,17 +3,28 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "kels/core.h"
 
 namespace kels {
 
-// `count` elements of T, 32-byte aligned; null when count is below 1, the size does not fit, or memory is out.
+inline constexpr std::size_t kBlockAlignment = 32;  // of whatever is allocated here
+
+// `count` elements of T; null when count is below 1, the size does not fit, or memory is out.
 void* allocateBytes(int64_t count, std::size_t elementSize);
 
 template <class T>
 T* allocate(int64_t count) {
     return static_cast<T*>(allocateBytes(count, sizeof(T)));
+}
+
+// The same with every byte zero.
+template <class T>
+T* allocateCleared(int64_t count) {
+    T* const elements = allocate<T>(count);
+    if (elements != nullptr) std::memset(elements, 0, static_cast<std::size_t>(count) * sizeof(T));
+    return elements;
 }
 
 template <class T>

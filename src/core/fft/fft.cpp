@@ -19,13 +19,6 @@ bool isSpec(const KelFFTSpec_R_16s32s* spec) {
     return spec->identifier == kIntegerSpec;
 }
 
-template <class Spec>
-Spec* allocateCleared() {
-    auto* const spec = allocate<Spec>(1);
-    if (spec != nullptr) *spec = Spec();
-    return spec;
-}
-
 // False for a flag that is none of the four.
 bool setScaling(KelFFTSpec_R_32f& spec, int flag) {
     const auto n = static_cast<long double>(int64_t{1} << spec.order);
@@ -58,7 +51,7 @@ bool setScaling(KelFFTSpec_R_32f& spec, int flag) {
 KelStatus kelsFFTInitAlloc_R_32f(KelFFTSpec_R_32f** ppFFTSpec, int order, int flag, int hint) {
     if (anyNull(ppFFTSpec)) return kelStatusNullPtr;
     if (order < 0 || order > kMaxFftOrder) return kelStatusFftOrder;
-    auto* const spec = allocateCleared<KelFFTSpec_R_32f>();
+    auto* const spec = allocateCleared<KelFFTSpec_R_32f>(1);
     if (spec == nullptr) return kelStatusNoMemory;
     spec->identifier = kFloatSpec;
     spec->order = order;
@@ -82,7 +75,7 @@ KelStatus kelsFFTInitAlloc_R_16s32s(KelFFTSpec_R_16s32s** ppFFTSpec, int order, 
     if (order < 0 || order > kMaxFftOrder) return kelStatusFftOrder;
     const int64_t bufferBytes = integerBufferBytes(order);
     if (bufferBytes > std::numeric_limits<Kel32s>::max()) return kelStatusNoMemory;
-    auto* const spec = allocateCleared<KelFFTSpec_R_16s32s>();
+    auto* const spec = allocateCleared<KelFFTSpec_R_16s32s>(1);
     if (spec == nullptr) return kelStatusNoMemory;
     const KelStatus status = kelsFFTInitAlloc_R_32f(&spec->inner, order, flag, hint);
     if (status != kelStatusOk) {

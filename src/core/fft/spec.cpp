@@ -4,9 +4,10 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <numbers>
 
+#include "core/constants.h"
 #include "core/fft/lanes.h"
+#include "core/layout.h"
 #include "core/scaling.h"
 
 namespace kels {
@@ -22,8 +23,7 @@ Kel32fc unitRoot(std::size_t k, std::size_t n) {
     const std::size_t quarter = k / (n / 4);
     const std::size_t rest = k % (n / 4);
     const bool upper = rest > n / 8;
-    const double angle =
-        static_cast<double>(upper ? n / 4 - rest : rest) * (2 * std::numbers::pi / static_cast<double>(n));
+    const double angle = static_cast<double>(upper ? n / 4 - rest : rest) * (2 * kPi / static_cast<double>(n));
     double re = std::cos(angle);
     double im = std::sin(angle);
     if (upper) std::swap(re, im);
@@ -49,35 +49,19 @@ void fillUnit(std::size_t width, std::size_t first, std::size_t step, std::size_
     }
 }
 
-// Places in one block, each table from a line of its own.
-class Layout {
-  public:
-    std::size_t add(int64_t floats) {
-        const int64_t start = total_;
-        total_ += roundUp<int64_t>(floats, kLine / sizeof(Kel32f));
-        return static_cast<std::size_t>(start);
-    }
-    int64_t total() const { return total_; }
-
-  private:
-    int64_t total_ = 0;
-};
-
 template <int W>
 bool buildInCacheTables(KelFFTSpec_R_32f& spec) {
     const std::size_t m = std::size_t{1} << (spec.order - 1);
     const std::size_t length = m / W;
     const int laneOrder = spec.order - 1 - kWidthBits<W>;
-    Layout layout;
-    const std::size_t lanesAt = layout.add(2 * static_cast<int64_t>(laneTwiddleCount(laneOrder)));
-    const std::size_t crossAt = layout.add(2 * (W - 1) * static_cast<int64_t>(std::max<std::size_t>(length, W)));
-    const std::size_t rotationAt = layout.add(static_cast<int64_t>(m));
-    Kel32f* const block = allocate<Kel32f>(layout.total());
-    if (block == nullptr) return false;
-
-    spec.laneTwiddles = reinterpret_cast<Kel32fc*>(block + lanesAt);
-    spec.crossTwiddles = block + crossAt;
-    spec.forwardRotation = block + rotationAt;
+    const auto arrange = [&](Layout& layout) {
+        spec.laneTwiddles = layout.take<Kel32fc>(static_cast<int64_t>(laneTwiddleCount(laneOrder)), kLine);
+        spec.crossTwiddles =
+            layout.take<Kel32f>(2 * (W - 1) * static_cast<int64_t>(std::max<std::size_t>(length, W)), kLine);
+        spec.forwardRotation = layout.take<Kel32f>(static_cast<int64_t>(m), kLine);
+    };
+    spec.tables = allocateArranged(arrange);
+    if (spec.tables == nullptr) return false;
     fillLaneTwiddles(laneOrder, spec.laneTwiddles);
     Kel32f* cross = spec.crossTwiddles;
     for (std::size_t k = 0; k < length; k += W) {
@@ -91,20 +75,15 @@ bool buildSteppedTables(KelFFTSpec_R_32f& spec) {
     const int64_t m = int64_t{1} << (spec.order - 1);
     const std::size_t rows = std::size_t{1} << rowBits(spec.order);
     const std::size_t columns = std::size_t{1} << columnBits(spec.order);
-    Layout layout;
-    const std::size_t lanesAt = layout.add(2 * static_cast<int64_t>(laneTwiddleCount(rowBits(spec.order))));
-    const std::size_t rowsAt = layout.add(2 * static_cast<int64_t>(laneTwiddleCount(columnBits(spec.order))));
-    const std::size_t crossAt = layout.add(2 * W * static_cast<int64_t>(rows));
-    const std::size_t stepAt = layout.add(2 * m / W);
-    const std::size_t rotationAt = layout.add(m);
-    Kel32f* const block = allocate<Kel32f>(layout.total());
-    if (block == nullptr) return false;
-
-    spec.laneTwiddles = reinterpret_cast<Kel32fc*>(block + lanesAt);
-    spec.rowTwiddles = reinterpret_cast<Kel32fc*>(block + rowsAt);
-    spec.crossTwiddles = block + crossAt;
-    spec.stepTwiddles = reinterpret_cast<Kel32fc*>(block + stepAt);
-    spec.forwardRotation = block + rotationAt;
+    const auto arrange = [&](Layout& layout) {
+        spec.laneTwiddles = layout.take<Kel32fc>(static_cast<int64_t>(laneTwiddleCount(rowBits(spec.order))), kLine);
+        spec.rowTwiddles = layout.take<Kel32fc>(static_cast<int64_t>(laneTwiddleCount(columnBits(spec.order))), kLine);
+        spec.crossTwiddles = layout.take<Kel32f>(2 * W * static_cast<int64_t>(rows), kLine);
+        spec.stepTwiddles = layout.take<Kel32fc>(m / W, kLine);
+        spec.forwardRotation = layout.take<Kel32f>(m, kLine);
+    };
+    spec.tables = allocateArranged(arrange);
+    if (spec.tables == nullptr) return false;
     fillLaneTwiddles(rowBits(spec.order), spec.laneTwiddles);
     fillLaneTwiddles(columnBits(spec.order), spec.rowTwiddles);
     const std::size_t n = rows * columns;
@@ -138,7 +117,7 @@ bool buildTables(KelFFTSpec_R_32f& spec) {
 }
 
 void freeTables(KelFFTSpec_R_32f& spec) {
-    kelsFree(spec.laneTwiddles);
+    kelsFree(spec.tables);
 }
 
 int64_t scratchBytes(int order) {

@@ -16,13 +16,14 @@ struct KelFFTSpec_R_32f {
     Kel32s hint;
     Kel32s bufferSize;      // of the caller's work buffer, in bytes
     Kel32s* bitReversal;    // null: positions are computed
-    Kel32fc* laneTwiddles;  // of the transforms along the lanes; the block of all tables starts here
+    Kel32fc* laneTwiddles;  // of the transforms along the lanes
     Kel32f* crossTwiddles;  // in cache: between lanes and butterflies across them; in steps: w_M^(i k) for the lanes i
     Kel32fc* stepTwiddles;  // in steps: w_M^(c k) for the first column c of each group
     Kel32f* forwardRotation;  // cosines, then sines, of 2 pi k / N for k = 0 .. N/4 - 1
     Kel32f* inverseRotation;  // the same table
     Kel32fc* rowTwiddles;     // in steps: of the transforms along the rows
-    void* unused[5];
+    void* tables;             // the block of all of them
+    void* unused[4];
 };
 
 struct KelFFTSpec_R_16s32s {

@@ -28,13 +28,6 @@ Weight** allocateWeights(int rows, int cols) {
     return table;
 }
 
-template <class T>
-T* allocateCleared(int64_t count) {
-    T* const p = allocate<T>(count);
-    if (p != nullptr) std::memset(p, 0, static_cast<std::size_t>(count) * sizeof(T));
-    return p;
-}
-
 KelStatus makeSpec(KelFFTSpec_R_32f** ppSpec, int order) {
     return kelsFFTInitAlloc_R_32f(ppSpec, order, kelFftNoDiv, kelHintAccurate);
 }

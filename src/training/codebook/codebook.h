@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "core/check.h"
+#include "core/layout.h"
 #include "core/memory.h"
 #include "core/rows.h"
 #include "kels/vq.h"
@@ -103,28 +104,5 @@ inline constexpr int kMostCodevectors = 16383;
 inline Kel32s indexBitsOf(Kel32s cdbkSize) {
     return static_cast<Kel32s>(std::bit_width(static_cast<uint32_t>(cdbkSize - 1)));
 }
-
-// Several arrays in one block.  First without a block, to add up the sizes, then to hand out the places.
-class Layout {
-  public:
-    Layout() = default;
-    explicit Layout(void* block) : block_(static_cast<char*>(block)) {}
-
-    template <class A>
-    A* take(int64_t count, std::size_t alignment = 32) {
-        used_ = roundUp<int64_t>(used_, static_cast<int64_t>(alignment));
-        A* const place = block_ == nullptr ? nullptr : reinterpret_cast<A*>(block_ + used_);
-        int64_t bytes;
-        if (__builtin_mul_overflow(count, static_cast<int64_t>(sizeof(A)), &bytes)) bytes = kTooMuch;
-        used_ = bytes > kTooMuch - used_ ? kTooMuch : used_ + bytes;
-        return place;
-    }
-    int64_t bytes() const { return used_; }
-
-  private:
-    static constexpr int64_t kTooMuch = int64_t{1} << 62;  // no allocation succeeds
-    char* block_ = nullptr;
-    int64_t used_ = 0;
-};
 
 }  // namespace kels
