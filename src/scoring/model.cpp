@@ -11,25 +11,25 @@ using namespace kels;
 KelStatus kelsUpdateGConst_32f(const Kel32f* pIVar, int len, Kel32f* pDet) {
     if (anyNull(pIVar, pDet)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return logDeterminant<Variance::Inverse>(pIVar, toSize(len), pDet);
+    return logDeterminant<VarianceForm::Inverse>(pIVar, toSize(len), pDet);
 }
 
 KelStatus kelsUpdateGConst_64f(const Kel64f* pIVar, int len, Kel64f* pDet) {
     if (anyNull(pIVar, pDet)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return logDeterminant<Variance::Inverse>(pIVar, toSize(len), pDet);
+    return logDeterminant<VarianceForm::Inverse>(pIVar, toSize(len), pDet);
 }
 
 KelStatus kelsUpdateGConst_DirectVar_32f(const Kel32f* pVar, int len, Kel32f* pDet) {
     if (anyNull(pVar, pDet)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return logDeterminant<Variance::Direct>(pVar, toSize(len), pDet);
+    return logDeterminant<VarianceForm::Direct>(pVar, toSize(len), pDet);
 }
 
 KelStatus kelsUpdateGConst_DirectVar_64f(const Kel64f* pVar, int len, Kel64f* pDet) {
     if (anyNull(pVar, pDet)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    return logDeterminant<Variance::Direct>(pVar, toSize(len), pDet);
+    return logDeterminant<VarianceForm::Direct>(pVar, toSize(len), pDet);
 }
 
 KelStatus kelsOutProbPreCalc_32f(const Kel32f* pLogWeight, const Kel32f* pDet, Kel32f* pGConst, int len) {

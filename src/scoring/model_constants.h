@@ -10,14 +10,13 @@
 #include "core/scaling.h"
 #include "core/simd/vec.h"
 #include "core/simd/elementary.h"
+#include "core/variance_form.h"
 
 namespace kels {
 
 // len * ln(2 pi) plus or minus (for inverse variances) the logarithms, summed in order in double precision.  The first
 // value without a logarithm decides what is stored instead, and the status.
-enum class Variance { Direct, Inverse };
-
-template <Variance kind, class T>
+template <VarianceForm form, class T>
 KelStatus logDeterminant(const T* v, std::size_t len, T* pDet) {
     constexpr Kel64f kLn2Pi = 1.8378770664093;  // 13 decimals and no more: stored models were made with this value
     for (std::size_t i = 0; i < len; ++i) {
@@ -39,7 +38,7 @@ KelStatus logDeterminant(const T* v, std::size_t len, T* pDet) {
         convertWidening(v + i, logs, n);
         map(
             logs, n, [](const Vec<Kel64f>& x) { return logarithm(x); }, 1.0, logs);
-        for (std::size_t k = 0; k < n; ++k) det += kind == Variance::Direct ? logs[k] : -logs[k];
+        for (std::size_t k = 0; k < n; ++k) det += form == VarianceForm::Direct ? logs[k] : -logs[k];
     }
     *pDet = static_cast<T>(det);
     return kelStatusOk;

@@ -8,28 +8,28 @@ KelStatus kelsDcsClustLAccumulate_32f(const Kel32f* pMean, const Kel32f* pInvVar
                                       int len, Kel32f occ) {
     if (anyNull(pMean, pInvVar, pDstSum, pDstSqr)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    stateStatistics<Variances::Inverse>(pMean, pInvVar, pDstSum, pDstSqr, toSize(len), occ);
+    stateStatistics<VarianceForm::Inverse>(pMean, pInvVar, pDstSum, pDstSqr, toSize(len), occ);
     return kelStatusOk;
 }
 KelStatus kelsDcsClustLAccumulate_64f(const Kel64f* pMean, const Kel64f* pInvVar, Kel64f* pDstSum, Kel64f* pDstSqr,
                                       int len, Kel64f occ) {
     if (anyNull(pMean, pInvVar, pDstSum, pDstSqr)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    stateStatistics<Variances::Inverse>(pMean, pInvVar, pDstSum, pDstSqr, toSize(len), occ);
+    stateStatistics<VarianceForm::Inverse>(pMean, pInvVar, pDstSum, pDstSqr, toSize(len), occ);
     return kelStatusOk;
 }
 KelStatus kelsDcsClustLAccumulate_DirectVar_32f(const Kel32f* pMean, const Kel32f* pVar, Kel32f* pDstSum,
                                                 Kel32f* pDstSqr, int len, Kel32f occ) {
     if (anyNull(pMean, pVar, pDstSum, pDstSqr)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    stateStatistics<Variances::Direct>(pMean, pVar, pDstSum, pDstSqr, toSize(len), occ);
+    stateStatistics<VarianceForm::Direct>(pMean, pVar, pDstSum, pDstSqr, toSize(len), occ);
     return kelStatusOk;
 }
 KelStatus kelsDcsClustLAccumulate_DirectVar_64f(const Kel64f* pMean, const Kel64f* pVar, Kel64f* pDstSum,
                                                 Kel64f* pDstSqr, int len, Kel64f occ) {
     if (anyNull(pMean, pVar, pDstSum, pDstSqr)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;
-    stateStatistics<Variances::Direct>(pMean, pVar, pDstSum, pDstSqr, toSize(len), occ);
+    stateStatistics<VarianceForm::Direct>(pMean, pVar, pDstSum, pDstSqr, toSize(len), occ);
     return kelStatusOk;
 }
 

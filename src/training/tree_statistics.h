@@ -9,18 +9,17 @@
 #include "core/vector/convert.h"
 #include "training/log_product.h"
 #include "core/simd/vec.h"
+#include "core/variance_form.h"
 #include "kels/types.h"
 
 namespace kels {
 
-enum class Variances { Direct, Inverse };
-
-template <Variances kind, class T>
+template <VarianceForm form, class T>
 void stateStatistics(const T* mean, const T* var, T* dstSum, T* dstSqr, std::size_t len, T occ) {
     mapPair(
         dstSum, dstSqr, len,
         [occ](const Vec<T>& m, const Vec<T>& v) {
-            const Vec<T> direct = kind == Variances::Inverse ? T(1) / v : v;
+            const Vec<T> direct = form == VarianceForm::Inverse ? T(1) / v : v;
             return Pair{Vec<T>(m * occ), Vec<T>((m * m + direct) * occ)};
         },
         T(1), mean, var);

@@ -67,10 +67,9 @@ long double plainExtendedSum(Terms terms, std::size_t len) {
 class CompensatedLanes {
   public:
     void add(const Wide& x) {
-        const Wide next = sum_ + x;
-        const Wide added = next - sum_;
-        lost_ += (sum_ - (next - added)) + (x - added);
-        sum_ = next;
+        const TwoSum next(sum_, x);
+        sum_ = next.sum;
+        lost_ += next.lost;
     }
     void addLost(const Wide& x) { lost_ += x; }
     long double total() const { return extendedSum(sum_) + extendedSum(lost_); }
