@@ -64,8 +64,8 @@
  * A filter has len + 1 taps: tap k weighs src[ceil(t - len / 2) + k].  The last one is 0 but for phases at which the
  * filter ends on a sample on both sides.  Set and Get exchange filters with an array in which tap k of phase p stands
  * at p * len + k, with a len and a number of phases (height) of its own: what only one side has is passed over, and
- * stays as it is. But a Set with the len of the state replaces whole filters: it makes the last taps 0.  16-bit filters
- * are Q15.
+ * stays as it is.  So a Set of what a Get with the same len and height gave changes nothing; whole filters take the
+ * state's len + 1.  16-bit filters are Q15.
  *
  * 16-bit outputs are rounded to nearest, ties to even, and saturated; sums are formed in single precision.  A call
  * takes up to 44 KiB of the stack.

@@ -305,8 +305,25 @@ TYPED_TEST(Resample, FiltersAreExchangedUpToTheSmallerSize) {
     EXPECT_EQ(read(6, 3), expected);
     const auto larger = read(8, 4);
     for (int i = 0; i < 32; ++i) EXPECT_EQ(larger[i], i < 24 && i % 8 < 6 ? expected[i / 8 * 6 + i % 8] : 77) << i;
-    ASSERT_EQ(F(SetFixedFilter)(state.get(), given, 5, 1), 0);  // whole filters: the sixth tap becomes 0
-    EXPECT_EQ(read(7, 1), (std::vector<T>{1, 2, 3, 4, 5, 0, 77}));
+    ASSERT_EQ(F(SetFixedFilter)(state.get(), given, 5, 1), 0);  // all taps but the last one
+    EXPECT_EQ(read(7, 1), (std::vector<T>{1, 2, 3, 4, 5, expected[5], 77}));
+}
+
+TYPED_TEST(Resample, SettingWhatWasGotChangesNothing) {
+    using T = TypeParam;
+    for (const auto& [in, out, len, rollf, alpha] : kFixedCases) {
+        const auto state = make<T>(FixedFilter{in, out, len});
+        const int phases = out / std::gcd(in, out), taps = len + 1;
+        std::vector<T> before(phases * taps), after(before);
+        F(GetFixedFilter)(state.get(), before.data(), taps, phases);
+        for (int width = 1; width <= len + 2; ++width) {
+            std::vector<T> some(phases * width);
+            ASSERT_EQ(F(GetFixedFilter)(state.get(), some.data(), width, phases), 0);
+            ASSERT_EQ(F(SetFixedFilter)(state.get(), some.data(), width, phases), 0);
+            F(GetFixedFilter)(state.get(), after.data(), taps, phases);
+            ASSERT_EQ(after, before) << in << " to " << out << ", " << width << " of " << taps << " taps";
+        }
+    }
 }
 
 TYPED_TEST(Resample, StatesInTheCallersBufferMayMove) {

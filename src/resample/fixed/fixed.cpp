@@ -222,7 +222,6 @@ KelStatus setFilter(FixedState* pState, const T* pSrc, int len, int height) {
         if (phase >= height) return;
         const T* const filter = pSrc + static_cast<std::size_t>(phase) * toSize(len);
         for (int k = 0; k < taps; ++k) pState->tap(q, k) = factorOf(filter[k]);
-        if (len == pState->len) pState->tap(q, len) = 0;
     });
     return kelStatusOk;
 }
