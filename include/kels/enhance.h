@@ -14,7 +14,8 @@
  *     noise += (1 - alphaD) (1 - p) (P - noise)
  *
  * The first frame sets S, both minima and the noise to P, and p to 0.  A power that does not change leaves the noise
- * exactly as it is.
+ * exactly as it is.  In the float form each of these steps is within 4 units in the last place, however far the power
+ * falls from one frame to the next.
  */
 #ifndef KELS_ENHANCE_H
 #define KELS_ENHANCE_H

@@ -90,12 +90,22 @@ void firstUpdate(const T* power, State& state, T* noise, std::size_t bins) {
     zero(state.presence, bins);
 }
 
-// Each recursion moves a value toward another by a share of their difference, so that equal values stay equal.
+// keep * from + share * to, where keep + share is 1: `from` is moved toward `to`.  Moving by a share of the difference
+// leaves equal values equal and rounds the least where they are close.  Where `to` is far below, little is left of that
+// difference once it is taken from `from`, and the two shares are added instead.
+inline Vec<Kel32f> moved(const Vec<Kel32f>& from, const Vec<Kel32f>& to, const Vec<Kel32f>& keep,
+                         const Vec<Kel32f>& share) {
+    Vec<Kel32f> result = mulAdd(share, to - from, from);
+    stdx::where(to < from * 0.5f, result) = mulAdd(share, to, Vec<Kel32f>(keep * from));
+    return result;
+}
+
 // kRenew: the search for the minimum begins anew.
 template <bool kRenew>
 void update(const Kel32f* power, const KelMCRAState_32f& state, Kel32f* noise, std::size_t bins) {
     using V = Vec<Kel32f>;
-    const V shareS(1 - state.alphaS), shareP(1 - state.alphaP), shareD(1 - state.alphaD), delta(state.delta);
+    const V keepS(state.alphaS), keepP(state.alphaP), keepD(state.alphaD), delta(state.delta);
+    const V shareS = 1 - keepS, shareP = 1 - keepP, shareD = 1 - keepD;
     // Copied, for the compiler must take it that vectors may be stored over the state.
     Kel32f *const smoothed = state.smoothed, *const minimum = state.minimum, *const tempMinimum = state.tempMinimum;
     Kel32f* const presences = state.presence;
@@ -103,17 +113,17 @@ void update(const Kel32f* power, const KelMCRAState_32f& state, Kel32f* noise, s
         const V p = get(power + i), n = get(noise + i);
         V s = get(smoothed + i), least = get(minimum + i), next = get(tempMinimum + i);
         V presence = get(presences + i);
-        s = mulAdd(shareS, p - s, s);
+        s = moved(s, p, keepS, shareS);
         least = lesserOf(s, kRenew ? next : least);
         next = kRenew ? s : lesserOf(s, next);
         V speech(0.0f);
         stdx::where(s > delta * least, speech) = 1.0f;
-        presence = mulAdd(shareP, speech - presence, presence);
+        presence = moved(presence, speech, keepP, shareP);
         put(smoothed + i, s);
         put(minimum + i, least);
         put(tempMinimum + i, next);
         put(presences + i, presence);
-        put(noise + i, mulAdd(shareD * (1.0f - presence), p - n, n));
+        put(noise + i, moved(n, p, mulAdd(shareD, presence, keepD), shareD * (1.0f - presence)));
     };
     constexpr std::size_t w = lanes<Kel32f>;
     std::size_t i = 0;

@@ -142,6 +142,34 @@ TYPED_TEST(McraForms, FollowTheRecursion) {
     }
 }
 
+// A step of the recursion from what the state holds, where powers rise and fall by up to 60 dB: the formula in single
+// precision rounds twice, and once more each share that is not exact.
+TEST(McraFloat, FallingPowersLoseNoAccuracy) {
+    test::Random random(2);
+    for (const auto& [fftLen, hop] : {std::pair(64, 8), {256, 128}, {1024, 512}, {8192, 4096}}) {
+        const int bins = fftLen / 2 + 1;
+        Mcra<Float> m(fftLen);
+        ASSERT_EQ(Float::altInit(8000, fftLen, hop, m.state()), 0);
+        KelMCRAState_32f& state = *m.state();
+        Guarded<Kel32f> power(bins), noise(bins);
+        for (int frame = 0; frame < 40; ++frame) {
+            for (int k = 0; k < bins; ++k) power[k] = static_cast<Kel32f>(std::pow(10, random.uniform(-3, 3)));
+            const std::vector<Kel32f> s(state.smoothed, state.smoothed + bins), p(state.presence, state.presence + bins),
+                n = noise.vector();
+            ASSERT_EQ(Float::update(power.data(), &state, noise), 0);
+            for (int k = 0; frame > 0 && k < bins; ++k) {
+                const Real smoothed = state.alphaS * Real{s[k]} + (1 - Real{state.alphaS}) * power[k];
+                ASSERT_LE(test::ulpError(state.smoothed[k], smoothed), 2.5) << s[k] << " to " << power[k];
+                const bool speech = state.smoothed[k] > state.delta * state.minimum[k];
+                const Real presence = state.alphaP * Real{p[k]} + (speech ? 1 - Real{state.alphaP} : 0);
+                ASSERT_LE(test::ulpError(state.presence[k], presence), 2.5) << p[k] << (speech ? " up" : " down");
+                const Real a = state.alphaD + (1 - Real{state.alphaD}) * state.presence[k];
+                ASSERT_LE(test::ulpError(noise[k], a * n[k] + (1 - a) * power[k]), 3.5) << n[k] << " to " << power[k];
+            }
+        }
+    }
+}
+
 // ---- gains ---------------------------------------------------------------------------------------------------------
 
 constexpr Real kUnitSnr = 0x1p-15L, kUnitGain = 0x1p31L;
