@@ -27,8 +27,9 @@ KELS_API KelStatus kelsUpdateGConst_64f(const Kel64f* pIVar, int len, Kel64f* pD
 KELS_API KelStatus kelsUpdateGConst_DirectVar_32f(const Kel32f* pVar, int len, Kel32f* pDet);
 KELS_API KelStatus kelsUpdateGConst_DirectVar_64f(const Kel64f* pVar, int len, Kel64f* pDet);
 
-/* pGConst[i] = pLogWeight[i] - pDet[i] / 2; _I: from det in place.  The integer forms round the half upward
- * (det 3 subtracts 2, det -3 subtracts -1) and saturate.  Checks: a null pointer -8; len below 1 -6.
+/* pGConst[i] = pLogWeight[i] - pDet[i] / 2; _I: from det in place.  Arrays may overlap in any way: element follows
+ * element, as in a loop.  The integer forms round the half upward (det 3 subtracts 2, det -3 subtracts -1) and
+ * saturate.  Checks: a null pointer -8; len below 1 -6.
  */
 KELS_API KelStatus kelsOutProbPreCalc_32f(const Kel32f* pLogWeight, const Kel32f* pDet, Kel32f* pGConst, int len);
 KELS_API KelStatus kelsOutProbPreCalc_64f(const Kel64f* pLogWeight, const Kel64f* pDet, Kel64f* pGConst, int len);

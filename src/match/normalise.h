@@ -8,6 +8,7 @@
 #include "core/vector/extrema.h"
 #include "core/vector/fill_copy.h"
 #include "core/scaling.h"
+#include "core/simd/in_order.h"
 #include "core/simd/vec.h"
 #include "kels/types.h"
 
@@ -67,7 +68,7 @@ void normalise(const S* src, D* dst, std::size_t len, Kel32f mn, Kel32f mx, cons
     const Kel32f scale = cuts.range / (cuts.high * d - cuts.low * d);
     const auto op = [=](const V& x) { return V(greaterOf(lesserOf(x, V(high)) - low, V(0.0f)) * scale); };
     if constexpr (std::is_same_v<D, Kel32f>) {
-        map(dst, len, op, 0.0f, src);
+        mapInOrder(dst, len, op, 0.0f, src);
     } else {
         Kel32f chunk[kNormaliseChunk];
         const NearestScope scope;

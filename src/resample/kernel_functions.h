@@ -1,4 +1,5 @@
-// Element-wise kernels of interpolation and of windows: sin(x) / x and exp(-x^2).  dst may be src.
+// Element-wise kernels of interpolation and of windows: sin(x) / x and exp(-x^2).
+// Arrays of one type may overlap in any way.
 #pragma once
 
 #include <cstddef>
@@ -6,6 +7,7 @@
 #include "core/scaling.h"
 #include "core/simd/vec.h"
 #include "core/simd/elementary.h"
+#include "core/simd/in_order.h"
 #include "kels/types.h"
 
 namespace kels {
@@ -35,7 +37,7 @@ Vec<T> gaussianOf(const Vec<T>& x) {
 template <class D, class Op>
 void mapRounded(const D* src, D* dst, std::size_t len, Op op) {
     const NearestScope scope;
-    map(dst, len, op, D(), src);
+    mapInOrder(dst, len, op, D(), src);
 }
 template <class Op>
 void mapRounded(const Kel32f* src, Kel64f* dst, std::size_t len, Op op) {

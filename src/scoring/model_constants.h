@@ -11,6 +11,7 @@
 #include "core/simd/vec.h"
 #include "core/simd/elementary.h"
 #include "core/variance_form.h"
+#include "core/simd/in_order.h"
 
 namespace kels {
 
@@ -44,11 +45,11 @@ KelStatus logDeterminant(const T* v, std::size_t len, T* pDet) {
     return kelStatusOk;
 }
 
-// gConst = logWeight - det / 2; gConst may be det.
+// gConst = logWeight - det / 2, element after element wherever gConst overlaps the others.
 template <class T>
 void gaussianConstants(const T* logWeight, const T* det, T* gConst, std::size_t len) {
-    map(
-        gConst, len, [](const Vec<T>& w, const Vec<T>& x) { return w + x * T(-0.5); }, T(), logWeight, det);
+    const auto constant = [](const Vec<T>& w, const Vec<T>& x) { return w + x * T(-0.5); };
+    mapInOrder(gConst, len, constant, T(), logWeight, det);
 }
 // Half the determinant term is rounded upward.
 inline void gaussianConstants(const Kel32s* logWeight, const Kel32s* det, Kel32s* gConst, std::size_t len) {

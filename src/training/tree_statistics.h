@@ -8,6 +8,7 @@
 
 #include "core/vector/convert.h"
 #include "training/log_product.h"
+#include "core/simd/in_order.h"
 #include "core/simd/vec.h"
 #include "core/variance_form.h"
 #include "kels/types.h"
@@ -16,13 +17,11 @@ namespace kels {
 
 template <VarianceForm form, class T>
 void stateStatistics(const T* mean, const T* var, T* dstSum, T* dstSqr, std::size_t len, T occ) {
-    mapPair(
-        dstSum, dstSqr, len,
-        [occ](const Vec<T>& m, const Vec<T>& v) {
-            const Vec<T> direct = form == VarianceForm::Inverse ? T(1) / v : v;
-            return Pair{Vec<T>(m * occ), Vec<T>((m * m + direct) * occ)};
-        },
-        T(1), mean, var);
+    const auto moments = [occ](const Vec<T>& m, const Vec<T>& v) {
+        const Vec<T> direct = form == VarianceForm::Inverse ? T(1) / v : v;
+        return Pair{Vec<T>(m * occ), Vec<T>((m * m + direct) * occ)};
+    };
+    mapPairInOrder(dstSum, dstSqr, len, moments, T(1), mean, var);
 }
 
 // In double precision, where the products of floats are exact: the sign of a variance is never a matter of rounding.

@@ -6,6 +6,7 @@
 
 #include "core/vector/fill_copy.h"
 #include "core/scaling.h"
+#include "core/simd/in_order.h"
 #include "core/simd/vec.h"
 #include "core/simd/integers.h"
 #include "core/simd/rows.h"
@@ -28,8 +29,8 @@ constexpr bool vanishing(T occ) {
 
 template <class T>
 void updateMean(const T* meanAcc, T* mean, std::size_t len, T occ) {
-    map(
-        mean, len, [occ](const Vec<T>& m, const Vec<T>& acc) { return m + acc / occ; }, T(), mean, meanAcc);
+    const auto updated = [occ](const Vec<T>& m, const Vec<T>& acc) { return m + acc / occ; };
+    mapInOrder(mean, len, updated, T(), mean, meanAcc);
 }
 
 // dst = x > floor ? x : floor.  Returns whether none was.
@@ -77,14 +78,17 @@ KelStatus updateWeight(const T* wgtAcc, T* wgt, std::size_t len, T* wgtSum, T oc
 
 template <class T>
 void splitGaussian(T* mean1, const T* var1, T* mean2, T* var2, std::size_t len, T val) {
-    copy(var1, var2, len);
-    mapPair(
-        mean1, mean2, len,
-        [val](const Vec<T>& m, const Vec<T>& v) {
-            const Vec<T> s = val * stdx::sqrt(v);
-            return Pair{Vec<T>(m + s), Vec<T>(m - s)};
-        },
-        T(), mean1, var1);
+    const auto apart = [val](const Vec<T>& m, const Vec<T>& v) {
+        const Vec<T> s = val * stdx::sqrt(v);
+        return Pair{Vec<T>(m - s), Vec<T>(m + s)};
+    };
+    const bool overlap = shiftedFromAny(len, mean1, mean2, var1, var2) || shiftedFromAny(len, mean2, var1, var2) ||
+                         shifted<T>(var1, var2, len);
+    const std::size_t step = overlap ? 1 : len;  // arrays that reach into one another go element by element
+    for (std::size_t i = 0; i < len; i += step) {
+        mapPair(mean2 + i, mean1 + i, step, apart, T(), mean1 + i, var1 + i);
+        copy(var1 + i, var2 + i, step);
+    }
 }
 
 // ---- weighted averages ---------------------------------------------------------------------------------------------

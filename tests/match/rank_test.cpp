@@ -3,6 +3,7 @@
 #include <compare>
 #include <numeric>
 
+#include "support/overlap.h"
 #include "support/support.h"
 
 namespace {
@@ -154,6 +155,12 @@ TEST(Normalize, MapsTheSpanBetweenTheCuts) {
     EXPECT_EQ(kelsNormalizeInRange_32f(numberBehind, dst, 2, 0, 1, 1), kelStatusBadArg);
     EXPECT_EQ(kelsNormalizeInRangeMinMax_32f(numberBehind, dst, 2, NAN, 1, 0, 1, 1), kelStatusBadArg);
     EXPECT_EQ(dst[0], 9);
+}
+
+TEST(Normalize, ElementsFollowOneAnotherWhereArraysOverlap) {
+    expectLoopWhereArraysOverlap<Kel32f, 2>([](const auto& p, int len) {
+        kelsNormalizeInRangeMinMax_32f(p[0], p[1], len, 0, 2.9f, 0.1f, 0.9f, 2.7f);
+    });
 }
 
 // ---- unit curve ----------------------------------------------------------------------------------------------------

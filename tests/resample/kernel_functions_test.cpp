@@ -1,5 +1,6 @@
 #include "kels.h"
 #include "support/elements.h"
+#include "support/overlap.h"
 
 namespace {
 
@@ -35,6 +36,14 @@ TEST(KernelFunctions, SinC) {
 TEST(KernelFunctions, ExpNegSqr) {
     expectAccurate([](Real, Real q) { return std::exp(-q); }, 1.1, 1.1, kelsExpNegSqr_32f, kelsExpNegSqr_64f,
                    kelsExpNegSqr_32f64f, apart<kelsExpNegSqr_32f_I>, apart<kelsExpNegSqr_64f_I>);
+}
+
+TEST(KernelFunctions, ElementsFollowOneAnotherWhereArraysOverlap) {
+    const auto of = [](auto f) { return [=](const auto& p, int len) { f(p[0], p[1], len); }; };
+    expectLoopWhereArraysOverlap<Kel32f, 2>(of(kelsSinC_32f));
+    expectLoopWhereArraysOverlap<Kel64f, 2>(of(kelsSinC_64f));
+    expectLoopWhereArraysOverlap<Kel32f, 2>(of(kelsExpNegSqr_32f));
+    expectLoopWhereArraysOverlap<Kel64f, 2>(of(kelsExpNegSqr_64f));
 }
 
 TEST(KernelFunctions, CheckPointersThenLength) {

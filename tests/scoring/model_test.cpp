@@ -2,6 +2,7 @@
 
 #include "support/checks.h"
 #include "support/elements.h"
+#include "support/overlap.h"
 #include "support/rounding.h"
 
 namespace {
@@ -65,6 +66,15 @@ TEST(Model, Constants) {
         return test::saturated<Kel32s>(weight - std::floor((det + 1.0L) / 2));
     };
     test::expectElements(rounded, {.inPlace = true}, kelsOutProbPreCalc_32s, kelsOutProbPreCalc_32s_I);
+}
+
+TEST(Model, ConstantsOfOverlappingArraysFollowOneAnother) {
+    const auto constants = [](auto f) {
+        return [=](const auto& p, int len) { EXPECT_EQ(f(p[0], p[1], p[2], len), 0); };
+    };
+    test::expectLoopWhereArraysOverlap<Kel32f, 3>(constants(kelsOutProbPreCalc_32f));
+    test::expectLoopWhereArraysOverlap<Kel64f, 3>(constants(kelsOutProbPreCalc_64f));
+    test::expectLoopWhereArraysOverlap<Kel32s, 3>(constants(kelsOutProbPreCalc_32s));
 }
 
 TEST(Model, ChecksPointersThenLength) {

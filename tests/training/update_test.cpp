@@ -2,6 +2,7 @@
 
 #include "kels/stats.h"
 #include "support/elements.h"
+#include "support/overlap.h"
 
 namespace {
 
@@ -58,6 +59,19 @@ TYPED_TEST(Update, FormulasToTheBit) {
                    F(DcsClustLAccumulate_DirectVar));
     expectElements([](T m, T v, T, T, int, T occ) { return std::tuple(m * occ, (m * m + 1 / v) * occ); }, options,
                    F(DcsClustLAccumulate));
+}
+
+TYPED_TEST(Update, ElementsFollowOneAnotherWhereArraysOverlap) {
+    using T = TypeParam;
+    expectLoopWhereArraysOverlap<T, 2>([](const auto& p, int len) { F(UpdateMean)(p[0], p[1], len, T(1.7)); });
+    expectLoopWhereArraysOverlap<T, 4>([](const auto& p, int len) {
+        F(GaussianSplit)(p[0], p[1], p[2], p[3], len, T(0.3));
+    });
+    for (const auto statistics : {F(DcsClustLAccumulate), F(DcsClustLAccumulate_DirectVar)}) {
+        expectLoopWhereArraysOverlap<T, 4>([=](const auto& p, int len) {
+            statistics(p[0], p[1], p[2], p[3], len, T(1.7));
+        });
+    }
 }
 
 // Weights that cancel leave the signs.
