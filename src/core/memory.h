@@ -32,35 +32,6 @@ constexpr T roundUp(T n, T multiple) {
     return (n + multiple - 1) / multiple * multiple;
 }
 
-// A row-pointer table and its rows in one block; each row is 32-byte aligned and padded to a multiple of 8 elements.
-// The rows are not cleared.  With rows < 1 the Alloc2 forms return a block without pointers, or null where the size of
-// that block is below 1; RLsAlloc2 returns null for rows or cols below 1.
-Kel32f** Alloc2_32f(int rows, int cols);
-Kel32f** Alloc2_32fd(int rows, int cols);
-Kel32s** Alloc2_32s(int rows, int cols);
-Kel32f** RLsAlloc2(int rows, int cols);
-void Free2(void* array);
-void Free2d(void* array);
-
-// Square blocks on the diagonal of a matrix: this header, the block sizes, the row pointers and the rows in one block.
-// Every row is padded to 16 bytes and starts on a 16-byte boundary.
-template <class T>
-struct BlockMatrix {
-    T** rowPointers;
-    Kel32s* blockSizes;
-    void* rawBlock;  // what kelsFree takes
-    Kel16s blockCount;
-    Kel16s rowCount;
-};
-#if defined(__i386__)
-static_assert(sizeof(BlockMatrix<Kel32f>) == 16);
-#endif
-
-// Null when a size is below 1, the totals do not fit the header's fields, or memory is out.  Rows are not cleared.
-BlockMatrix<Kel16s>* allocMatrix_16s(const Kel32s* sizes, int nBlocks);
-BlockMatrix<Kel32f>* allocMatrix_32f(const Kel32s* sizes, int nBlocks);
-BlockMatrix<Kel64f>* allocMatrix_64f(const Kel32s* sizes, int nBlocks);
-
 // Scratch of `count` elements for the length of a call: on the stack up to N, from the allocator above that.
 template <class T, std::size_t N>
 class Scratch {

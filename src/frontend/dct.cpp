@@ -6,6 +6,7 @@
 
 #include "core/check.h"
 #include "core/memory.h"
+#include "core/row_table.h"
 #include "core/scaling.h"
 #include "kels/core.h"
 

@@ -2,6 +2,7 @@
 
 #include "core/check.h"
 #include "core/memory.h"
+#include "core/row_table.h"
 #include "core/rows.h"
 #include "match/dtw_kernel.h"
 

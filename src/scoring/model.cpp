@@ -117,18 +117,18 @@ KelStatus kelsBlockDMatrixInitAlloc_64f(KelBlockDMatrix_64f** ppMatrix, const Ke
 
 KelStatus kelsBlockDMatrixFree_16s(KelBlockDMatrix_16s* pMatrix) {
     if (anyNull(pMatrix)) return kelStatusNullPtr;
-    kelsFree(blockMatrix(pMatrix)->rawBlock);
+    kelsFree(blocksOf(pMatrix).rawBlock);
     return kelStatusOk;
 }
 
 KelStatus kelsBlockDMatrixFree_32f(KelBlockDMatrix_32f* pMatrix) {
     if (anyNull(pMatrix)) return kelStatusNullPtr;
-    kelsFree(blockMatrix(pMatrix)->rawBlock);
+    kelsFree(blocksOf(pMatrix).rawBlock);
     return kelStatusOk;
 }
 
 KelStatus kelsBlockDMatrixFree_64f(KelBlockDMatrix_64f* pMatrix) {
     if (anyNull(pMatrix)) return kelStatusNullPtr;
-    kelsFree(blockMatrix(pMatrix)->rawBlock);
+    kelsFree(blocksOf(pMatrix).rawBlock);
     return kelStatusOk;
 }

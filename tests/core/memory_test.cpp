@@ -1,4 +1,4 @@
-#include "core/memory.h"
+#include "core/row_table.h"
 
 #include <cstring>
 #include <string>
@@ -65,34 +65,6 @@ TEST(Memory, RowsArePaddedAlignedAndInsideTheBlock) {
     Kel32s** const none = Alloc2_32s(0, 4);
     EXPECT_NE(none, nullptr);
     Free2d(none);
-}
-
-template <class T>
-void checkBlockMatrix(BlockMatrix<T>* (*alloc)(const Kel32s*, int), std::ptrdiff_t rowBytes3) {
-    const Kel32s sizes[] = {3, 2};
-    BlockMatrix<T>* const m = alloc(sizes, 2);
-    ASSERT_NE(m, nullptr);
-    EXPECT_TRUE(m->blockCount == 2 && m->rowCount == 5 && m->rawBlock == m);
-    EXPECT_TRUE(std::equal(sizes, sizes + 2, m->blockSizes));
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_TRUE(alignedTo(m->rowPointers[i], 16));
-        std::memset(m->rowPointers[i], 0, static_cast<std::size_t>(i < 3 ? 3 : 2) * sizeof(T));
-    }
-    EXPECT_EQ(reinterpret_cast<char*>(m->rowPointers[1]) - reinterpret_cast<char*>(m->rowPointers[0]), rowBytes3);
-    EXPECT_EQ(reinterpret_cast<char*>(m->rowPointers[4]) - reinterpret_cast<char*>(m->rowPointers[3]), 16);
-    kelsFree(m->rawBlock);
-
-    const Kel32s faulty[] = {3, 0};
-    EXPECT_EQ(alloc(faulty, 2), nullptr);
-    std::vector<Kel32s> tooMany(32767, 1);  // with a row more than can be counted
-    tooMany[0] = 2;
-    EXPECT_EQ(alloc(tooMany.data(), 32767), nullptr);
-}
-
-TEST(Memory, BlockMatrices) {
-    checkBlockMatrix<Kel16s>(allocMatrix_16s, 16);
-    checkBlockMatrix<Kel32f>(allocMatrix_32f, 16);
-    checkBlockMatrix<Kel64f>(allocMatrix_64f, 32);
 }
 
 TEST(Version, IsOneConstantRecord) {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/fft/spec.h"
+#include "core/row_table.h"
 #include "frontend/fbank/build.h"
 
 namespace kels {

@@ -10,18 +10,9 @@
 #include "core/scaling.h"
 #include "kels/core.h"
 #include "kels/model.h"
+#include "scoring/block_matrix.h"
 
 namespace kels {
-
-inline const BlockMatrix<Kel16s>& blocksOf(const KelBlockDMatrix_16s* matrix) {
-    return *reinterpret_cast<const BlockMatrix<Kel16s>*>(matrix);
-}
-inline const BlockMatrix<Kel32f>& blocksOf(const KelBlockDMatrix_32f* matrix) {
-    return *reinterpret_cast<const BlockMatrix<Kel32f>*>(matrix);
-}
-inline const BlockMatrix<Kel64f>& blocksOf(const KelBlockDMatrix_64f* matrix) {
-    return *reinterpret_cast<const BlockMatrix<Kel64f>*>(matrix);
-}
 
 // Scratch for the differences: on the stack below 112 components.
 template <class Difference>
