@@ -9,7 +9,7 @@
 
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::training {
 
 // What products are formed and summed in: extended precision, or exactly.
 template <class T>
@@ -54,4 +54,4 @@ void accumulateCovariance(const Rows& rows, int height, const T* mean, const Mat
     accumulateCovariance<4>(rows, height, mean, dst, width, val);
 }
 
-}  // namespace kels
+}  // namespace kels::training

@@ -7,13 +7,14 @@
 #include <cstddef>
 #include <limits>
 
+#include "core/constants.h"
+#include "core/simd/vec.h"
 #include "core/vector/convert.h"
 #include "core/vector/fill_copy.h"
-#include "training/log_product.h"
-#include "core/simd/vec.h"
 #include "kels/types.h"
+#include "training/log_product.h"
 
-namespace kels {
+namespace kels::training {
 
 inline constexpr std::size_t kPairChunk = 64;
 
@@ -30,7 +31,6 @@ Gaussian(const T*, const T*) -> Gaussian<T>;
 // parameters up to the first component that has no logarithm and decides the status.
 template <class T, class Keep>
 KelStatus mergedDeterminant(Gaussian<T> a, Gaussian<T> b, std::size_t len, T wgt1, T wgt2, Kel64f* det, Keep keep) {
-    constexpr Kel64f kLn2Pi = 1.8378770664093;  // 13 decimals and no more, as in the constants of stored models
     const T total = wgt1 + wgt2;
     const auto merge = [=](const Vec<T>& m1, const Vec<T>& v1, const Vec<T>& m2, const Vec<T>& v2) {
         const Vec<T> m = (wgt1 * m1 + wgt2 * m2) / total;
@@ -49,7 +49,7 @@ KelStatus mergedDeterminant(Gaussian<T> a, Gaussian<T> b, std::size_t len, T wgt
             return zero ? kelStatusLogZero : kelStatusLogNegative;
         }
     }
-    *det = static_cast<Kel64f>(len) * kLn2Pi - product.logarithm();
+    *det = static_cast<Kel64f>(len) * kLn2PiOfModels - product.logarithm();
     return kelStatusOk;
 }
 
@@ -153,4 +153,4 @@ KelStatus bhattacharyya(Gaussian<Kel32f> a, Gaussian<Kel32f> b, std::size_t len,
     return status;
 }
 
-}  // namespace kels
+}  // namespace kels::training

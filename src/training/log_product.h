@@ -7,10 +7,11 @@
 #include <functional>
 #include <limits>
 
+#include "core/constants.h"
 #include "core/simd/vec.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::training {
 
 class LogProduct {
   public:
@@ -31,7 +32,6 @@ class LogProduct {
     }
 
     Kel64f logarithm() const {
-        constexpr Kel64f kLn2 = 0.693147180559945309417;
         const auto exponent = static_cast<int64_t>(stdx::reduce(exponents_)) - kBias * factors_;
         const Kel64f product = stdx::reduce(product_, std::multiplies<>());
         return static_cast<Kel64f>(exponent) * kLn2 + std::log(product) + apart_;
@@ -67,4 +67,4 @@ class LogProduct {
     Kel64f apart_ = 0;     // logarithms taken one by one
 };
 
-}  // namespace kels
+}  // namespace kels::training

@@ -4,11 +4,11 @@
 #include <cstddef>
 
 #include "core/scaling.h"
-#include "core/simd/vec.h"
 #include "core/simd/integers.h"
+#include "core/simd/vec.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::training {
 
 // Adds the moments about `mean` of one more vector, which counts `val`.
 template <class T>
@@ -43,4 +43,4 @@ inline void varianceFromSums(const Kel32s* mean, const Kel32s* var, Kel32s* dst,
         0, mean, var);
 }
 
-}  // namespace kels
+}  // namespace kels::training

@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "core/vector/fill_copy.h"
 #include "core/scaling.h"
 #include "core/simd/vec.h"
+#include "core/vector/fill_copy.h"
 #include "kels/types.h"
 #include "training/columns/sums.h"
 
-namespace kels {
+namespace kels::columns {
 
 inline Kel32f reciprocal(int n) {
     return static_cast<Kel32f>(1.0 / n);
@@ -183,4 +183,4 @@ void fixedColumnMeansAndVariances(const Rows& rows, int height, int width, M* me
                     });
 }
 
-}  // namespace kels
+}  // namespace kels::columns

@@ -15,7 +15,7 @@
 #include "core/simd/vec.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::columns {
 
 // ---- elements ------------------------------------------------------------------------------------------------------
 
@@ -207,4 +207,4 @@ void exactColumnSums(const Rows& rows, int height, int width, Finish finish) {
     });
 }
 
-}  // namespace kels
+}  // namespace kels::columns

@@ -6,14 +6,15 @@
 #include <cstddef>
 #include <limits>
 
-#include "core/vector/convert.h"
-#include "training/log_product.h"
+#include "core/constants.h"
 #include "core/simd/in_order.h"
 #include "core/simd/vec.h"
 #include "core/variance_form.h"
+#include "core/vector/convert.h"
 #include "kels/types.h"
+#include "training/log_product.h"
 
-namespace kels {
+namespace kels::training {
 
 template <VarianceForm form, class T>
 void stateStatistics(const T* mean, const T* var, T* dstSum, T* dstSqr, std::size_t len, T occ) {
@@ -27,11 +28,10 @@ void stateStatistics(const T* mean, const T* var, T* dstSum, T* dstSqr, std::siz
 // In double precision, where the products of floats are exact: the sign of a variance is never a matter of rounding.
 template <class T>
 KelStatus clusterLikelihood(const T* sum, const T* sqr, std::size_t len, Kel64f* dst, Kel64f occ) {
-    constexpr Kel64f kOnePlusLn2Pi = 2.8378770664093453;
-    constexpr Kel64f kNothing = -1e10;
+    constexpr Kel64f kOfNoData = -1e10;
     constexpr std::size_t kChunk = 64;
     if (occ == 0) {
-        *dst = kNothing;
+        *dst = kOfNoData;
         return kelStatusZeroOcc;
     }
     LogProduct product;
@@ -55,8 +55,8 @@ KelStatus clusterLikelihood(const T* sum, const T* sqr, std::size_t len, Kel64f*
         *dst = -std::numeric_limits<Kel64f>::infinity();
         return kelStatusLogZero;
     }
-    *dst = 0.5 * occ * (static_cast<Kel64f>(len) * (2 * std::log(occ) - kOnePlusLn2Pi) - product.logarithm());
+    *dst = 0.5 * occ * (static_cast<Kel64f>(len) * (2 * std::log(occ) - (1 + kLn2Pi)) - product.logarithm());
     return kelStatusOk;
 }
 
-}  // namespace kels
+}  // namespace kels::training

@@ -4,26 +4,15 @@
 #include <cstddef>
 #include <limits>
 
-#include "core/vector/fill_copy.h"
 #include "core/scaling.h"
 #include "core/simd/in_order.h"
-#include "core/simd/vec.h"
 #include "core/simd/integers.h"
 #include "core/simd/rows.h"
+#include "core/simd/vec.h"
+#include "core/vector/fill_copy.h"
 #include "kels/types.h"
 
-namespace kels {
-
-// ---- occupations ---------------------------------------------------------------------------------------------------
-
-template <class T>
-constexpr bool negative(T occ) {
-    return !(occ >= 0);  // NaN too
-}
-template <class T>
-constexpr bool vanishing(T occ) {
-    return occ <= std::numeric_limits<T>::min();
-}
+namespace kels::training {
 
 // ---- re-estimation -------------------------------------------------------------------------------------------------
 
@@ -33,7 +22,7 @@ void updateMean(const T* meanAcc, T* mean, std::size_t len, T occ) {
     mapInOrder(mean, len, updated, T(), mean, meanAcc);
 }
 
-// dst = x > floor ? x : floor.  Returns whether none was.
+// x > floor ? x : floor, lane by lane; the status tells whether every lane was raised to its floor.
 template <class T>
 class Floored {
   public:
@@ -152,4 +141,4 @@ inline KelStatus weightedAverage(const Kel16s* src1, const Kel16s* src2, Kel16s*
     return kelStatusOk;
 }
 
-}  // namespace kels
+}  // namespace kels::training
