@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/check.h"
+#include "core/memory.h"
 #include "scoring/block_matrix.h"
 #include "scoring/model_constants.h"
 
