@@ -1,6 +1,6 @@
 // denoise: takes steady noise out of a recording, a frame at a time, as it would from a microphone.
 //
-// usage: denoise IN OUT        any format that libsndfile reads, 8 to 48 kHz; OUT becomes a WAV file
+// usage: denoise IN OUT        any format that libsndfile reads, 8 to 48 kHz; OUT becomes a WAV file when all is done
 //
 // Each frame of 32 ms is windowed and transformed.  The power spectrum of the noise is estimated by minima-controlled
 // recursive averaging, the signal-to-noise ratio of each bin by the decision-directed rule, and the Ephraim-Malah gain
@@ -15,6 +15,8 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "common/sound_output.h"
 
 namespace {
 
@@ -125,20 +127,11 @@ class Denoiser {
     Signal power_, noise_, post_, prior_, gain_, clean_, one_;
 };
 
-struct Close {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-using File = std::unique_ptr<SNDFILE, Close>;
-
-File open(const char* name, int mode, SF_INFO& info) {
-    File file(sf_open(name, mode, &info));
-    if (!file) throw std::runtime_error(std::string(name) + ": " + sf_strerror(nullptr));
-    return file;
-}
-
 void denoise(const char* from, const char* to) {
     SF_INFO info{};
-    const File in = open(from, SFM_READ, info);
+    const common::SoundFile in(sf_open(from, SFM_READ, &info));
+    if (!in) throw std::runtime_error(std::string(from) + ": " + sf_strerror(nullptr));
+    common::refuseToOverwrite(from, to);
     if (info.samplerate < 8000 || info.samplerate > 48000)
         throw std::runtime_error(std::string(from) + ": is not sampled at 8 to 48 kHz");
     std::vector<Denoiser> channels;
@@ -147,8 +140,7 @@ void denoise(const char* from, const char* to) {
     SF_INFO outInfo = info;
     outInfo.format = SF_FORMAT_WAV | (info.format & SF_FORMAT_SUBMASK);
     if (!sf_format_check(&outInfo)) outInfo.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    const File out = open(to, SFM_WRITE, outInfo);
-    sf_command(out.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    common::SoundOutput out(to, outInfo);
 
     const int hop = channels[0].hop();
     Signal block(static_cast<std::size_t>(hop) * info.channels), one(hop);
@@ -168,11 +160,11 @@ void denoise(const char* from, const char* to) {
             continue;
         }
         const sf_count_t count = std::min<sf_count_t>(hop, wanted);
-        if (sf_writef_float(out.get(), block.data(), count) != count)
-            throw std::runtime_error(std::string(to) + ": cannot be written");
+        out.write(block.data(), count);
         wanted -= count;
     }
     if (sf_error(in.get()) != SF_ERR_NO_ERROR) throw std::runtime_error(std::string(from) + ": is damaged");
+    out.finish();
 }
 
 }  // namespace

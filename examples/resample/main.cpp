@@ -7,16 +7,14 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <iostream>
 #include <limits>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
+#include "common/sound_output.h"
 #include "stream.h"
 
 namespace {
@@ -76,51 +74,6 @@ Job parse(int argc, char** argv) {
     return job;
 }
 
-struct CloseFile {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-using File = std::unique_ptr<SNDFILE, CloseFile>;
-
-// The output under a name of its own until it is complete; it vanishes if that never happens.  Devices are written as
-// they are.
-class Output {
-  public:
-    Output(std::string path, SF_INFO info) : path_(std::move(path)) {
-        std::error_code ignored;
-        const auto there = std::filesystem::status(path_, ignored);
-        if (!std::filesystem::exists(there) || std::filesystem::is_regular_file(there)) temporary_ = path_ + ".part";
-        file_.reset(sf_open((temporary_.empty() ? path_ : temporary_).c_str(), SFM_WRITE, &info));
-        if (!file_) throw std::runtime_error(path_ + ": cannot be written: " + sf_strerror(nullptr));
-        sf_command(file_.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
-    }
-    ~Output() {
-        file_.reset();
-        std::error_code ignored;
-        if (!temporary_.empty()) std::filesystem::remove(temporary_, ignored);
-    }
-    Output(const Output&) = delete;
-    Output& operator=(const Output&) = delete;
-
-    void write(const std::vector<float>& samples, int channels) {
-        const auto frames = static_cast<sf_count_t>(samples.size()) / channels;
-        if (sf_writef_float(file_.get(), samples.data(), frames) != frames) fail(sf_strerror(file_.get()));
-    }
-    void finish() {
-        if (sf_close(file_.release()) != 0) fail("closing failed");
-        if (temporary_.empty()) return;
-        std::error_code error;
-        std::filesystem::rename(temporary_, path_, error);
-        if (error) fail(error.message());
-        temporary_.clear();
-    }
-
-  private:
-    [[noreturn]] void fail(const std::string& why) { throw std::runtime_error(path_ + ": cannot be written: " + why); }
-
-    std::string path_, temporary_;
-    File file_;
-};
-
 // A bar on standard error, if that is a terminal.
 class Progress {
   public:
@@ -151,20 +104,18 @@ class Progress {
 
 void convert(const Job& job) {
     SF_INFO info{};
-    const File input(sf_open(job.in.c_str(), SFM_READ, &info));
+    const common::SoundFile input(sf_open(job.in.c_str(), SFM_READ, &info));
     if (!input) throw std::runtime_error(job.in + ": cannot be read as audio: " + sf_strerror(nullptr));
     const int inRate = info.samplerate, channels = info.channels;
     if (inRate < 1 || channels < 1)
         throw std::runtime_error(job.in + ": states no valid sampling rate or channel count");
-    std::error_code ignored;
-    if (std::filesystem::equivalent(job.in, job.out, ignored))
-        throw std::runtime_error(job.out + ": is the file to read");
+    common::refuseToOverwrite(job.in, job.out);
 
     const Resampler resampler(inRate, job.rate, job.quality);
     std::vector<Channel> signal(static_cast<std::size_t>(channels), Channel(resampler));
     const sf_count_t headerFrames = info.frames;
     info.samplerate = job.rate;
-    Output output(job.out, info);
+    common::SoundOutput output(job.out, info);
 
     constexpr int block = 8192;
     std::vector<float> frames(static_cast<std::size_t>(block) * signal.size()), one(block), interleaved;
@@ -186,7 +137,7 @@ void convert(const Job& job) {
                 interleaved[i * signal.size() + c] = results[c][i];
                 clipped += std::fabs(results[c][i]) > 1;
             }
-        output.write(interleaved, channels);
+        output.write(interleaved.data(), static_cast<sf_count_t>(count));
         writtenFrames += static_cast<sf_count_t>(count);
     };
     {

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <functional>
 
+#include "common/output_file.h"
 #include "lp_spectrogram.h"
-#include "model_file.h"
 
 namespace words {
 namespace {
@@ -383,7 +383,7 @@ void drawAnalysis(const std::filesystem::path& picture, const std::string& title
     drawColourBar(page, panel, -kShownDeviations, kShownDeviations, "standard deviations", aroundZero);
 
     try {
-        writeFile(picture, page.finish());
+        common::writeFile(picture, page.finish());
     } catch (const std::runtime_error& error) {
         throw UnwritablePicture(error.what());
     }

@@ -4,6 +4,8 @@
 #include <set>
 #include <sstream>
 
+#include "common/output_file.h"
+
 namespace words {
 namespace {
 
@@ -34,6 +36,7 @@ Corpus loadCorpusFor(std::string_view kind, const std::filesystem::path& folder,
 
 bool learn(std::string_view kind, const std::filesystem::path& folder, const std::filesystem::path& modelFile,
            Team& team, std::ostream& log) {
+    for (const auto& file : listRecordings(folder)) common::refuseToOverwrite(file.path, modelFile);
     Corpus corpus = loadCorpusFor(kind, folder, team);
     for (const auto& complaint : corpus.complaints) std::cerr << "words: " << complaint << '\n';
     std::vector<double> counts{static_cast<double>(corpus.utterances.size()),

@@ -7,6 +7,7 @@
 #include <span>
 #include <string_view>
 
+#include "common/output_file.h"
 #include "corpus.h"
 #include "draw.h"
 #include "evaluate.h"
@@ -179,6 +180,7 @@ int show(const Arguments& arguments) {
     const std::string& file = arguments.onlyOperand("recording");
     const std::string picture = arguments.requiredOption("-o");
     if (!canDraw(picture)) throw UsageError("the picture's name must end in .png or .svg");
+    common::refuseToOverwrite(file, picture);
     const Recording recording = readRecording(file);
     try {
         const FrontEnd frontEnd(recording.rate);

@@ -1,9 +1,5 @@
 #include "model_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <array>
 #include <bit>
 #include <cerrno>
@@ -11,7 +7,8 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <utility>
+
+#include "common/output_file.h"
 
 namespace words {
 namespace {
@@ -36,41 +33,6 @@ std::uint64_t checksum(std::string_view bytes) {
     std::uint64_t hash = 0xCBF29CE484222325U;
     for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
     return hash;
-}
-
-[[noreturn]] void failed(const std::filesystem::path& file, const char* what) {
-    throw std::runtime_error(file.string() + ": " + what + ": " + std::strerror(errno));
-}
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return number_; }
-    bool close() { return ::close(std::exchange(number_, -1)) == 0; }
-
-  private:
-    int number_;
-};
-
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
-// Writes the bytes and makes sure of them; false with errno set if that fails.
-bool writeThrough(Descriptor& output, std::string_view bytes, bool synchronise) {
-    return output.get() >= 0 && writeAll(output.get(), bytes) && (!synchronise || fsync(output.get()) == 0) &&
-           output.close();
 }
 
 }  // namespace
@@ -122,39 +84,16 @@ void ModelReader::expectEnd() const {
     if (position_ != bytes_.size()) throw DamagedModel("more follows than it should");
 }
 
-void writeFile(const std::filesystem::path& file, std::string_view bytes) {
-    std::error_code error;
-    const auto status = std::filesystem::status(file, error);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        // A pipe or a terminal, which cannot be replaced by renaming.
-        Descriptor output(open(file.c_str(), O_WRONLY | O_CLOEXEC));
-        if (!writeThrough(output, bytes, false)) failed(file, "cannot be written");
-        return;
-    }
-    std::string temporary = file.string() + ".XXXXXX";
-    Descriptor output(mkstemp(temporary.data()));
-    if (output.get() < 0) failed(file, "cannot be written");
-    const mode_t mask = umask(0);  // mkstemp gives the file to its owner only
-    umask(mask);
-    if (fchmod(output.get(), 0666 & ~mask) != 0 || !writeThrough(output, bytes, true) ||
-        rename(temporary.c_str(), file.c_str()) != 0) {
-        const int reason = errno;
-        unlink(temporary.c_str());
-        errno = reason;
-        failed(file, "cannot be written");
-    }
-}
-
 void writeModelFile(const std::filesystem::path& file, const ModelWriter& writer) {
     std::string bytes(kMagic);
     appendLittleEndian(bytes, writer.bytes().size(), kNumber);
     appendLittleEndian(bytes, checksum(writer.bytes()), kNumber);
-    writeFile(file, bytes.append(writer.bytes()));
+    common::writeFile(file, bytes.append(writer.bytes()));
 }
 
 ModelReader readModelFile(const std::filesystem::path& file) {
     std::ifstream input(file, std::ios::binary);
-    if (!input) failed(file, "cannot be opened");
+    if (!input) throw std::runtime_error(file.string() + ": cannot be opened: " + std::strerror(errno));
     // The header first, so that a large file of another kind is not read to its end.
     std::array<char, kMagic.size() + 2 * kNumber> header{};
     input.read(header.data(), header.size());

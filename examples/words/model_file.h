@@ -1,4 +1,4 @@
-// Model files: a checksum over everything, bounds-checked reading, and writing that leaves a whole file or none.
+// Model files: a checksum over everything, and reading that checks every bound.
 #ifndef WORDS_MODEL_FILE_H
 #define WORDS_MODEL_FILE_H
 
@@ -43,11 +43,8 @@ class ModelReader {
     std::size_t position_ = 0;
 };
 
-// Writes beside the destination and renames, so that a failure leaves the destination as it was.
-// Throws std::runtime_error with a message that names the file.
-void writeFile(const std::filesystem::path& file, std::string_view bytes);
-
-// The contents with header and checksum around them.
+// The contents with header and checksum around them.  Throws std::runtime_error with a message that names the file, which
+// then is as it was.
 void writeModelFile(const std::filesystem::path& file, const ModelWriter& writer);
 // Throws DamagedModel with a message that names the file if it is not a whole model file of this version.
 ModelReader readModelFile(const std::filesystem::path& file);
