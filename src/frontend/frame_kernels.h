@@ -1,4 +1,5 @@
-// Frame conditioning: the offset filter, counts over neighbouring samples, energies against their maximum.
+// Frame conditioning: the offset filter, the mean, energies against their maximum, counts over neighbouring samples, and
+// the copy into a longer frame.
 #pragma once
 
 #include <algorithm>
@@ -7,12 +8,14 @@
 #include <limits>
 #include <type_traits>
 
+#include "core/check.h"
 #include "core/scaling.h"
-#include "core/simd/vec.h"
 #include "core/simd/integers.h"
+#include "core/simd/vec.h"
+#include "core/vector/fill_copy.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::frame {
 
 // ---- offset compensation -------------------------------------------------------------------------------------------
 
@@ -90,7 +93,7 @@ inline int64_t sumOf(const Kel16s* x, int len) {
 inline void zeroMean(Kel16s* srcDst, int len) {
     const auto mean = static_cast<Kel16s>(divideHalfAway(sumOf(srcDst, len), len));
     const auto lessMean = [m = Vec<Kel16s>(mean)](const Vec<Kel16s>& x) { return subSaturated(x, m); };
-    map(srcDst, static_cast<std::size_t>(len), lessMean, Kel16s{0}, srcDst);
+    map(srcDst, toSize(len), lessMean, Kel16s{0}, srcDst);
 }
 
 // ---- energy normalisation ------------------------------------------------------------------------------------------
@@ -128,7 +131,7 @@ int64_t countChanges(const T* x, int len, Changes changes) {
     using Count = decltype(changes(Vec<T>(), Vec<T>()));
     constexpr std::size_t w = lanes<T>;
     constexpr std::size_t kPart = 16383 / w * w - w;  // so many and a vector more, times -2, fit 16 bits
-    const auto pairs = static_cast<std::size_t>(len) - 1;
+    const auto pairs = toSize(len) - 1;
     if (pairs < w) return -int64_t{stdx::reduce(changes(loadPart(x, pairs), loadPart(x + 1, pairs)))};
     const std::size_t rest = pairs % w;
     int64_t count = 0;
@@ -170,4 +173,12 @@ inline int64_t countSignBitChanges(const Kel32f* x, int len) {
     return countChanges(x, len, [](const auto& a, const auto& b) { return signBits(a) ^ signBits(b); });
 }
 
-}  // namespace kels
+// ---- copy with padding ---------------------------------------------------------------------------------------------
+
+template <class T>
+void copyWithPadding(const T* src, std::size_t lenSrc, T* dst, std::size_t lenDst) {
+    copy(src, dst, lenSrc);
+    zero(dst + lenSrc, lenDst - lenSrc);
+}
+
+}  // namespace kels::frame

@@ -1,4 +1,7 @@
 // The detectors and the state machine of voice activity detection.
+//
+// Each detector compares one number of the frame with a noise level of its own, which follows that number as long as it
+// looks like noise.  Their answers enter a history of seven frames, and the decision is about its oldest entry.
 #pragma once
 
 #include <algorithm>
@@ -8,24 +11,26 @@
 
 #include "kels/vad.h"
 
-namespace kels {
+namespace kels::vad {
 
-inline constexpr std::size_t kVadMel = 25, kVadSpec = 64, kVadHistory = 7;
-inline constexpr Kel32s kVadLearning = 15;       // thresholds take the largest value before this frame
-inline constexpr Kel32s kVadFirstDecision = 11;  // the frame that gives the first decision
-inline constexpr Kel32s kVadEarly = 36;          // a long hangover before this frame makes the later ones longer
-inline constexpr Kel32s kVadFirstHang = 23, kVadLaterHang = 40, kVadShortHang = 5;
-inline constexpr int kVadRun = 3, kVadLongRun = 4, kVadExternalRun = 5;
+using State = KelVADState_Aurora;
 
-inline KelVADState_Aurora initialVadState() {
-    KelVADState_Aurora state = {};
+inline constexpr std::size_t kMel = 25, kSpec = 64, kHistory = 7;
+inline constexpr Kel32s kLearning = 15;       // thresholds take the largest value before this frame
+inline constexpr Kel32s kFirstDecision = 11;  // the frame that gives the first decision
+inline constexpr Kel32s kEarly = 36;          // a long hangover before this frame makes the later ones longer
+inline constexpr Kel32s kFirstHang = 23, kLaterHang = 40, kShortHang = 5;
+inline constexpr int kRun = 3, kLongRun = 4, kExternalRun = 5;
+
+inline State initialState() {
+    State state = {};
     state.flushStop = -1;
-    state.longHang = kVadFirstHang;
+    state.longHang = kFirstHang;
     return state;
 }
 
 // Streams of more frames than an int counts stay at its largest value, where nothing depends on it any more.
-inline void countFrame(KelVADState_Aurora& s) {
+inline void countFrame(State& s) {
     if (s.frameCount < std::numeric_limits<Kel32s>::max()) ++s.frameCount;
 }
 
@@ -41,27 +46,27 @@ inline Kel32f raised(Kel32f level, Kel64f value) {
 }
 
 template <class T>
-void detectVariance(KelVADState_Aurora& s, const T* spec) {
+void detectVariance(State& s, const T* spec) {
     Kel64f sum = 0, squares = 0;
-    for (std::size_t i = 0; i < kVadSpec; ++i) {
+    for (std::size_t i = 0; i < kSpec; ++i) {
         const Kel64f x = spec[i];
         sum += x;
         squares += x * x;
     }
-    const Kel64f var = squares / kVadSpec - sum * sum / (kVadSpec * kVadSpec);
-    if (s.frameCount < kVadLearning) s.thrVar = raised(s.thrVar, var);
+    const Kel64f var = squares / kSpec - sum * sum / (kSpec * kSpec);
+    if (s.frameCount < kLearning) s.thrVar = raised(s.thrVar, var);
     s.thrVar = followed(s.thrVar, var, 0.85);
     if (var < 0.25 * s.thrVar) s.thrVar = sunk(s.thrVar, var);
     s.varFlag = var > 1.65 * s.thrVar;
 }
 
 template <class T>
-void detectEnergy(KelVADState_Aurora& s, const T* mel) {
+void detectEnergy(State& s, const T* mel) {
     Kel64f sum = 0;
-    for (std::size_t i = 0; i < kVadMel; ++i) sum += mel[i];
+    for (std::size_t i = 0; i < kMel; ++i) sum += mel[i];
     const Kel64f e = sum * sum - 3;
     if (s.frameCount == 1) s.thrMel = static_cast<Kel32f>(e);
-    if (s.frameCount < kVadLearning) {
+    if (s.frameCount < kLearning) {
         s.meanMel = static_cast<Kel32f>(1.1 * ((s.frameCount - 1) * Kel64f{s.meanMel} + e) / s.frameCount);
         if (e / s.meanMel > 2.5) s.startTrigger = 1;
         if (s.startTrigger == 0) s.thrMel = raised(s.thrMel, e);
@@ -72,53 +77,53 @@ void detectEnergy(KelVADState_Aurora& s, const T* mel) {
 }
 
 template <class T>
-void detectLowBand(KelVADState_Aurora& s, const T* mel) {
+void detectLowBand(State& s, const T* mel) {
     Kel64f sum = 0;
     for (std::size_t i = 1; i <= 3; ++i) sum += mel[i];
     s.band = static_cast<Kel32f>(sum / 3);
     const Kel64f b = 0.75 * s.band + 0.25 * s.prevBand;
     s.prevBand = s.band;
-    if (s.frameCount < kVadLearning) s.thrSpec = raised(s.thrSpec, b);
+    if (s.frameCount < kLearning) s.thrSpec = raised(s.thrSpec, b);
     s.thrSpec = followed(s.thrSpec, b, 0.75);
     if (b <= 0.5 * s.thrSpec) s.thrSpec = sunk(s.thrSpec, b);
     s.specFlag = b > 3.25 * s.thrSpec;
 }
 
 // Moves to the oldest entry, which becomes the newest.
-inline void turnHistory(KelVADState_Aurora& s) {
-    s.histIdx = static_cast<Kel32s>((static_cast<uint32_t>(s.histIdx) + 1) % kVadHistory);
+inline void turnHistory(State& s) {
+    s.histIdx = static_cast<Kel32s>((static_cast<uint32_t>(s.histIdx) + 1) % kHistory);
 }
 
 // The longest run of active frames, from the oldest entry to the newest.
-inline int longestRun(const KelVADState_Aurora& s) {
+inline int longestRun(const State& s) {
     int run = 0, longest = 0;
-    for (std::size_t i = 1; i <= kVadHistory; ++i) {
-        run = s.history[(static_cast<uint32_t>(s.histIdx) + i) % kVadHistory] == 1 ? run + 1 : 0;
+    for (std::size_t i = 1; i <= kHistory; ++i) {
+        run = s.history[(static_cast<uint32_t>(s.histIdx) + i) % kHistory] == 1 ? run + 1 : 0;
         longest = std::max(longest, run);
     }
     return longest;
 }
 
-inline void startLongHang(KelVADState_Aurora& s) {
+inline void startLongHang(State& s) {
     s.hangCount = s.longHang;
-    if (s.frameCount < kVadEarly) s.longHang = kVadLaterHang;
+    if (s.frameCount < kEarly) s.longHang = kLaterHang;
 }
 
 template <class T>
-int decideVad(KelVADState_Aurora& s, const T* mel, const T* spec, int extCount) {
+int decide(State& s, const T* mel, const T* spec, int extCount) {
     countFrame(s);
     detectVariance(s, spec);
     detectEnergy(s, mel);
     detectLowBand(s, mel);
-    if (s.frameCount < kVadFirstDecision) return kelVadPending;
+    if (s.frameCount < kFirstDecision) return kelVadPending;
 
     turnHistory(s);
-    const bool active = s.melFlag != 0 || s.specFlag != 0 || s.varFlag != 0 || extCount >= kVadExternalRun;
+    const bool active = s.melFlag != 0 || s.specFlag != 0 || s.varFlag != 0 || extCount >= kExternalRun;
     s.history[s.histIdx] = active ? 1 : 0;
     const int run = longestRun(s);
-    if (run >= kVadLongRun) startLongHang(s);
-    if (run >= kVadRun) {
-        s.shortCount = kVadShortHang;
+    if (run >= kLongRun) startLongHang(s);
+    if (run >= kRun) {
+        s.shortCount = kShortHang;
         return kelVadSpeech;
     }
     if (s.hangCount != 0) --s.hangCount;
@@ -126,18 +131,18 @@ int decideVad(KelVADState_Aurora& s, const T* mel, const T* spec, int extCount) 
     return s.shortCount != 0 || s.hangCount != 0 ? kelVadSpeech : kelVadNoise;
 }
 
-inline int flushVad(KelVADState_Aurora& s) {
+inline int flush(State& s) {
     countFrame(s);
     if (s.flushStop == s.histIdx) return kelVadPending;  // all has been told
     if (s.flushStop == -1) s.flushStop = s.histIdx;
     turnHistory(s);
-    if (s.histIdx == s.flushStop || s.frameCount < kVadFirstDecision) return kelVadPending;
+    if (s.histIdx == s.flushStop || s.frameCount < kFirstDecision) return kelVadPending;
     const int run = longestRun(s);
-    if (run >= kVadLongRun) startLongHang(s);
-    if (run >= kVadRun) s.shortCount = kVadShortHang;
+    if (run >= kLongRun) startLongHang(s);
+    if (run >= kRun) s.shortCount = kShortHang;
     --s.hangCount;
     --s.shortCount;
-    return s.shortCount >= 1 || s.hangCount >= 1 || run >= kVadRun ? kelVadSpeech : kelVadNoise;
+    return s.shortCount >= 1 || s.hangCount >= 1 || run >= kRun ? kelVadSpeech : kelVadNoise;
 }
 
-}  // namespace kels
+}  // namespace kels::vad
