@@ -2,9 +2,18 @@
 # the library, where the system's loader prefers them on a machine that can run them.
 include(CMakePackageConfigHelpers)
 
+# `cmake --build ... --target uninstall` removes what the last installation from this build folder wrote.
+if(PROJECT_IS_TOP_LEVEL)
+  add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -DMANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt
+                                      -P ${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake)
+endif()
+
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kels)
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(TARGETS kels EXPORT kels-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(KELS_STATIC)
+  install(TARGETS kels_static EXPORT kels-targets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 install(EXPORT kels-targets NAMESPACE kels:: DESTINATION ${package_dir})
 if(KELS_HWCAPS)
   foreach(level x86-64-v3 x86-64-v4)
@@ -13,7 +22,7 @@ if(KELS_HWCAPS)
 endif()
 
 configure_package_config_file(cmake/kels-config.cmake.in kels-config.cmake INSTALL_DESTINATION ${package_dir})
-write_basic_package_version_file(kels-config-version.cmake COMPATIBILITY SameMajorVersion)
+configure_file(cmake/kels-config-version.cmake.in kels-config-version.cmake @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kels-config.cmake ${PROJECT_BINARY_DIR}/kels-config-version.cmake
         DESTINATION ${package_dir})
 

@@ -36,7 +36,8 @@ endfunction()
 # folder.
 # -ffp-contract=off: the order and rounding of operations is part of many contracts; fused operations are written out.
 # -fno-math-errno: the library reports by status, never by errno, and the square root stays one instruction.
-# No exceptions, no RTTI and C linkage of the link step: the result needs libc and libm alone.
+# No exceptions, no RTTI, C linkage of the link step and --as-needed, for CMake names the C++ library to it all the same:
+# the result needs libc and libm alone.
 function(kels_add_library target arch subfolder)
   kels_arch_flags(${arch} arch_flags)
   add_library(${target}_objects OBJECT ${kels_sources})
@@ -47,6 +48,11 @@ function(kels_add_library target arch subfolder)
     ${target}_objects
     PRIVATE ${arch_flags} -ffp-contract=off -fno-math-errno -fno-exceptions -fno-rtti -ffunction-sections
             -Wall -Wextra -Wconversion -Wshadow)
+  # A project that includes this one without a build type would get kernels that are not optimised at all.
+  if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES AND NOT CMAKE_CXX_FLAGS MATCHES "-O")
+    message(STATUS "${target}: no build type is set, so the library is compiled with -O2")
+    target_compile_options(${target}_objects PRIVATE -O2)
+  endif()
   kels_precompile(${target}_objects <core/simd/vec.h>)
 
   set(script ${PROJECT_SOURCE_DIR}/cmake/kelsra6.map)
@@ -60,7 +66,7 @@ function(kels_add_library target arch subfolder)
                LINKER_LANGUAGE C
                LINK_DEPENDS ${script})
   target_link_options(${target} PRIVATE ${arch_flags} -Wl,--version-script=${script} -Wl,-Bsymbolic-functions
-                      -Wl,--gc-sections -Wl,-z,relro -Wl,-z,now)
+                      -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now)
   if(NOT KELS_SANITIZE)
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()
