@@ -12,17 +12,19 @@
 #include <vector>
 
 #include "kels/types.h"
+#include "support/forms.h"
 
 namespace test {
 
 // Places of arguments; -1: the function has none.
 struct Places {
-    int step, height, width;
+    int step = -1, height = -1, width = -1;
 };
 
 // Calls f with every combination of these faults: one of its pointers null, the int at places.step below the width, the
 // one at places.height below leastHeight, the one at places.width 0.  All other ints are good and all floats -1.  Expects
-// the status that comes first in `order` (-8 null, -37 step, -6 a size), and that nothing is written.
+// the status that comes first in `order` (of kelStatusNullPtr, kelStatusStep and kelStatusSize), and that nothing is
+// written.
 template <Places places, class... A>
 void expectChecks(const std::vector<KelStatus>& order, int leastHeight, KelStatus (*f)(A...)) {
     constexpr auto n = static_cast<int>(sizeof...(A));
@@ -49,7 +51,8 @@ void expectChecks(const std::vector<KelStatus>& order, int leastHeight, KelStatu
             }
             (std::make_integer_sequence<int, n>());
             const auto expected = std::find_if(order.begin(), order.end(), [&](KelStatus status) {
-                return status == -8 ? anyNull : status == -37 ? step : height || width;
+                if (status == kelStatusNullPtr) return anyNull;
+                return status == kelStatusStep ? step : height || width;
             });
             if (expected == order.end()) continue;
             EXPECT_EQ(std::apply(f, args), *expected) << "faults " << faults << ", null " << null;
@@ -58,25 +61,28 @@ void expectChecks(const std::vector<KelStatus>& order, int leastHeight, KelStatu
     }
 }
 template <Places places, class... F>
-void expectChecks(const std::vector<KelStatus>& order, int leastHeight, F*... functions) {
-    (expectChecks<places>(order, leastHeight, functions), ...);
+void expectChecks(const std::vector<KelStatus>& order, int leastHeight, const F&... functions) {
+    const auto check = [&](auto* f) { expectChecks<places>(order, leastHeight, f); };
+    (forEachForm(functions, check), ...);
 }
 
 // The same for functions on vectors, whose length is the first int.
 template <class... A>
 void expectVectorChecks(const std::vector<KelStatus>& order, KelStatus (*f)(A...)) {
     constexpr bool ints[] = {std::is_same_v<A, int>...};
-    expectChecks<Places{-1, -1, static_cast<int>(std::find(ints, std::end(ints), true) - ints)}>(order, 1, f);
+    constexpr auto length = static_cast<int>(std::find(ints, std::end(ints), true) - ints);
+    expectChecks<Places{.width = length}>(order, 1, f);
 }
 template <class... F>
-void expectVectorChecks(const std::vector<KelStatus>& order, F*... functions) {
-    (expectVectorChecks(order, functions), ...);
+void expectVectorChecks(const std::vector<KelStatus>& order, const F&... functions) {
+    const auto check = [&](auto* f) { expectVectorChecks(order, f); };
+    (forEachForm(functions, check), ...);
 }
 
 // The same for functions that look at their pointers only, or first.
 template <class... F>
-void expectNullChecks(F*... functions) {
-    (expectChecks<Places{-1, -1, -1}>({-8}, 1, functions), ...);
+void expectNullChecks(const F&... functions) {
+    expectChecks<Places{}>({kelStatusNullPtr}, 1, functions...);
 }
 
 // Sets the argument of f at `place`, then expects the status.

@@ -179,9 +179,9 @@ class ElementTest {
 // Calls each function on guarded arrays and expects that its last output, or as many of them as op gives results, hold
 // op(arguments) with one element in the place of each array.
 template <class Op, class... F>
-void expectElements(const Op& op, const Options& options, F*... functions) {
+void expectElements(const Op& op, const Options& options, const F&... functions) {
     const auto one = [&]<class... A>(KelStatus (*f)(A...)) { ElementTest<Op, A...>(op, options, f).run(); };
-    (one(functions), ...);
+    (forEachForm(functions, one), ...);
 }
 
 }  // namespace test

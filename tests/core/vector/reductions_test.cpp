@@ -53,8 +53,11 @@ constexpr int nextLength(int n) {
     return n < 70 ? n + 1 : 7 * n + 3;  // 493, 3454, 24181
 }
 
-// A function by the element type T.
-#define F(name) std::get<sizeof(T) / 8>(std::tuple(&kels##name##_32f, &kels##name##_64f))
+constexpr auto dotProd = test::forms(kelsDotProd_32f, kelsDotProd_64f);
+constexpr auto maxOf = test::forms(kelsMax_32f, kelsMax_64f);
+constexpr auto minOf = test::forms(kelsMin_32f, kelsMin_64f);
+constexpr auto maxIndx = test::forms(kelsMaxIndx_32f, kelsMaxIndx_64f);
+
 template <class T>
 class FloatReductions : public testing::Test {};
 using FloatTypes = testing::Types<Kel32f, Kel64f>;
@@ -69,7 +72,7 @@ TYPED_TEST(FloatReductions, LoseNoMoreThanExtendedPrecision) {
             const Guarded<T> y(cancels ? std::vector<T>(n, random.value<T>()) : random.vector<T>(n));
             const Reference products(x.vector(), y.vector());
             T dot;
-            EXPECT_EQ(F(DotProd)(x.data(), y.data(), n, &dot), 0);
+            EXPECT_EQ(dotProd(x.data(), y.data(), n, &dot), 0);
             products.expect(dot);
             if constexpr (std::is_same_v<T, Kel32f>) {
                 Kel64f wide;
@@ -153,34 +156,33 @@ TYPED_TEST(FloatReductions, ExtremaAreTheFirstOfEqualsAndPassOverNaN) {
                 if (v[i] > v[largest]) largest = i;
                 if (v[i] < v[smallest]) smallest = i;
             }
-            const auto expect = [&](auto f, int place, auto... indexPointer) {
+            const auto expect = [&](const auto& f, int place, auto... indexPointer) {
                 T value;
                 EXPECT_EQ(f(v, n, &value, indexPointer...), 0);
                 EXPECT_TRUE(test::sameBits(value, v[place]));
             };
-            expect(F(Max), largest);
-            expect(F(Min), smallest);
-            expect(F(MaxIndx), largest, nullptr);
-            expect(F(MaxIndx), largest, &index);
+            expect(maxOf, largest);
+            expect(minOf, smallest);
+            expect(maxIndx, largest, nullptr);
+            expect(maxIndx, largest, &index);
             ASSERT_EQ(index, largest);
         }
     }
 }
 
 // An index is not asked for by its null pointer alone.
-template <class T, KelStatus (*maxIndx)(const T*, int, T*, int*)>
+template <class T, KelStatus (*f)(const T*, int, T*, int*)>
 KelStatus withIndex(const T* src, int len, T* max) {
     int index = 5;
-    const KelStatus status = maxIndx(src, len, max, &index);
+    const KelStatus status = f(src, len, max, &index);
     EXPECT_EQ(index, 5);
     return status;
 }
 
 TEST(Reductions, Checks) {
-    test::expectVectorChecks({-8, -6}, kelsSum_32f, kelsSum_32s_Sfs, kelsSum_16s32s_Sfs, kelsDotProd_32f,
-                             kelsDotProd_64f, kelsDotProd_32f64f, kelsDotProd_16s64s, kelsDotProd_16s32f, kelsMax_32f,
-                             kelsMax_64f, kelsMin_32f, kelsMin_64f, withIndex<Kel32f, kelsMaxIndx_32f>,
-                             withIndex<Kel64f, kelsMaxIndx_64f>);
+    test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsSum_32f, kelsSum_32s_Sfs, kelsSum_16s32s_Sfs,
+                             dotProd, kelsDotProd_32f64f, kelsDotProd_16s64s, kelsDotProd_16s32f, maxOf, minOf,
+                             withIndex<Kel32f, kelsMaxIndx_32f>, withIndex<Kel64f, kelsMaxIndx_64f>);
 }
 
 }  // namespace
