@@ -8,7 +8,7 @@
 
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::scoring {
 
 inline void toggleBit(Kel8u* row, std::size_t bit) {
     row[bit / 8] = static_cast<Kel8u>(row[bit / 8] ^ (0x80u >> (bit % 8)));
@@ -122,4 +122,4 @@ void uniteRows(const Kel32s* numbers, const Counts& counts, std::size_t lists, c
     });
 }
 
-}  // namespace kels
+}  // namespace kels::scoring

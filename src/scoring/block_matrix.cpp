@@ -6,7 +6,7 @@
 #include "core/layout.h"
 #include "kels/core.h"
 
-namespace kels {
+namespace kels::scoring {
 namespace {
 
 constexpr int64_t kRowAlignment = 16;
@@ -72,4 +72,4 @@ BlockMatrix<Kel64f>* allocMatrix_64f(const Kel32s* sizes, int nBlocks) {
     return allocateBlockMatrix<Kel64f>(sizes, nBlocks);
 }
 
-}  // namespace kels
+}  // namespace kels::scoring

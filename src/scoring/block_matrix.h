@@ -8,10 +8,10 @@
 
 #include "kels/model.h"
 
-namespace kels {
+namespace kels::scoring {
 
-// Square blocks on the diagonal of a matrix: this header, the block sizes, the row pointers and the rows in one block of
-// memory.  A row holds the elements inside its square; it is padded to 16 bytes and starts on a 16-byte boundary.
+// Square blocks on the diagonal of a matrix: this header, the block sizes, the row pointers and the rows in one piece
+// of memory.  A row holds the elements inside its square; it is padded to 16 bytes and starts on a 16-byte boundary.
 template <class T>
 struct BlockMatrix {
     T** rowPointers;
@@ -53,4 +53,4 @@ void copyBlocks(const T* const* rows, BlockMatrix<T>& matrix) {
     }
 }
 
-}  // namespace kels
+}  // namespace kels::scoring

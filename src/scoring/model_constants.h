@@ -6,20 +6,20 @@
 #include <cstddef>
 #include <limits>
 
-#include "core/vector/convert.h"
+#include "core/constants.h"
 #include "core/scaling.h"
-#include "core/simd/vec.h"
 #include "core/simd/elementary.h"
-#include "core/variance_form.h"
 #include "core/simd/in_order.h"
+#include "core/simd/vec.h"
+#include "core/variance_form.h"
+#include "core/vector/convert.h"
 
-namespace kels {
+namespace kels::scoring {
 
 // len * ln(2 pi) plus or minus (for inverse variances) the logarithms, summed in order in double precision.  The first
 // value without a logarithm decides what is stored instead, and the status.
 template <VarianceForm form, class T>
 KelStatus logDeterminant(const T* v, std::size_t len, T* pDet) {
-    constexpr Kel64f kLn2Pi = 1.8378770664093;  // 13 decimals and no more: stored models were made with this value
     for (std::size_t i = 0; i < len; ++i) {
         if (std::fabs(v[i]) < std::numeric_limits<T>::min()) {
             *pDet = std::numeric_limits<T>::infinity();
@@ -30,15 +30,15 @@ KelStatus logDeterminant(const T* v, std::size_t len, T* pDet) {
             return kelStatusLogNegative;
         }
     }
-    Kel64f det = static_cast<Kel64f>(len) * kLn2Pi;
+    Kel64f det = static_cast<Kel64f>(len) * kLn2PiOfModels;
     constexpr std::size_t kChunk = 128;
     alignas(64) Kel64f logs[kChunk];
+    const auto logarithms = [](const Vec<Kel64f>& x) { return logarithm(x); };
     const NearestScope scope;
     for (std::size_t i = 0; i < len; i += kChunk) {
         const std::size_t n = std::min(kChunk, len - i);
         convertWidening(v + i, logs, n);
-        map(
-            logs, n, [](const Vec<Kel64f>& x) { return logarithm(x); }, 1.0, logs);
+        map(logs, n, logarithms, 1.0, logs);
         for (std::size_t k = 0; k < n; ++k) det += form == VarianceForm::Direct ? logs[k] : -logs[k];
     }
     *pDet = static_cast<T>(det);
@@ -58,4 +58,4 @@ inline void gaussianConstants(const Kel32s* logWeight, const Kel32s* det, Kel32s
     }
 }
 
-}  // namespace kels
+}  // namespace kels::scoring

@@ -1,14 +1,19 @@
+// Shortlists of Gaussians and the sign tables that unite them.
 #include "kels/select.h"
 
 #include "core/check.h"
 #include "scoring/bit_table.h"
 
+namespace {
 using namespace kels;
+using namespace kels::scoring;
 
 // A row of `step` bytes that cannot hold `offset` + `bits` bits; their sum may exceed an int.
-static bool rowTooShort(int step, int offset, int bits) {
+bool rowTooShort(int step, int offset, int bits) {
     return step < (int64_t{offset} + bits + 7) >> 3;
 }
+
+}  // namespace
 
 KelStatus kelsFillShortlist_Row_1u(const Kel32s* pIndices, int bound, int n, Kel8u** ppRows, int height, int step,
                                    int offset) {

@@ -9,6 +9,7 @@
 #include "kels/core.h"
 
 using namespace kels;
+using namespace kels::scoring;
 
 namespace {
 

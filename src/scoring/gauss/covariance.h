@@ -5,21 +5,20 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "core/simd/accurate_sum.h"
 #include "core/memory.h"
 #include "core/scaling.h"
+#include "core/simd/accurate_sum.h"
 #include "kels/core.h"
 #include "kels/model.h"
 #include "scoring/block_matrix.h"
 
-namespace kels {
+namespace kels::gauss {
 
-// Scratch for the differences: on the stack below 112 components.
-template <class Difference>
-using Differences = Scratch<Difference, 111>;
+using scoring::BlockMatrix;
 
-// An arithmetic gives the type of a difference, the product of a row with differences, and adds the product, weighted
-// with component i of vector - mean, to the sum.
+// An arithmetic gives the types of a difference and of the sum.  subtract() forms all differences vector - mean; plus()
+// adds what one row contributes: its product with the differences of its block, times its own component of
+// vector - mean.
 
 struct SingleBlocks {
     using Difference = Kel32f;
@@ -68,7 +67,7 @@ struct ShortBlocks {
     }
 };
 
-// ... or in 64 bits, which wrap.
+// ... or in 64 bits, which wrap around.
 struct ExactShortBlocks : ShortBlocks {
     using Sum = int64_t;
     static Sum plus(Sum sum, Kel16s vector, Kel16s mean, const Kel16s* row, const Difference* d, std::size_t n) {
@@ -77,7 +76,7 @@ struct ExactShortBlocks : ShortBlocks {
     }
 };
 
-// `d` is scratch of as many elements as the matrix has rows.
+// d' * B * d over all blocks; `d` is scratch of as many elements as the matrix has rows.
 template <class Arithmetic, class T>
 typename Arithmetic::Sum blockSum(const T* vector, const T* mean, const BlockMatrix<T>& matrix,
                                   typename Arithmetic::Difference* d) {
@@ -94,4 +93,14 @@ typename Arithmetic::Sum blockSum(const T* vector, const T* mean, const BlockMat
     return sum;
 }
 
-}  // namespace kels
+// The score in *result, or no memory for the differences: they are on the stack below 112 components.
+template <class Arithmetic, class T, class Finish>
+KelStatus scoreWithBlocks(const T* vector, const T* mean, const BlockMatrix<T>& matrix, const Finish& finish,
+                          typename Finish::Score* result) {
+    Scratch<typename Arithmetic::Difference, 111> d(matrix.rowCount);
+    if (d.failed()) return kelStatusNoMemory;
+    *result = finish(0, blockSum<Arithmetic>(vector, mean, matrix, d.data()));
+    return kelStatusOk;
+}
+
+}  // namespace kels::gauss

@@ -1,7 +1,8 @@
 // From the sum of a Gaussian's exponent to its score, and what becomes of the score.
 //
-// A finish turns the sum S of item g into its score.  `Constants` is one value for all items (SameConstant) or an array
-// (ConstantOf), read before the item's result is written, so that the array may be the result array itself.
+// A finish turns the sum S of item g into its score.  Its constants are one value for all items (SameConstant) or an
+// array of them (ConstantOf).  An item's constant is read before its result is written, so that the array may be the
+// array of results.
 //
 //   finish                  score
 //   Distance<T>             S, in the type of the result
@@ -26,11 +27,10 @@
 #include "core/simd/rows.h"
 #include "kels/types.h"
 
-namespace kels {
-
-// The deduction guides of the aggregates are for compilers that do not make them up.
+namespace kels::gauss {
 
 // ---- constants -----------------------------------------------------------------------------------------------------
+// Here and below, the deduction guides of aggregates are for compilers that do not deduce without one.
 
 template <class T>
 struct SameConstant {
@@ -151,4 +151,4 @@ struct MaxWith {
 template <class T>
 MaxWith(T*) -> MaxWith<T>;
 
-}  // namespace kels
+}  // namespace kels::gauss

@@ -1,17 +1,20 @@
-#include "core/check.h"
-#include "core/rows.h"
+// Frames of floats under one Gaussian: scores and Mahalanobis distances.
 #include "kels/block.h"
+
+#include "scoring/checks.h"
 #include "scoring/gauss/walk.h"
 
+namespace {
 using namespace kels;
+using namespace kels::gauss;
+using namespace kels::scoring;
+}  // namespace
 
 // ---- frames under one Gaussian --------------------------------------------------------------------------------------
 
 KelStatus kelsLogGauss_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
                               Kel64f* pResult, int height, Kel64f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pResult)) return fault;
     score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
@@ -19,8 +22,7 @@ KelStatus kelsLogGauss_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean,
 
 KelStatus kelsLogGauss_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
                                Kel64f* pResult, int height, Kel64f gConst) {
-    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pResult)) return fault;
     score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
@@ -38,9 +40,7 @@ KelStatus kelsLogGauss1_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const
 
 KelStatus kelsLogGauss_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, int width, Kel64f* pResult,
                                     int height, Kel64f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pResult)) return fault;
     score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
@@ -48,8 +48,7 @@ KelStatus kelsLogGauss_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64f* 
 
 KelStatus kelsLogGauss_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, int width, Kel64f* pResult, int height,
                                      Kel64f gConst) {
-    if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pResult)) return fault;
     score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
@@ -57,20 +56,17 @@ KelStatus kelsLogGauss_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, 
 
 KelStatus kelsLogGauss_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
                               Kel32f* pResult, int height, Kel32f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pResult)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
-                                  Half(SameConstant{gConst}), StoreTo{pResult});
+                                            Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGauss_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
                                Kel32f* pResult, int height, Kel32f gConst) {
-    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pResult)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
-                                  Half(SameConstant{gConst}), StoreTo{pResult});
+                                            Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
 
@@ -86,20 +82,17 @@ KelStatus kelsLogGauss1_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const
 
 KelStatus kelsLogGauss_IdVar_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, int width, Kel32f* pResult,
                                     int height, Kel32f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pResult)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
-                               Half(SameConstant{gConst}), StoreTo{pResult});
+                                         Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGauss_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, int width, Kel32f* pResult, int height,
                                      Kel32f gConst) {
-    if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width), Half(SameConstant{gConst}),
-                               StoreTo{pResult});
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pResult)) return fault;
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
+                                         Half(SameConstant{gConst}), StoreTo{pResult});
     return kelStatusOk;
 }
 
@@ -107,9 +100,7 @@ KelStatus kelsLogGauss_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, 
 
 KelStatus kelsMahDist_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
                              Kel64f* pResult, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pResult)) return fault;
     score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                      Distance<Kel64f>(), StoreTo{pResult});
     return kelStatusOk;
@@ -117,8 +108,7 @@ KelStatus kelsMahDist_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, 
 
 KelStatus kelsMahDist_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
                               Kel64f* pResult, int height) {
-    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pResult)) return fault;
     score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                      Distance<Kel64f>(), StoreTo{pResult});
     return kelStatusOk;
@@ -126,20 +116,17 @@ KelStatus kelsMahDist_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const K
 
 KelStatus kelsMahDist_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
                              Kel32f* pResult, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pResult)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
-                                  Distance<Kel32f>(), StoreTo{pResult});
+                                            Distance<Kel32f>(), StoreTo{pResult});
     return kelStatusOk;
 }
 
 KelStatus kelsMahDist_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
                               Kel32f* pResult, int height) {
-    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pResult)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
-                                  Distance<Kel32f>(), StoreTo{pResult});
+                                            Distance<Kel32f>(), StoreTo{pResult});
     return kelStatusOk;
 }
 

@@ -1,17 +1,20 @@
-#include "core/check.h"
-#include "core/rows.h"
+// Frames of 16-bit integers under one Gaussian.
 #include "kels/block.h"
+
+#include "scoring/checks.h"
 #include "scoring/gauss/walk.h"
 
+namespace {
 using namespace kels;
+using namespace kels::gauss;
+using namespace kels::scoring;
+}  // namespace
 
 // ---- integer scores -------------------------------------------------------------------------------------------------
 
 KelStatus kelsLogGauss_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar, int width,
                                     Kel32s* pResult, int height, Kel32s gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pResult)) return fault;
     score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
@@ -19,8 +22,7 @@ KelStatus kelsLogGauss_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* 
 
 KelStatus kelsLogGauss_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
                                      Kel32s* pResult, int height, Kel32s gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pResult)) return fault;
     score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
@@ -28,9 +30,7 @@ KelStatus kelsLogGauss_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, 
 
 KelStatus kelsLogGauss_Low_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar,
                                         int width, Kel32s* pResult, int height, Kel32s gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pResult)) return fault;
     score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
@@ -38,8 +38,7 @@ KelStatus kelsLogGauss_Low_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel1
 
 KelStatus kelsLogGauss_Low_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
                                          Kel32s* pResult, int height, Kel32s gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pResult)) return fault;
     score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
@@ -47,9 +46,7 @@ KelStatus kelsLogGauss_Low_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMe
 
 KelStatus kelsLogGauss_IdVar_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* pMean, int width, Kel32s* pResult,
                                           int height, Kel32s gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pResult)) return fault;
     score<Exact<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
@@ -57,8 +54,7 @@ KelStatus kelsLogGauss_IdVar_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Ke
 
 KelStatus kelsLogGauss_IdVar_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32s* pResult,
                                            int height, Kel32s gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pResult)) return fault;
     score<Exact<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
@@ -66,9 +62,7 @@ KelStatus kelsLogGauss_IdVar_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* p
 
 KelStatus kelsLogGauss_IdVarLow_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* pMean, int width,
                                              Kel32s* pResult, int height, Kel32s gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pResult)) return fault;
     score<Exact<UnitWrapped>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
@@ -76,8 +70,7 @@ KelStatus kelsLogGauss_IdVarLow_16s32s_D2Sfs(const Kel16s* pSrc, int step, const
 
 KelStatus kelsLogGauss_IdVarLow_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32s* pResult,
                                               int height, Kel32s gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pResult)) return fault;
     score<Exact<UnitWrapped>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
@@ -87,20 +80,17 @@ KelStatus kelsLogGauss_IdVarLow_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s
 
 KelStatus kelsLogGauss_Scaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar,
                                         int width, Kel32f* pResult, int height, Kel32f gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pResult)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
-                                  HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
+                                            HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGauss_Scaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
                                          Kel32f* pResult, int height, Kel32f gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pResult)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
-                                  HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
+                                            HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
 
@@ -116,20 +106,17 @@ KelStatus kelsLogGauss_LowScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* 
 
 KelStatus kelsLogGauss_IdVarScaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, int width,
                                              Kel32f* pResult, int height, Kel32f gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pResult)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
-                               HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
+                                         HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGauss_IdVarScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32f* pResult,
                                               int height, Kel32f gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pResult)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
-                               HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
+                                         HalfScaled(SameConstant{gConst}, scaleFactor), StoreTo{pResult});
     return kelStatusOk;
 }
 

@@ -1,17 +1,20 @@
-#include "core/check.h"
-#include "core/rows.h"
+// One vector under many Gaussians: scores and Mahalanobis distances.
 #include "kels/block.h"
+
+#include "scoring/checks.h"
 #include "scoring/gauss/walk.h"
 
+namespace {
 using namespace kels;
+using namespace kels::gauss;
+using namespace kels::scoring;
+}  // namespace
 
 // ---- float models ---------------------------------------------------------------------------------------------------
 
 KelStatus kelsLogGaussMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc, int width,
                                       Kel64f* pSrcDst, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
                                      toSize(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
     return kelStatusOk;
@@ -19,8 +22,7 @@ KelStatus kelsLogGaussMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, 
 
 KelStatus kelsLogGaussMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
                                        Kel64f* pSrcDst, int height) {
-    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
                                      toSize(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
     return kelStatusOk;
@@ -28,20 +30,17 @@ KelStatus kelsLogGaussMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppI
 
 KelStatus kelsLogGaussMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc, int width,
                                       Kel32f* pSrcDst, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
-                                  toSize(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                            toSize(height), toSize(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
                                        Kel32f* pSrcDst, int height) {
-    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                            toSize(width), Half(ConstantOf{pSrcDst}), StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -69,9 +68,7 @@ KelStatus kelsLogGauss2_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, co
 
 KelStatus kelsLogGaussMultiMix_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
                                             int width, Kel32s* pSrcDst, int height, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pSrcDst)) return fault;
     score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
                                   toSize(width), HalfShifted(Saturated(), ConstantOf{pSrcDst}, scaleFactor),
                                   StoreTo{pSrcDst});
@@ -80,18 +77,16 @@ KelStatus kelsLogGaussMultiMix_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* p
 
 KelStatus kelsLogGaussMultiMix_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
                                              int width, Kel32s* pSrcDst, int height, int scaleFactor) {
-    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  HalfShifted(Saturated(), ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pSrcDst)) return fault;
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                  toSize(width), HalfShifted(Saturated(), ConstantOf{pSrcDst}, scaleFactor),
+                                  StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMultiMix_Low_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
                                                 int width, Kel32s* pSrcDst, int height, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pSrcDst)) return fault;
     score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
                                   toSize(width), HalfShifted(Wrapped(), ConstantOf{pSrcDst}, scaleFactor),
                                   StoreTo{pSrcDst});
@@ -100,29 +95,28 @@ KelStatus kelsLogGaussMultiMix_Low_16s32s_D2Sfs(const Kel16s* pMean, const Kel16
 
 KelStatus kelsLogGaussMultiMix_Low_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
                                                  int width, Kel32s* pSrcDst, int height, int scaleFactor) {
-    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  HalfShifted(Wrapped(), ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pSrcDst)) return fault;
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                  toSize(width), HalfShifted(Wrapped(), ConstantOf{pSrcDst}, scaleFactor),
+                                  StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
                                                 int width, Kel32f* pSrcDst, int height, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
-                                  toSize(width), HalfScaled(ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                            toSize(height), toSize(width), HalfScaled(ConstantOf{pSrcDst}, scaleFactor),
+                                            StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
                                                  int width, Kel32f* pSrcDst, int height, int scaleFactor) {
-    if (anyNull(ppMean, ppIvar, pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  HalfScaled(ConstantOf{pSrcDst}, scaleFactor), StoreTo{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                            toSize(width), HalfScaled(ConstantOf{pSrcDst}, scaleFactor),
+                                            StoreTo{pSrcDst});
     return kelStatusOk;
 }
 
@@ -140,9 +134,7 @@ KelStatus kelsLogGaussMultiMix_16s32f_D2L(const Kel16s** ppMean, const Kel16s** 
 
 KelStatus kelsMahDistMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc, int width,
                                      Kel64f* pDst, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDst)) return fault;
     score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
                                      toSize(width), Distance<Kel64f>(), StoreTo{pDst});
     return kelStatusOk;
@@ -150,8 +142,7 @@ KelStatus kelsMahDistMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, i
 
 KelStatus kelsMahDistMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
                                       Kel64f* pDst, int height) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDst)) return fault;
     score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
                                      toSize(width), Distance<Kel64f>(), StoreTo{pDst});
     return kelStatusOk;
@@ -159,20 +150,17 @@ KelStatus kelsMahDistMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIv
 
 KelStatus kelsMahDistMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc, int width,
                                      Kel32f* pDst, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
-                                  toSize(width), Distance<Kel32f>(), StoreTo{pDst});
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                            toSize(height), toSize(width), Distance<Kel32f>(), StoreTo{pDst});
     return kelStatusOk;
 }
 
 KelStatus kelsMahDistMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
                                       Kel32f* pDst, int height) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  Distance<Kel32f>(), StoreTo{pDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                            toSize(width), Distance<Kel32f>(), StoreTo{pDst});
     return kelStatusOk;
 }
 

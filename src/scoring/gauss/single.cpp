@@ -1,31 +1,34 @@
-#include "core/check.h"
+// One vector under one Gaussian, with inverse variances or unit variances.
 #include "kels/gauss.h"
+
+#include "core/check.h"
 #include "scoring/gauss/walk.h"
 
+namespace {
 using namespace kels;
+using namespace kels::gauss;
+}  // namespace
 
 // ---- inverse variances ---------------------------------------------------------------------------------------------
 
 KelStatus kelsLogGaussSingle_64f(const Kel64f* pSrc, const Kel64f* pMean, const Kel64f* pIvar, int len, Kel64f* pResult,
                                  Kel64f gConst) {
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pIvar, pResult)) return fault;
     *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussSingle_32f(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar, int len, Kel32f* pResult,
                                  Kel32f gConst) {
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
-    *pResult = scoreOf<SinglePrecision<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Half(SameConstant{gConst}));
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pIvar, pResult)) return fault;
+    *pResult =
+        scoreOf<SinglePrecision<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussSingle_32f64f(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar, int len,
                                     Kel64f* pResult, Kel64f gConst) {
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pIvar, pResult)) return fault;
     *pResult = scoreOf<Extended<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
@@ -37,17 +40,15 @@ KelStatus kelsLogGaussSingle_16s32f(const Kel16s* pSrc, const Kel16s* pMean, con
 
 KelStatus kelsLogGaussSingle_Scaled_16s32f(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
                                            Kel32f* pResult, Kel32f gConst, int scaleFactor) {
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pIvar, pResult)) return fault;
     *pResult = scoreOf<SinglePrecision<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len),
-                                               HalfScaled(SameConstant{gConst}, scaleFactor));
+                                                         HalfScaled(SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussSingle_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
                                         Kel32s* pResult, Kel32s gConst, int scaleFactor) {
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pIvar, pResult)) return fault;
     *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len),
                                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
@@ -65,8 +66,7 @@ KelStatus kelsLogGaussSingle_LowScaled_16s32f(const Kel16s* pSrc, const Kel16s* 
 
 KelStatus kelsLogGaussSingle_Low_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int len,
                                             Kel32s* pResult, Kel32s gConst, int scaleFactor) {
-    if (anyNull(pSrc, pMean, pIvar, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pIvar, pResult)) return fault;
     *pResult = scoreOf<Exact<InverseVariance>>(Item{pSrc, pMean, pIvar}, toSize(len),
                                                HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
@@ -76,24 +76,21 @@ KelStatus kelsLogGaussSingle_Low_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pM
 
 KelStatus kelsLogGaussSingle_IdVar_64f(const Kel64f* pSrc, const Kel64f* pMean, int len, Kel64f* pResult,
                                        Kel64f gConst) {
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pResult)) return fault;
     *pResult = scoreOf<Extended<UnitVariance>>(Item{pSrc, pMean}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussSingle_IdVar_32f(const Kel32f* pSrc, const Kel32f* pMean, int len, Kel32f* pResult,
                                        Kel32f gConst) {
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pResult)) return fault;
     *pResult = scoreOf<SinglePrecision<UnitVariance>>(Item{pSrc, pMean}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussSingle_IdVar_32f64f(const Kel32f* pSrc, const Kel32f* pMean, int len, Kel64f* pResult,
                                           Kel64f gConst) {
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pResult)) return fault;
     *pResult = scoreOf<Extended<UnitVariance>>(Item{pSrc, pMean}, toSize(len), Half(SameConstant{gConst}));
     return kelStatusOk;
 }
@@ -105,17 +102,15 @@ KelStatus kelsLogGaussSingle_IdVar_16s32f(const Kel16s* pSrc, const Kel16s* pMea
 
 KelStatus kelsLogGaussSingle_IdVarScaled_16s32f(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32f* pResult,
                                                 Kel32f gConst, int scaleFactor) {
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
-    *pResult =
-        scoreOf<SinglePrecision<UnitVariance>>(Item{pSrc, pMean}, toSize(len), HalfScaled(SameConstant{gConst}, scaleFactor));
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pResult)) return fault;
+    *pResult = scoreOf<SinglePrecision<UnitVariance>>(Item{pSrc, pMean}, toSize(len),
+                                                      HalfScaled(SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussSingle_IdVar_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32s* pResult,
                                               Kel32s gConst, int scaleFactor) {
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pResult)) return fault;
     *pResult = scoreOf<Exact<UnitVariance>>(Item{pSrc, pMean}, toSize(len),
                                             HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor));
     return kelStatusOk;
@@ -133,8 +128,7 @@ KelStatus kelsLogGaussSingle_IdVarLowScaled_16s32f(const Kel16s* pSrc, const Kel
 
 KelStatus kelsLogGaussSingle_IdVarLow_16s32s_Sfs(const Kel16s* pSrc, const Kel16s* pMean, int len, Kel32s* pResult,
                                                  Kel32s gConst, int scaleFactor) {
-    if (anyNull(pSrc, pMean, pResult)) return kelStatusNullPtr;
-    if (len < 1) return kelStatusSize;
+    if (const KelStatus fault = vectorFault(len, pSrc, pMean, pResult)) return fault;
     *pResult = scoreOf<Exact<UnitWrapped>>(Item{pSrc, pMean}, toSize(len),
                                            HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor));
     return kelStatusOk;

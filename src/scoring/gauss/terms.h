@@ -2,17 +2,17 @@
 //
 // A term is an arithmetic with a weighting:
 //
-//   arithmetic          source             sum                   rounding
-//   SinglePrecision<W>            Kel32f or Kel16s   Kel32f, in vectors    single precision, order free
-//   Exact<W>            Kel16s             int64_t, in vectors   none
-//   Scalar<A, W>        any                A, one at a time      that of A
-//   Extended<W>         Kel64f or Kel32f   long double           that of long double, or better
+//   arithmetic           source             sum                   rounding
+//   SinglePrecision<W>   Kel32f or Kel16s   Kel32f, in vectors    single precision, order free
+//   Exact<W>             Kel16s             int64_t, in vectors   none
+//   Scalar<A, W>         any                A, one at a time      that of A
+//   Extended<W>          Kel64f or Kel32f   long double           that of long double, or better
 //
-//   weighting           what (x - mean) = d adds
-//   InverseVariance     d * d * v
-//   UnitVariance        d * d
-//   UnitWrapped         d * d held in 32 bits without its carry (Exact only)
-//   DirectVariance      d * d / v (Scalar only)
+//   weighting            what d = x - mean adds
+//   InverseVariance      d * d * v
+//   UnitVariance         d * d
+//   UnitWrapped          d * d, of which 32 bits are kept as an integer with a sign (Exact only)
+//   DirectVariance       d * d / v (Scalar only)
 //
 // A weighting without a variance never touches Item::variance.
 #pragma once
@@ -23,11 +23,11 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "core/simd/vec.h"
 #include "core/simd/rows.h"
+#include "core/simd/vec.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::gauss {
 
 // One vector and one Gaussian: rows of `width` elements.
 template <class T>
@@ -85,10 +85,15 @@ struct DirectVariance {
 };
 
 // ---- arithmetics ---------------------------------------------------------------------------------------------------
-// An arithmetic gives the type Partial of running sums, zero(); add(sum, lanes, item, i): the terms of kStep
-// elements from i on, or of the first few of them, added to a partial sum; the most elements kRun that one partial sum may take; and the
-// totals of four partial sums, or of partial sums that belong together, as values of type Sum.  One that cannot
-// give every score tells by trusted(sum, score), and has a Fallback.
+// An arithmetic gives
+//
+//   Partial                   the type of running sums, which begin as zero()
+//   add(sum, part, item, i)   a running sum with the terms of kStep elements from i on, or of as many as `part` loads
+//   kRun                      the most elements that one running sum may take
+//   totals(a, b, c, d)        what four running sums come to, each a value of type Sum
+//   total(a, b, c, d)         the same for running sums that belong together
+//
+// One that cannot give every score tells by trusted(sum, score), and names the Fallback that can.
 
 template <class Weighting>
 struct SinglePrecision {
@@ -100,10 +105,10 @@ struct SinglePrecision {
     static Partial zero() { return Partial(0.0f); }
 
     template <class Load, class T>
-    static Partial add(const Partial& sum, const Load& lanes, const Item<T>& item, std::size_t i) {
-        const Partial d = single(lanes.load(item.vector + i) - lanes.load(item.mean + i));
+    static Partial add(const Partial& sum, const Load& part, const Item<T>& item, std::size_t i) {
+        const Partial d = single(part.load(item.vector + i) - part.load(item.mean + i));
         if constexpr (Weighting::kVariance)
-            return Weighting::plus(sum, d, single(lanes.load(item.variance + i)));
+            return Weighting::plus(sum, d, single(part.load(item.variance + i)));
         else
             return Weighting::plus(sum, d, d);
     }
@@ -131,10 +136,10 @@ struct Exact {
     static Partial zero() { return {}; }
 
     template <class Load>
-    static Partial add(Partial sum, const Load& lanes, const Item<Kel16s>& item, std::size_t i) {
-        const Vec<int32_t> d = lanes.load(item.vector + i) - lanes.load(item.mean + i);
+    static Partial add(Partial sum, const Load& part, const Item<Kel16s>& item, std::size_t i) {
+        const Vec<int32_t> d = part.load(item.vector + i) - part.load(item.mean + i);
         if constexpr (Weighting::kVariance)
-            Weighting::add(sum, d, lanes.load(item.variance + i));
+            Weighting::add(sum, d, part.load(item.variance + i));
         else
             Weighting::add(sum, d, d);
         return sum;
@@ -171,10 +176,11 @@ struct Scalar {
     static Sum total(Partial a, Partial b, Partial c, Partial d) { return (a + b) + (c + d); }
 };
 
-// The extended precision: as good as sums in long double, and faster where there are fused multiply-adds.
+// Extended precision: as good as sums in long double, and faster where there are fused multiply-adds.
 #if defined(__FMA__)
 // Every value is the exact sum of two doubles, or near enough (Dekker, "A floating-point technique for extending the
-// available precision", 1971).  Long double has the wider range: what comes near the ends of that of double is left to it.
+// available precision", 1971).  Sums that come near the ends of the range of double are left to long double, which has
+// the wider one.
 template <class Weighting>
 struct DoubleDouble {
     using Partial = DoubledSum;
@@ -188,12 +194,12 @@ struct DoubleDouble {
     // The weight is multiplied first: then no product of finite values, but for those that trusted() tells, loses by
     // underflow.
     template <class Load, class T>
-    static Partial add(const Partial& sum, const Load& lanes, const Item<T>& item, std::size_t i) {
+    static Partial add(const Partial& sum, const Load& part, const Item<T>& item, std::size_t i) {
         using V = Vec<Kel64f>;
-        const TwoSum<V> d(lanes.loadWide(item.vector + i), -lanes.loadWide(item.mean + i));
+        const TwoSum<V> d(part.loadWide(item.vector + i), -part.loadWide(item.mean + i));
         V high = d.sum, low = d.lost;
         if constexpr (Weighting::kVariance) {
-            const V v = lanes.loadWide(item.variance + i);
+            const V v = part.loadWide(item.variance + i);
             high = d.sum * v;
             low = mulAdd(d.lost, v, mulAdd(d.sum, v, -high));
         }
@@ -222,4 +228,4 @@ template <class Weighting>
 using Extended = Scalar<long double, Weighting>;
 #endif
 
-}  // namespace kels
+}  // namespace kels::gauss

@@ -2,29 +2,31 @@
 //
 // Every score of a diagonal Gaussian in this library is one call
 //
-//     score<Term>(Items, count, width, Finish, Fold);
+//     score<Term>(items, count, width, finish, fold);
 //
-// that names its five independent choices:
+// that names four independent choices:
 //
-//   Term     gauss_terms.h: SinglePrecision<InverseVariance>, Exact<UnitVariance>, Extended<InverseVariance>, ...
-//   Items    which rows item g = 0, 1, ... count - 1 is made of:
+//   term     terms.h: SinglePrecision<InverseVariance>, Exact<UnitVariance>, Extended<InverseVariance>, ...
+//   items    which rows item g = 0, 1, ... count - 1 is made of:
 //              frames(rows, mean, ivar)       vector rows[g] against one Gaussian
 //              frames(rows, mean)             the same with unit variances
 //              gaussians(src, means, ivars)   one vector against the Gaussian of rows means[g] and ivars[g]
 //              gaussians(src, means)          the same with unit variances
 //            rows, means and ivars are StepRows or PointerRows.  Anything whose operator[](g) gives an Item<T> will do,
 //            for example the Gaussians of a shortlist.
-//   Finish   gauss_finish.h: Half(SameConstant{gConst}), HalfScaled(ConstantOf{pDets}, scaleFactor),
+//   finish   finish.h: Half(SameConstant{gConst}), HalfScaled(ConstantOf{pDets}, scaleFactor),
 //            HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), Distance<Kel32f>(), ...
-//   Fold     gauss_finish.h: StoreTo{pResult}, MaxWith{pSrcDst}, or a fold of the caller's own
+//   fold     finish.h: StoreTo{pResult}, MaxWith{pSrcDst}, or a fold of the caller's own
 //
 // For example, the running maximum over frames of 16-bit vectors under one Gaussian:
 //
-//     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
-//                                   HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
+//     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height),
+//                                             toSize(width), HalfScaled(SameConstant{gConst}, scaleFactor),
+//                                             MaxWith{pSrcDst});
 //
 // Items are taken four at a time: what the four have in common is loaded once, and their sums are folded together.  The
-// sums of a block of items are all there before the first of them is finished, so finish and fold are loops of their own.
+// sums of a block of items are all there before the first of them is finished, so finish and fold are loops of their
+// own.
 #pragma once
 
 #include <algorithm>
@@ -34,12 +36,12 @@
 
 #include "core/check.h"
 #include "core/rows.h"
-#include "core/simd/vec.h"
 #include "core/simd/rows.h"
+#include "core/simd/vec.h"
 #include "scoring/gauss/finish.h"
 #include "scoring/gauss/terms.h"
 
-namespace kels {
+namespace kels::gauss {
 
 // ---- items ---------------------------------------------------------------------------------------------------------
 
@@ -80,8 +82,8 @@ UnitGaussians<Rows, T> gaussians(const T* vector, const Rows& means) {
 
 // ---- sums ----------------------------------------------------------------------------------------------------------
 
-// The sums of four items over elements i .. end - 1, at most Term::kRun, of
-// which `rest` loads the last that fill no step.  The packs keep the partial sums in registers.
+// The sums of four items over elements i .. end - 1, at most Term::kRun of them; `rest` loads the last ones, which fill
+// no step.  The four running sums are written as a pack, so that the compiler keeps them in registers.
 template <class Term, class T, std::size_t... I>
 [[gnu::always_inline]] inline std::array<typename Term::Sum, 4> runOf4(const std::array<Item<T>, 4>& items,
                                                                        std::size_t i, std::size_t end,
@@ -93,7 +95,7 @@ template <class Term, class T, std::size_t... I>
     return Term::totals(sums[I]...);
 }
 
-// The same for one item, in four partial sums.
+// The same for one item, in four running sums.
 template <class Term, class T, std::size_t... I>
 [[gnu::always_inline]] inline typename Term::Sum runOf1(const Item<T>& item, std::size_t i, std::size_t end,
                                                         std::index_sequence<I...>) {
@@ -105,7 +107,7 @@ template <class Term, class T, std::size_t... I>
     return Term::total(sums[I]...);
 }
 
-// Integers wrap: only sums over far more than 60000 elements can.
+// Integers wrap around, which takes sums over far more than 60000 elements.
 inline int64_t sumOf(int64_t a, int64_t b) {
     return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
 }
@@ -154,7 +156,7 @@ template <class Term, class Items>
 
 // ---- scores --------------------------------------------------------------------------------------------------------
 
-// The score of an item from its sum, or from its Fallback's sum where Term cannot give it.
+// The score of item g from its sum, or from its sum by the Fallback where Term cannot give it.
 template <class Term, class T, class Finish>
 typename Finish::Score scoreFrom(const typename Term::Sum& sum, const Item<T>& item, std::size_t g, std::size_t width,
                                  const Finish& finish) {
@@ -165,6 +167,7 @@ typename Finish::Score scoreFrom(const typename Term::Sum& sum, const Item<T>& i
     return score;
 }
 
+// Scores `count` items of `width` elements each.
 template <class Term, class Items, class Finish, class Fold>
 void score(const Items& items, std::size_t count, std::size_t width, const Finish& finish, const Fold& fold) {
     constexpr std::size_t kBlock = 64;
@@ -186,4 +189,4 @@ typename Finish::Score scoreOf(const Item<T>& item, std::size_t width, const Fin
     return scoreFrom<Term>(sumOf1<Term>(item, width), item, 0, width, finish);
 }
 
-}  // namespace kels
+}  // namespace kels::gauss

@@ -5,81 +5,16 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "core/simd/vec.h"
 #include "core/simd/pieces.h"
+#include "core/simd/vec.h"
 #include "kels/types.h"
+#include "scoring/log/constants.h"
 
-namespace kels {
-
-// ---- constants -----------------------------------------------------------------------------------------------------
-
-// What stands for the logarithm of zero.
-inline constexpr Kel32f kLogZero32 = -4500000.0f;
-inline constexpr Kel64f kLogZero64 = -1e10;
-inline constexpr Kel64f kBelowIsLogZero64 = -9e9;
-
-// Below this difference the smaller operand is ignored: e^d < 2.3e-7 in single precision, 1e-10 in double.
-inline constexpr Kel64f kLogAddCutOff32 = -15.3195879547406;
-inline constexpr Kel64f kLogAddCutOff64 = -23.0258509299405;
-
-// The polynomials, highest power first; the last value is the function at the expansion point.
-inline constexpr std::size_t kTerms32 = 11, kTerms64 = 22;
-
-// clang-format off
-// The first piece is expanded about 0 and ends where the second one begins, which is its expansion point, and so on.
-inline constexpr Kel64f kPoint2_F = -2.55, kPoint3_F = -6.8;
-inline constexpr Kel64f P1_F[kTerms32] = {
-    -6.780103715801104e-07, -8.27710395983359e-06, -3.1261214564328406e-05, 2.1955075181092877e-05,
-    0.0004062108907165097, 6.910012478334781e-05, -0.005163737400850404, 1.5878560708463796e-05,
-    0.125002818406354, 0.5000001923981635, 0.6931471827215062};
-inline constexpr Kel64f P2_F[kTerms32] = {
-    -7.083237702375219e-09, -1.8491608098957698e-07, -2.094649399521823e-06, -1.2793327302109763e-05,
-    -3.4842057389070787e-05, 0.00010764583059022215, 0.0016847989052690858, 0.009582361774741538,
-    0.033592464138937767, 0.07242669818681209, 0.07518323027822499};
-inline constexpr Kel64f P3_F[kTerms32] = {
-    6.536044962123068e-12, 3.4510675551141127e-10, 8.230386128280675e-09, 1.183290602139997e-07,
-    1.157908356720776e-06, 8.25762745567427e-06, 4.458031414389642e-05, 0.00018342101716467817,
-    0.0005549481290265323, 0.0011123966452324845, 0.0011131507706311817};
-
-inline constexpr Kel64f kPoint2 = -3.5, kPoint3 = -9.0;
-inline constexpr Kel64f P1[kTerms64] = {
-    2.4223551556971103e-14, 1.2811707930131747e-12, 2.979508062290527e-11, 4.091290155130968e-10,
-    3.717428002038248e-09, 2.3532270503994952e-08, 1.055613856863438e-07, 3.320992500314504e-07,
-    7.091358966640867e-07, 1.0406444519836742e-06, 1.6353412792505214e-06, 3.844457955118119e-06,
-    1.3867656181255913e-06, -2.5487163524155248e-05, 4.065812849423804e-07, 0.0003473626701744988,
-    3.4289110129737e-08, -0.005208327741081266, 5.587714108476228e-10, 0.12500000002958675,
-    0.5000000000006226, 0.6931471805599475};
-inline constexpr Kel64f P2[kTerms64] = {
-    1.3708407243051937e-19, 9.601624129865304e-18, 3.191870701452749e-16, 6.702281854356589e-15,
-    9.973092519816427e-14, 1.1165229253200852e-12, 9.711578249998531e-12, 6.632489267913665e-11,
-    3.487750749690926e-10, 1.277933984587361e-09, 1.6292813548790022e-09, -1.909513758655842e-08,
-    -1.8820558187982419e-07, -9.461042535100208e-07, -2.209235331735495e-06, 9.625041106025868e-06,
-    0.00014699683220535022, 0.0009831490265710303, 0.004464163447126563, 0.014226511939950807,
-    0.0293122307513593, 0.02975041827262059};
-inline constexpr Kel64f P3[kTerms64] = {
-    1.7034225392923792e-27, 3.0781354635598557e-25, 2.6542272637469554e-23, 1.4576061250276504e-21,
-    5.745038767733748e-20, 1.73794899924144e-18, 4.217783891653166e-17, 8.4810302862868775e-16,
-    1.4486369363407485e-14, 2.1432698000428128e-13, 2.7867099954008822e-12, 3.2140356172044866e-11,
-    3.300948845025808e-10, 3.0140517373824124e-09, 2.4295529030919333e-08, 1.7072955802867207e-07,
-    1.0263887628748916e-06, 5.137002703123242e-06, 2.0558151089723745e-05, 6.168967511733263e-05,
-    0.00012339457601536868, 0.00012340218972425103};
-// clang-format on
-
-// The tables for those who evaluate the pieces themselves.
-inline void GetLogAddConst_F(const Kel64f** p1, const Kel64f** p2, const Kel64f** p3) {
-    *p1 = P1_F;
-    *p2 = P2_F;
-    *p3 = P3_F;
-}
-inline void GetLogAddConst(const Kel64f** p1, const Kel64f** p2, const Kel64f** p3) {
-    *p1 = P1;
-    *p2 = P2;
-    *p3 = P3;
-}
+namespace kels::log {
 
 // ---- one pair ------------------------------------------------------------------------------------------------------
 
-// A single value that the smaller operand does not change, and one in double precision.
+// The larger operand m where the smaller one does not change it, with the floor of its precision.
 inline Kel32f flooredLog(Kel32f m) {
     return m < kLogZero32 ? kLogZero32 : m;
 }
@@ -175,7 +110,7 @@ inline constexpr auto kRows64 = pieceRows<Kel64f>(P1, P2, P3, kPoint2, kPoint3);
 // The single-precision rule on vectors of T; polynomial(t, term) evaluates a piece.  The rows are a template argument
 // because GCC 12 propagates them wrongly, with AVX-512, when they come as a function argument.
 template <auto& rows, class T, class Polynomial>
-[[gnu::always_inline]] inline Vec<T> logAddLanes(const Vec<T>& a, const Vec<T>& b, Polynomial polynomial) {
+[[gnu::always_inline]] inline Vec<T> logAddByPieces(const Vec<T>& a, const Vec<T>& b, Polynomial polynomial) {
     const Vec<T> m = greaterOf(b, a);
     const Vec<T> d = lesserOf(a, b) - m;
     const PieceChoice<T> choose(d, rows.point[1], rows.point[2]);
@@ -187,7 +122,7 @@ template <auto& rows, class T, class Polynomial>
 
 // All in single precision, by Horner's rule: it has the fewest operations.
 inline Vec<Kel32f> logAddFast(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
-    return logAddLanes<kRowsFast>(a, b, [](const Vec<Kel32f>& t, auto term) {
+    return logAddByPieces<kRowsFast>(a, b, [](const Vec<Kel32f>& t, auto term) {
         Vec<Kel32f> q = term(0);
         for (std::size_t i = 1; i < kTerms32; ++i) q = mulAdd(q, t, term(i));
         return q;
@@ -199,7 +134,7 @@ inline Vec<Kel32f> logAddAccurate(const Vec<Kel32f>& a, const Vec<Kel32f>& b) {
     const auto polynomial = [](const Vec<Kel64f>& t, auto term) { return polynomial32(t, term); };
     const auto [aLow, aHigh] = widen(a);
     const auto [bLow, bHigh] = widen(b);
-    return narrow(logAddLanes<kRows32>(aLow, bLow, polynomial), logAddLanes<kRows32>(aHigh, bHigh, polynomial));
+    return narrow(logAddByPieces<kRows32>(aLow, bLow, polynomial), logAddByPieces<kRows32>(aHigh, bHigh, polynomial));
 }
 
 // The double-precision rule on blocks of pairs: as many chains of dependent operations at once as registers allow.
@@ -226,9 +161,9 @@ class CompensatedPairs {
     V result() const {
         const TwoSum<V> exact(m_, q_);
         V sum = exact.sum + (exact.lost + lost_);
-        V held = m_;
-        stdx::where(m_ < kBelowIsLogZero64, held) = kLogZero64;
-        stdx::where(ignored_, sum) = held;
+        V larger = m_;
+        stdx::where(m_ < kBelowIsLogZero64, larger) = kLogZero64;
+        stdx::where(ignored_, sum) = larger;
         return sum;
     }
 
@@ -264,4 +199,4 @@ inline void logAddBlock(const Kel64f* src, Kel64f* srcDst) {
 }
 #endif
 
-}  // namespace kels
+}  // namespace kels::log

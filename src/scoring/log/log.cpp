@@ -1,34 +1,47 @@
+// Addition, subtraction and summation of logarithms.
 #include "kels/log.h"
 
 #include "core/check.h"
 #include "scoring/log/vectors.h"
 
+namespace {
 using namespace kels;
+using namespace kels::log;
+
+template <class T>
+KelStatus lengthThenPointersFault(int len, const T* pSrc, const T* pSrcDst) {
+    if (len < 1) return kelStatusSize;
+    return anyNull(pSrc, pSrcDst) ? kelStatusNullPtr : kelStatusOk;
+}
+
+template <class T>
+KelStatus subtractionFault(int len, const T* pSrc, const T* pSrcDst) {
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSrcDst)) return fault;
+    return anyNotSmaller(pSrcDst, pSrc, toSize(len)) ? kelStatusOutOfRange : kelStatusOk;
+}
+
+}  // namespace
 
 KelStatus kelsLogAdd_64f(const Kel64f* pSrc, Kel64f* pSrcDst, int len, int hint) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSrcDst)) return fault;
     logAddByHint(pSrc, pSrcDst, toSize(len), hint);
     return kelStatusOk;
 }
 
 KelStatus kelsLogAdd_32f(const Kel32f* pSrc, Kel32f* pSrcDst, int len, int hint) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSrcDst)) return fault;
     logAddByHint(pSrc, pSrcDst, toSize(len), hint);
     return kelStatusOk;
 }
 
 KelStatus kelsLogAdd_32s_Sfs(const Kel32s* pSrc, Kel32s* pSrcDst, int len, int scaleFactor, int hint) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSrcDst)) return fault;
     logAddScaled(pSrc, pSrcDst, toSize(len), scaleFactor, hint);
     return kelStatusOk;
 }
 
 KelStatus kelsLogAdd_16s_Sfs(const Kel16s* pSrc, Kel16s* pSrcDst, int len, int scaleFactor, int hint) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSrcDst)) return fault;
     logAddScaled(pSrc, pSrcDst, toSize(len), scaleFactor, hint);
     return kelStatusOk;
 }
@@ -42,61 +55,49 @@ void kelsLogAddVec_32f_A6(const Kel32f* pSrc, Kel32f* pSrcDst, int len) {
 }
 
 KelStatus kelsLogSub_64f(const Kel64f* pSrc, Kel64f* pSrcDst, int len) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (anyNotSmaller(pSrcDst, pSrc, toSize(len))) return kelStatusOutOfRange;
+    if (const KelStatus fault = subtractionFault(len, pSrc, pSrcDst)) return fault;
     logSubtractVector(pSrc, pSrcDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsLogSub_32f(const Kel32f* pSrc, Kel32f* pSrcDst, int len) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (anyNotSmaller(pSrcDst, pSrc, toSize(len))) return kelStatusOutOfRange;
+    if (const KelStatus fault = subtractionFault(len, pSrc, pSrcDst)) return fault;
     logSubtractVector(pSrc, pSrcDst, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsLogSub_32s_Sfs(const Kel32s* pSrc, Kel32s* pSrcDst, int len, int scaleFactor) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (anyNotSmaller(pSrcDst, pSrc, toSize(len))) return kelStatusOutOfRange;
+    if (const KelStatus fault = subtractionFault(len, pSrc, pSrcDst)) return fault;
     logSubtractScaled(pSrc, pSrcDst, toSize(len), scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsLogSub_16s_Sfs(const Kel16s* pSrc, Kel16s* pSrcDst, int len, int scaleFactor) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSrcDst)) return kelStatusNullPtr;
-    if (anyNotSmaller(pSrcDst, pSrc, toSize(len))) return kelStatusOutOfRange;
+    if (const KelStatus fault = subtractionFault(len, pSrc, pSrcDst)) return fault;
     logSubtractScaled(pSrc, pSrcDst, toSize(len), scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsLogSum_64f(const Kel64f* pSrc, Kel64f* pSum, int len) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSum)) return kelStatusNullPtr;
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSum)) return fault;
     logSum(pSrc, pSum, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsLogSum_32f(const Kel32f* pSrc, Kel32f* pSum, int len) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSum)) return kelStatusNullPtr;
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSum)) return fault;
     logSum(pSrc, pSum, toSize(len));
     return kelStatusOk;
 }
 
 KelStatus kelsLogSum_32s_Sfs(const Kel32s* pSrc, Kel32s* pSum, int len, int scaleFactor) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSum)) return kelStatusNullPtr;
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSum)) return fault;
     logSumScaled(pSrc, pSum, toSize(len), scaleFactor);
     return kelStatusOk;
 }
 
 KelStatus kelsLogSum_16s_Sfs(const Kel16s* pSrc, Kel16s* pSum, int len, int scaleFactor) {
-    if (len < 1) return kelStatusSize;
-    if (anyNull(pSrc, pSum)) return kelStatusNullPtr;
+    if (const KelStatus fault = lengthThenPointersFault(len, pSrc, pSum)) return fault;
     logSumScaled(pSrc, pSum, toSize(len), scaleFactor);
     return kelStatusOk;
 }

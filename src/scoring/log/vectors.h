@@ -4,22 +4,22 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "core/vector/convert.h"
 #include "core/scaling.h"
 #include "core/simd/elementary.h"
+#include "core/vector/convert.h"
 #include "scoring/log/add.h"
 
-namespace kels {
+namespace kels::log {
 
 // ---- addition ------------------------------------------------------------------------------------------------------
 
 inline void logAddVectorFast(const Kel32f* src, Kel32f* srcDst, std::size_t len) {
-    map(
-        srcDst, len, [](const auto& a, const auto& b) { return logAddFast(a, b); }, 0.0f, src, srcDst);
+    const auto add = [](const auto& a, const auto& b) { return logAddFast(a, b); };
+    map(srcDst, len, add, 0.0f, src, srcDst);
 }
 inline void logAddVector(const Kel32f* src, Kel32f* srcDst, std::size_t len) {
-    map(
-        srcDst, len, [](const auto& a, const auto& b) { return logAddAccurate(a, b); }, 0.0f, src, srcDst);
+    const auto add = [](const auto& a, const auto& b) { return logAddAccurate(a, b); };
+    map(srcDst, len, add, 0.0f, src, srcDst);
 }
 inline void logAddVector(const Kel64f* src, Kel64f* srcDst, std::size_t len) {
     std::size_t i = 0;
@@ -32,7 +32,7 @@ inline void logAddVector(const Kel64f* src, Kel64f* srcDst, std::size_t len) {
     std::copy(last, last + (len - i), srcDst + i);
 }
 
-// Another hint than the three computes nothing.
+// Hints other than the three of the interface compute nothing.
 inline void logAddByHint(const Kel32f* src, Kel32f* srcDst, std::size_t len, int hint) {
     if (hint == kelHintFast) logAddVectorFast(src, srcDst, len);
     if (hint == kelHintNone || hint == kelHintAccurate) logAddVector(src, srcDst, len);
@@ -47,24 +47,24 @@ inline void logAddByHint(const Kel64f* src, Kel64f* srcDst, std::size_t len, int
 template <class T>
 void toLogs(const T* src, Kel32f* dst, std::size_t len, const SplitMultiplier& m) {
     convertWidening(src, dst, len);
-    map(
-        dst, len, [&](const Vec<Kel32f>& x) { return x * m.first * m.second; }, 0.0f, dst);
+    const auto scale = [&](const Vec<Kel32f>& x) { return x * m.first * m.second; };
+    map(dst, len, scale, 0.0f, dst);
 }
 
-// Integers n stand for n * 2^-scaleFactor.  Whatever the hint does, they become floats and integers again.
+// An integer n stands for n * 2^-scaleFactor.  With every hint, srcDst becomes floats and then integers again.
 template <class T>
 void logAddScaled(const T* src, T* srcDst, std::size_t len, int scaleFactor, int hint) {
     constexpr std::size_t kChunk = 128;
     alignas(64) Kel32f a[kChunk], b[kChunk];
-    const int held = std::clamp(scaleFactor, -256, 256);  // as good as any beyond, and its negative exists
-    const SplitMultiplier multiplier(held);
+    const int places = std::clamp(scaleFactor, -256, 256);  // as good as any beyond, and its negative exists
+    const SplitMultiplier multiplier(places);
     const NearestScope scope;
     for (std::size_t i = 0; i < len; i += kChunk) {
         const std::size_t n = std::min(kChunk, len - i);
         toLogs(src + i, a, n, multiplier);
         toLogs(srcDst + i, b, n, multiplier);
         logAddByHint(a, b, n, hint);
-        convertToInt(b, srcDst + i, n, -held, TowardZero());
+        convertToInt(b, srcDst + i, n, -places, TowardZero());
     }
 }
 
@@ -115,18 +115,18 @@ Vec<Kel64f> logSubtract(const Vec<Kel64f>& a, const Vec<Kel64f>& b) {
 inline void logSubtractVector(const Kel64f* src, Kel64f* srcDst, std::size_t len) {
     using V = Vec<Kel64f>;
     const NearestScope scope;
-    map(
-        srcDst, len, [](const V& a, const V& b) { return logSubtract<Kel64f>(a, b); }, 0.0, src, srcDst);
+    const auto subtract = [](const V& a, const V& b) { return logSubtract<Kel64f>(a, b); };
+    map(srcDst, len, subtract, 0.0, src, srcDst);
 }
 inline void logSubtractVector(const Kel32f* src, Kel32f* srcDst, std::size_t len) {
     using V = Vec<Kel32f>;
     const NearestScope scope;
-    const auto op = [](const V& a, const V& b) {
+    const auto subtract = [](const V& a, const V& b) {
         const auto [aLow, aHigh] = widen(a);
         const auto [bLow, bHigh] = widen(b);
         return narrow(logSubtract<Kel32f>(aLow, bLow), logSubtract<Kel32f>(aHigh, bHigh));
     };
-    map(srcDst, len, op, 0.0f, src, srcDst);
+    map(srcDst, len, subtract, 0.0f, src, srcDst);
 }
 
 template <class T>
@@ -136,13 +136,13 @@ void logSubtractScaled(const T* src, T* srcDst, std::size_t len, int scaleFactor
     alignas(64) Kel64f a[kChunk], b[kChunk];
     const Kel64f multiplier = scaleMultiplier(scaleFactor);
     const Kel64f back = 1.0 / multiplier;
+    const auto subtract = [](const V& x, const V& y) { return logSubtract<Kel32f>(x, y); };
     const NearestScope scope;
     for (std::size_t i = 0; i < len; i += kChunk) {
         const std::size_t n = std::min(kChunk, len - i);
         convertScaledUp(src + i, a, n, multiplier);
         convertScaledUp(srcDst + i, b, n, multiplier);
-        map(
-            b, n, [](const V& x, const V& y) { return logSubtract<Kel32f>(x, y); }, 0.0, a, b);
+        map(b, n, subtract, 0.0, a, b);
         for (std::size_t k = 0; k < n; ++k) srcDst[i + k] = truncateSaturate<T>(b[k] * back);
     }
 }
@@ -179,4 +179,4 @@ void logSumScaled(const T* src, T* pSum, std::size_t len, int scaleFactor) {
     *pSum = truncateSaturate<T>(sum / multiplier);
 }
 
-}  // namespace kels
+}  // namespace kels::log

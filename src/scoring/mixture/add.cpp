@@ -1,9 +1,15 @@
-#include "core/check.h"
-#include "core/rows.h"
+// Running sums of frames: the log likelihood so far of each frame.
 #include "kels/mixture.h"
+
+#include "scoring/checks.h"
 #include "scoring/mixture/fold.h"
 
+namespace {
 using namespace kels;
+using namespace kels::gauss;
+using namespace kels::mixture;
+using namespace kels::scoring;
+}  // namespace
 
 // ---- float models --------------------------------------------------------------------------------------------------
 
@@ -14,28 +20,23 @@ KelStatus kelsLogGaussAdd1_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pM
 
 KelStatus kelsLogGaussAdd_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
                                  Kel32f* pSrcDst, int height, Kel32f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pSrcDst)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
-                                  Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+                                            Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAdd_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
                                   Kel32f* pSrcDst, int height, Kel32f gConst) {
-    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pSrcDst)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
-                                  Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+                                            Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAdd_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
                                  Kel64f* pSrcDst, int height, Kel64f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
@@ -43,8 +44,7 @@ KelStatus kelsLogGaussAdd_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMe
 
 KelStatus kelsLogGaussAdd_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
                                   Kel64f* pSrcDst, int height, Kel64f gConst) {
-    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
@@ -52,28 +52,23 @@ KelStatus kelsLogGaussAdd_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, con
 
 KelStatus kelsLogGaussAdd_IdVar_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, int width, Kel32f* pSrcDst,
                                        int height, Kel32f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pSrcDst)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
-                               Half(SameConstant{gConst}), LogAddTo{pSrcDst});
+                                         Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAdd_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, int width, Kel32f* pSrcDst,
                                         int height, Kel32f gConst) {
-    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width), Half(SameConstant{gConst}),
-                               LogAddTo{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pSrcDst)) return fault;
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
+                                         Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAdd_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, int width, Kel64f* pSrcDst,
                                        int height, Kel64f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pSrcDst)) return fault;
     score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
@@ -81,8 +76,7 @@ KelStatus kelsLogGaussAdd_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64
 
 KelStatus kelsLogGaussAdd_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, int width, Kel64f* pSrcDst,
                                         int height, Kel64f gConst) {
-    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pSrcDst)) return fault;
     score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), LogAddTo{pSrcDst});
     return kelStatusOk;
@@ -92,39 +86,33 @@ KelStatus kelsLogGaussAdd_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMea
 
 KelStatus kelsLogGaussAdd_Scaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar,
                                            int width, Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pSrcDst)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
-                                  HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
+                                            HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAdd_Scaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
                                             Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pSrcDst)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
-                                  HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
+                                            HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAdd_IdVarScaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, int width,
                                                 Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pSrcDst)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
-                               HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
+                                         HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAdd_IdVarScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32f* pSrcDst,
                                                  int height, Kel32f gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pSrcDst)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
-                               HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
+                                         HalfScaled(SameConstant{gConst}, scaleFactor), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 

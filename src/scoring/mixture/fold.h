@@ -6,7 +6,9 @@
 #include "scoring/gauss/walk.h"
 #include "scoring/log/vectors.h"
 
-namespace kels {
+namespace kels::mixture {
+
+using log::logAddVector;
 
 template <class T>
 struct LogAddTo {
@@ -18,4 +20,4 @@ struct LogAddTo {
 template <class T>
 LogAddTo(T*) -> LogAddTo<T>;
 
-}  // namespace kels
+}  // namespace kels::mixture

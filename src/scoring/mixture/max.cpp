@@ -1,9 +1,14 @@
-#include "core/check.h"
-#include "core/rows.h"
+// Running maxima of frames: the best score so far of each frame.
 #include "kels/mixture.h"
+
+#include "scoring/checks.h"
 #include "scoring/gauss/walk.h"
 
+namespace {
 using namespace kels;
+using namespace kels::gauss;
+using namespace kels::scoring;
+}  // namespace
 
 // ---- float models --------------------------------------------------------------------------------------------------
 
@@ -14,28 +19,23 @@ KelStatus kelsLogGaussMax1_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pM
 
 KelStatus kelsLogGaussMax_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, const Kel32f* pIvar, int width,
                                  Kel32f* pSrcDst, int height, Kel32f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pSrcDst)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
-                                  Half(SameConstant{gConst}), MaxWith{pSrcDst});
+                                            Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMax_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, const Kel32f* pIvar, int width,
                                   Kel32f* pSrcDst, int height, Kel32f gConst) {
-    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pSrcDst)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
-                                  Half(SameConstant{gConst}), MaxWith{pSrcDst});
+                                            Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMax_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, const Kel64f* pIvar, int width,
                                  Kel64f* pSrcDst, int height, Kel64f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -43,8 +43,7 @@ KelStatus kelsLogGaussMax_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMe
 
 KelStatus kelsLogGaussMax_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, const Kel64f* pIvar, int width,
                                   Kel64f* pSrcDst, int height, Kel64f gConst) {
-    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                      Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -52,28 +51,23 @@ KelStatus kelsLogGaussMax_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, con
 
 KelStatus kelsLogGaussMax_IdVar_32f_D2(const Kel32f* pSrc, int step, const Kel32f* pMean, int width, Kel32f* pSrcDst,
                                        int height, Kel32f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pSrcDst)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
-                               Half(SameConstant{gConst}), MaxWith{pSrcDst});
+                                         Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMax_IdVar_32f_D2L(const Kel32f** ppSrc, const Kel32f* pMean, int width, Kel32f* pSrcDst,
                                         int height, Kel32f gConst) {
-    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width), Half(SameConstant{gConst}),
-                               MaxWith{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pSrcDst)) return fault;
+    score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
+                                         Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMax_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64f* pMean, int width, Kel64f* pSrcDst,
                                        int height, Kel64f gConst) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pSrcDst)) return fault;
     score<Extended<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -81,8 +75,7 @@ KelStatus kelsLogGaussMax_IdVar_64f_D2(const Kel64f* pSrc, int step, const Kel64
 
 KelStatus kelsLogGaussMax_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMean, int width, Kel64f* pSrcDst,
                                         int height, Kel64f gConst) {
-    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pSrcDst)) return fault;
     score<Extended<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                   Half(SameConstant{gConst}), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -92,9 +85,7 @@ KelStatus kelsLogGaussMax_IdVar_64f_D2L(const Kel64f** ppSrc, const Kel64f* pMea
 
 KelStatus kelsLogGaussMax_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar,
                                        int width, Kel32s* pSrcDst, int height, Kel32s gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pSrcDst)) return fault;
     score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -102,8 +93,7 @@ KelStatus kelsLogGaussMax_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16
 
 KelStatus kelsLogGaussMax_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
                                         Kel32s* pSrcDst, int height, Kel32s gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pSrcDst)) return fault;
     score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -111,9 +101,7 @@ KelStatus kelsLogGaussMax_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMea
 
 KelStatus kelsLogGaussMax_IdVar_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* pMean, int width,
                                              Kel32s* pSrcDst, int height, Kel32s gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pSrcDst)) return fault;
     score<Exact<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -121,8 +109,7 @@ KelStatus kelsLogGaussMax_IdVar_16s32s_D2Sfs(const Kel16s* pSrc, int step, const
 
 KelStatus kelsLogGaussMax_IdVar_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32s* pSrcDst,
                                               int height, Kel32s gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pSrcDst)) return fault;
     score<Exact<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                                HalfShifted(Saturated(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -130,9 +117,7 @@ KelStatus kelsLogGaussMax_IdVar_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s
 
 KelStatus kelsLogGaussMax_Low_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar,
                                            int width, Kel32s* pSrcDst, int height, Kel32s gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pSrcDst)) return fault;
     score<Exact<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -140,8 +125,7 @@ KelStatus kelsLogGaussMax_Low_16s32s_D2Sfs(const Kel16s* pSrc, int step, const K
 
 KelStatus kelsLogGaussMax_Low_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
                                             Kel32s* pSrcDst, int height, Kel32s gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pSrcDst)) return fault;
     score<Exact<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
                                   HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -149,9 +133,7 @@ KelStatus kelsLogGaussMax_Low_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* 
 
 KelStatus kelsLogGaussMax_IdVarLow_16s32s_D2Sfs(const Kel16s* pSrc, int step, const Kel16s* pMean, int width,
                                                 Kel32s* pSrcDst, int height, Kel32s gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pSrcDst)) return fault;
     score<Exact<UnitWrapped>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -159,8 +141,7 @@ KelStatus kelsLogGaussMax_IdVarLow_16s32s_D2Sfs(const Kel16s* pSrc, int step, co
 
 KelStatus kelsLogGaussMax_IdVarLow_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32s* pSrcDst,
                                                  int height, Kel32s gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pSrcDst)) return fault;
     score<Exact<UnitWrapped>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
                               HalfShifted(Wrapped(), SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -170,39 +151,33 @@ KelStatus kelsLogGaussMax_IdVarLow_16s32s_D2LSfs(const Kel16s** ppSrc, const Kel
 
 KelStatus kelsLogGaussMax_Scaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, const Kel16s* pIvar,
                                            int width, Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pIvar, pSrcDst)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(StepRows(pSrc, step), pMean, pIvar), toSize(height), toSize(width),
-                                  HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
+                                            HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMax_Scaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, const Kel16s* pIvar, int width,
                                             Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pIvar, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pIvar, pSrcDst)) return fault;
     score<SinglePrecision<InverseVariance>>(frames(PointerRows(ppSrc), pMean, pIvar), toSize(height), toSize(width),
-                                  HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
+                                            HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMax_IdVarScaled_16s32f_D2(const Kel16s* pSrc, int step, const Kel16s* pMean, int width,
                                                 Kel32f* pSrcDst, int height, Kel32f gConst, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pSrc, pMean, pSrcDst)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(StepRows(pSrc, step), pMean), toSize(height), toSize(width),
-                               HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
+                                         HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMax_IdVarScaled_16s32f_D2L(const Kel16s** ppSrc, const Kel16s* pMean, int width, Kel32f* pSrcDst,
                                                  int height, Kel32f gConst, int scaleFactor) {
-    if (anyNull(ppSrc, pMean, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppSrc, pMean, pSrcDst)) return fault;
     score<SinglePrecision<UnitVariance>>(frames(PointerRows(ppSrc), pMean), toSize(height), toSize(width),
-                               HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
+                                         HalfScaled(SameConstant{gConst}, scaleFactor), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 

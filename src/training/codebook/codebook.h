@@ -39,6 +39,8 @@ static_assert(sizeof(KelCdbk_32f) == 48);
 
 namespace kels {
 
+using gauss::Exact, gauss::InverseVariance, gauss::Item, gauss::SinglePrecision, gauss::UnitVariance;
+
 // Real is the type of distances, Term how they are summed: in single precision, or exactly.
 template <class T>
 struct CodebookOf;

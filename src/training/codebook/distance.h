@@ -14,6 +14,8 @@
 
 namespace kels {
 
+using gauss::sumOf1, gauss::sumsOf, gauss::sumsOf4;
+
 // Calls `use` with the weighting of a codebook: no weights where all are 1.
 template <class Use>
 auto withWeighting(bool weighted, Use use) {

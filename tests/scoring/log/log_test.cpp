@@ -65,7 +65,7 @@ double operand(test::Random& random, double) {
 // absolute terms, and the argument's own error enters with a slope of less than 1.
 long double fastRounding(long double d) {
     const Kel64f* p[3];
-    kels::GetLogAddConst_F(&p[0], &p[1], &p[2]);
+    kels::log::GetLogAddConst_F(&p[0], &p[1], &p[2]);
     const int piece = d > -2.55L ? 0 : d > -6.8L ? 1 : 2;
     const long double point = std::array{0.0L, -2.55L, -6.8L}[piece];
     long double terms = 0;
@@ -96,7 +96,7 @@ TYPED_TEST(LogFloats, Addition) {
 // The polynomials of the double form as printed, in exact enough arithmetic: the result is theirs, rounded once.
 TEST(LogAdd, DoubleFormIsRoundedOnce) {
     const Kel64f* p[3];
-    kels::GetLogAddConst(&p[0], &p[1], &p[2]);
+    kels::log::GetLogAddConst(&p[0], &p[1], &p[2]);
     test::Random random(5);
     for (int i = 0; i < 20000; ++i) {
         const Kel64f m = i % 2 ? 0 : operand(random, 0), s = m + random.uniform(-23, 0);

@@ -1,34 +1,36 @@
-#include "core/check.h"
-#include "core/rows.h"
+// One vector under a mixture of Gaussians.
 #include "kels/mixture.h"
+
+#include "scoring/checks.h"
 #include "scoring/mixture/sum.h"
 
+namespace {
 using namespace kels;
+using namespace kels::gauss;
+using namespace kels::mixture;
+using namespace kels::scoring;
+}  // namespace
 
 KelStatus kelsLogGaussMixture_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, const Kel32f* pIvar, int height, int step,
                                      int width, const Kel32f* pDets, Kel32f* pResult) {
-    if (anyNull(pSrc, pMean, pIvar, pDets, pResult)) return kelStatusNullPtr;
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
-                                                    toSize(height), toSize(width), Half(ConstantOf{pDets}));
+    if (const KelStatus fault = mixtureFault(step, width, height, pSrc, pMean, pIvar, pDets, pResult)) return fault;
+    *pResult =
+        mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                                       toSize(height), toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMixture_32f_D2L(const Kel32f* pSrc, const Kel32f** ppMean, const Kel32f** ppIvar, int height,
                                       int width, const Kel32f* pDets, Kel32f* pResult) {
-    if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, pSrc, ppMean, ppIvar, pDets, pResult)) return fault;
     *pResult = mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
-                                                    toSize(height), toSize(width), Half(ConstantOf{pDets}));
+                                                              toSize(height), toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMixture_64f_D2(const Kel64f* pSrc, const Kel64f* pMean, const Kel64f* pIvar, int height, int step,
                                      int width, const Kel64f* pDets, Kel64f* pResult) {
-    if (anyNull(pSrc, pMean, pIvar, pDets, pResult)) return kelStatusNullPtr;
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = mixtureFault(step, width, height, pSrc, pMean, pIvar, pDets, pResult)) return fault;
     *pResult = mixtureScore<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
                                                        toSize(height), toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
@@ -36,8 +38,7 @@ KelStatus kelsLogGaussMixture_64f_D2(const Kel64f* pSrc, const Kel64f* pMean, co
 
 KelStatus kelsLogGaussMixture_64f_D2L(const Kel64f* pSrc, const Kel64f** ppMean, const Kel64f** ppIvar, int height,
                                       int width, const Kel64f* pDets, Kel64f* pResult) {
-    if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, pSrc, ppMean, ppIvar, pDets, pResult)) return fault;
     *pResult = mixtureScore<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
                                                        toSize(height), toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
@@ -45,37 +46,31 @@ KelStatus kelsLogGaussMixture_64f_D2L(const Kel64f* pSrc, const Kel64f** ppMean,
 
 KelStatus kelsLogGaussMixture_IdVar_32f_D2(const Kel32f* pSrc, const Kel32f* pMean, int height, int step, int width,
                                            const Kel32f* pDets, Kel32f* pResult) {
-    if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height), toSize(width),
-                                                 Half(ConstantOf{pDets}));
+    if (const KelStatus fault = mixtureFault(step, width, height, pSrc, pMean, pDets, pResult)) return fault;
+    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height),
+                                                           toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMixture_IdVar_32f_D2L(const Kel32f* pSrc, const Kel32f** ppMean, int height, int width,
                                             const Kel32f* pDets, Kel32f* pResult) {
-    if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), toSize(height), toSize(width),
-                                                 Half(ConstantOf{pDets}));
+    if (const KelStatus fault = rowsFault(width, height, pSrc, ppMean, pDets, pResult)) return fault;
+    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), toSize(height),
+                                                           toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMixture_IdVar_64f_D2(const Kel64f* pSrc, const Kel64f* pMean, int height, int step, int width,
                                            const Kel64f* pDets, Kel64f* pResult) {
-    if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height), toSize(width),
-                                                    Half(ConstantOf{pDets}));
+    if (const KelStatus fault = mixtureFault(step, width, height, pSrc, pMean, pDets, pResult)) return fault;
+    *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height),
+                                                    toSize(width), Half(ConstantOf{pDets}));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMixture_IdVar_64f_D2L(const Kel64f* pSrc, const Kel64f** ppMean, int height, int width,
                                             const Kel64f* pDets, Kel64f* pResult) {
-    if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, pSrc, ppMean, pDets, pResult)) return fault;
     *pResult = mixtureScore<Extended<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), toSize(height), toSize(width),
                                                     Half(ConstantOf{pDets}));
     return kelStatusOk;
@@ -84,23 +79,20 @@ KelStatus kelsLogGaussMixture_IdVar_64f_D2L(const Kel64f* pSrc, const Kel64f** p
 KelStatus kelsLogGaussMixture_Scaled_16s32f_D2(const Kel16s* pSrc, const Kel16s* pMean, const Kel16s* pIvar, int height,
                                                int step, int width, const Kel32f* pDets, Kel32f* pResult,
                                                int scaleFactor) {
-    if (anyNull(pSrc, pMean, pIvar, pDets, pResult)) return kelStatusNullPtr;
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (width < 1 || height < 1) return kelStatusSize;
-    *pResult =
-        mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
-                                             toSize(height), toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
+    if (const KelStatus fault = mixtureFault(step, width, height, pSrc, pMean, pIvar, pDets, pResult)) return fault;
+    *pResult = mixtureScore<SinglePrecision<InverseVariance>>(
+        gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height), toSize(width),
+        HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMixture_Scaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s** ppMean, const Kel16s** ppIvar,
                                                 int height, int width, const Kel32f* pDets, Kel32f* pResult,
                                                 int scaleFactor) {
-    if (anyNull(pSrc, ppMean, ppIvar, pDets, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    *pResult =
-        mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
-                                             toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
+    if (const KelStatus fault = rowsFault(width, height, pSrc, ppMean, ppIvar, pDets, pResult)) return fault;
+    *pResult = mixtureScore<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)),
+                                                              toSize(height), toSize(width),
+                                                              HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
 
@@ -118,20 +110,17 @@ KelStatus kelsLogGaussMixture_LowScaled_16s32f_D2L(const Kel16s* pSrc, const Kel
 
 KelStatus kelsLogGaussMixture_IdVarScaled_16s32f_D2(const Kel16s* pSrc, const Kel16s* pMean, int height, int step,
                                                     int width, const Kel32f* pDets, Kel32f* pResult, int scaleFactor) {
-    if (anyNull(pSrc, pMean, pDets, pResult)) return kelStatusNullPtr;
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height), toSize(width),
-                                                 HalfScaled(ConstantOf{pDets}, scaleFactor));
+    if (const KelStatus fault = mixtureFault(step, width, height, pSrc, pMean, pDets, pResult)) return fault;
+    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, StepRows(pMean, step)), toSize(height),
+                                                           toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMixture_IdVarScaled_16s32f_D2L(const Kel16s* pSrc, const Kel16s** ppMean, int height, int width,
                                                      const Kel32f* pDets, Kel32f* pResult, int scaleFactor) {
-    if (anyNull(pSrc, ppMean, pDets, pResult)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), toSize(height), toSize(width),
-                                                 HalfScaled(ConstantOf{pDets}, scaleFactor));
+    if (const KelStatus fault = rowsFault(width, height, pSrc, ppMean, pDets, pResult)) return fault;
+    *pResult = mixtureScore<SinglePrecision<UnitVariance>>(gaussians(pSrc, PointerRows(ppMean)), toSize(height),
+                                                           toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor));
     return kelStatusOk;
 }
 

@@ -1,36 +1,37 @@
-#include "core/check.h"
-#include "core/rows.h"
+// Running maxima and sums of one vector under many Gaussians.
 #include "kels/mixture.h"
+
+#include "scoring/checks.h"
 #include "scoring/mixture/fold.h"
 
+namespace {
 using namespace kels;
+using namespace kels::gauss;
+using namespace kels::mixture;
+using namespace kels::scoring;
+}  // namespace
 
 // ---- maximum: float models -----------------------------------------------------------------------------------------
 
 KelStatus kelsLogGaussMaxMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc,
                                          int width, const Kel32f* pDets, Kel32f* pSrcDst, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
-                                  toSize(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                            toSize(height), toSize(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMaxMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
                                           const Kel32f* pDets, Kel32f* pSrcDst, int height) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  Half(ConstantOf{pDets}), MaxWith{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                            toSize(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMaxMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc,
                                          int width, const Kel64f* pDets, Kel64f* pSrcDst, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDets, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
                                      toSize(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -38,8 +39,7 @@ KelStatus kelsLogGaussMaxMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIva
 
 KelStatus kelsLogGaussMaxMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
                                           const Kel64f* pDets, Kel64f* pSrcDst, int height) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDets, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
                                      toSize(width), Half(ConstantOf{pDets}), MaxWith{pSrcDst});
     return kelStatusOk;
@@ -60,30 +60,27 @@ KelStatus kelsLogGaussMaxMultiMix_16s32f_D2L(const Kel16s** ppMean, const Kel16s
 KelStatus kelsLogGaussMaxMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step,
                                                    const Kel16s* pSrc, int width, const Kel32f* pDets, Kel32f* pSrcDst,
                                                    int height, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
-                                  toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                            toSize(height), toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor),
+                                            MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMaxMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
                                                     int width, const Kel32f* pDets, Kel32f* pSrcDst, int height,
                                                     int scaleFactor) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  HalfScaled(ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                            toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor),
+                                            MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussMaxMultiMix_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* pIvar, int step, const Kel16s* pSrc,
                                                int width, const Kel32s* pDets, Kel32s* pSrcDst, int height,
                                                int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDets, pSrcDst)) return fault;
     score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
                                   toSize(width), HalfShifted(Saturated(), ConstantOf{pDets}, scaleFactor),
                                   MaxWith{pSrcDst});
@@ -93,10 +90,10 @@ KelStatus kelsLogGaussMaxMultiMix_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s
 KelStatus kelsLogGaussMaxMultiMix_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
                                                 int width, const Kel32s* pDets, Kel32s* pSrcDst, int height,
                                                 int scaleFactor) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  HalfShifted(Saturated(), ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                  toSize(width), HalfShifted(Saturated(), ConstantOf{pDets}, scaleFactor),
+                                  MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
@@ -116,9 +113,7 @@ KelStatus kelsLogGaussMaxMultiMix_LowScaled_16s32f_D2L(const Kel16s** ppMean, co
 KelStatus kelsLogGaussMaxMultiMix_Low_16s32s_D2Sfs(const Kel16s* pMean, const Kel16s* pIvar, int step,
                                                    const Kel16s* pSrc, int width, const Kel32s* pDets, Kel32s* pSrcDst,
                                                    int height, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDets, pSrcDst)) return fault;
     score<Exact<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
                                   toSize(width), HalfShifted(Wrapped(), ConstantOf{pDets}, scaleFactor),
                                   MaxWith{pSrcDst});
@@ -128,10 +123,10 @@ KelStatus kelsLogGaussMaxMultiMix_Low_16s32s_D2Sfs(const Kel16s* pMean, const Ke
 KelStatus kelsLogGaussMaxMultiMix_Low_16s32s_D2LSfs(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
                                                     int width, const Kel32s* pDets, Kel32s* pSrcDst, int height,
                                                     int scaleFactor) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  HalfShifted(Wrapped(), ConstantOf{pDets}, scaleFactor), MaxWith{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<Exact<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                  toSize(width), HalfShifted(Wrapped(), ConstantOf{pDets}, scaleFactor),
+                                  MaxWith{pSrcDst});
     return kelStatusOk;
 }
 
@@ -144,28 +139,23 @@ KelStatus kelsLogGaussAdd2_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int 
 
 KelStatus kelsLogGaussAddMultiMix_32f_D2(const Kel32f* pMean, const Kel32f* pIvar, int step, const Kel32f* pSrc,
                                          int width, const Kel32f* pDets, Kel32f* pSrcDst, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
-                                  toSize(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                            toSize(height), toSize(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAddMultiMix_32f_D2L(const Kel32f** ppMean, const Kel32f** ppIvar, const Kel32f* pSrc, int width,
                                           const Kel32f* pDets, Kel32f* pSrcDst, int height) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                            toSize(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAddMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIvar, int step, const Kel64f* pSrc,
                                          int width, const Kel64f* pDets, Kel64f* pSrcDst, int height) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDets, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
                                      toSize(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
     return kelStatusOk;
@@ -173,8 +163,7 @@ KelStatus kelsLogGaussAddMultiMix_64f_D2(const Kel64f* pMean, const Kel64f* pIva
 
 KelStatus kelsLogGaussAddMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** ppIvar, const Kel64f* pSrc, int width,
                                           const Kel64f* pDets, Kel64f* pSrcDst, int height) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDets, pSrcDst)) return fault;
     score<Extended<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
                                      toSize(width), Half(ConstantOf{pDets}), LogAddTo{pSrcDst});
     return kelStatusOk;
@@ -185,21 +174,20 @@ KelStatus kelsLogGaussAddMultiMix_64f_D2L(const Kel64f** ppMean, const Kel64f** 
 KelStatus kelsLogGaussAddMultiMix_Scaled_16s32f_D2(const Kel16s* pMean, const Kel16s* pIvar, int step,
                                                    const Kel16s* pSrc, int width, const Kel32f* pDets, Kel32f* pSrcDst,
                                                    int height, int scaleFactor) {
-    if (stepTooSmall(step, width)) return kelStatusStep;
-    if (anyNull(pMean, pIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)), toSize(height),
-                                  toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor), LogAddTo{pSrcDst});
+    if (const KelStatus fault = blockFault(step, width, height, pMean, pIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, StepRows(pMean, step), StepRows(pIvar, step)),
+                                            toSize(height), toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor),
+                                            LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
 KelStatus kelsLogGaussAddMultiMix_Scaled_16s32f_D2L(const Kel16s** ppMean, const Kel16s** ppIvar, const Kel16s* pSrc,
                                                     int width, const Kel32f* pDets, Kel32f* pSrcDst, int height,
                                                     int scaleFactor) {
-    if (anyNull(ppMean, ppIvar, pSrc, pDets, pSrcDst)) return kelStatusNullPtr;
-    if (width < 1 || height < 1) return kelStatusSize;
-    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height), toSize(width),
-                                  HalfScaled(ConstantOf{pDets}, scaleFactor), LogAddTo{pSrcDst});
+    if (const KelStatus fault = rowsFault(width, height, ppMean, ppIvar, pSrc, pDets, pSrcDst)) return fault;
+    score<SinglePrecision<InverseVariance>>(gaussians(pSrc, PointerRows(ppMean), PointerRows(ppIvar)), toSize(height),
+                                            toSize(width), HalfScaled(ConstantOf{pDets}, scaleFactor),
+                                            LogAddTo{pSrcDst});
     return kelStatusOk;
 }
 
