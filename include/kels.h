@@ -8,6 +8,7 @@
 
 #include "kels/types.h"
 
+#include "kels/aurora.h"
 #include "kels/block.h"
 #include "kels/core.h"
 #include "kels/cpu.h"

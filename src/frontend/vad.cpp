@@ -1,39 +1,14 @@
 // Voice activity detection.  Both forms keep the same state: the 16-bit form reads its inputs as numbers.
 #include "kels/vad.h"
 
-#include <cstring>
-
 #include "core/check.h"
+#include "frontend/caller_state.h"
 #include "frontend/vad_kernel.h"
 
 using namespace kels;
 using namespace kels::vad;
 
 static_assert(sizeof(State) == 64);
-
-namespace {
-
-// The caller's bytes, of any alignment, as a state for the length of a call.
-class StateCopy {
-  public:
-    explicit StateCopy(Kel8u* bytes) : bytes_(bytes) { std::memcpy(&state_, bytes, sizeof(state_)); }
-    ~StateCopy() { std::memcpy(bytes_, &state_, sizeof(state_)); }
-    StateCopy(const StateCopy&) = delete;
-    StateCopy& operator=(const StateCopy&) = delete;
-
-    State& operator*() { return state_; }
-
-  private:
-    Kel8u* bytes_;
-    State state_;
-};
-
-void writeInitialState(Kel8u* bytes) {
-    const State state = initialState();
-    std::memcpy(bytes, &state, sizeof(state));
-}
-
-}  // namespace
 
 KelStatus kelsVADGetBufSize_Aurora_32f(int* pSize) {
     if (anyNull(pSize)) return kelStatusNullPtr;
@@ -48,37 +23,37 @@ KelStatus kelsVADGetBufSize_Aurora_16s(int* pSize) {
 
 KelStatus kelsVADInit_Aurora_32f(Kel8u* pState) {
     if (anyNull(pState)) return kelStatusNullPtr;
-    writeInitialState(pState);
+    writeState(initialState(), pState);
     return kelStatusOk;
 }
 KelStatus kelsVADInit_Aurora_16s(Kel8u* pState) {
     if (anyNull(pState)) return kelStatusNullPtr;
-    writeInitialState(pState);
+    writeState(initialState(), pState);
     return kelStatusOk;
 }
 
 KelStatus kelsVADDecision_Aurora_32f(const Kel32f* pMel, const Kel32f* pSpec, int extCount, int* pRes, Kel8u* pState) {
     if (anyNull(pMel, pSpec, pRes, pState)) return kelStatusNullPtr;
-    StateCopy state(pState);
+    CallerState<State> state(pState);
     *pRes = decide(*state, pMel, pSpec, extCount);
     return kelStatusOk;
 }
 KelStatus kelsVADDecision_Aurora_16s(const Kel16s* pMel, const Kel16s* pSpec, int extCount, int* pRes, Kel8u* pState) {
     if (anyNull(pMel, pSpec, pRes, pState)) return kelStatusNullPtr;
-    StateCopy state(pState);
+    CallerState<State> state(pState);
     *pRes = decide(*state, pMel, pSpec, extCount);
     return kelStatusOk;
 }
 
 KelStatus kelsVADFlush_Aurora_32f(int* pRes, Kel8u* pState) {
     if (anyNull(pRes, pState)) return kelStatusNullPtr;
-    StateCopy state(pState);
+    CallerState<State> state(pState);
     *pRes = flush(*state);
     return kelStatusOk;
 }
 KelStatus kelsVADFlush_Aurora_16s(int* pRes, Kel8u* pState) {
     if (anyNull(pRes, pState)) return kelStatusNullPtr;
-    StateCopy state(pState);
+    CallerState<State> state(pState);
     *pRes = flush(*state);
     return kelStatusOk;
 }
