@@ -1,7 +1,7 @@
 // Two signals at half the rate: the lower half of the band, and the upper half the right way up.
 //
-// The upper filter is the lower one with every second sign changed, so that one pass over the samples of odd index and one
-// over those of even index give both: their sum is the lower band, their difference the upper.
+// The upper filter is the lower one with every second sign changed, so that one pass over the samples of odd index and
+// one over those of even index give both: their sum is the lower band, their difference the upper.
 #pragma once
 
 #include <algorithm>
