@@ -3,9 +3,9 @@
 
 #include <array>
 #include <cstddef>
-#include <numbers>
 #include <utility>
 
+#include "core/constants.h"
 #include "core/simd/vec.h"
 #include "kels/types.h"
 
@@ -16,7 +16,7 @@ inline constexpr std::size_t kHalfTaps = (kMiddle + lanes<Kel32f>) / lanes<Kel32
 
 // The cosine for tables that the compiler makes; x is not above a few turns.
 constexpr Kel64f tableCosine(Kel64f x) {
-    constexpr Kel64f kTurn = 2 * std::numbers::pi;
+    constexpr Kel64f kTurn = 2 * kPi;
     while (x > kTurn / 2) x -= kTurn;
     Kel64f sum = 1, term = 1;
     for (int n = 1; n < 30; n += 2) {
@@ -32,7 +32,7 @@ constexpr TapTable makeTapTable() {
     constexpr Kel64f kCentres[kMelGains] = {
         0,        62.5,   125,  187.5,  250,      333.333,  416.667,  520.833,  625,      750,    875,      1000, 1125,
         1270.833, 1437.5, 1625, 1812.5, 2020.833, 2229.167, 2479.167, 2729.167, 3020.833, 3312.5, 3645.833, 4000};
-    constexpr Kel64f kRate = 8000, kTurn = 2 * std::numbers::pi;
+    constexpr Kel64f kRate = 8000, kTurn = 2 * kPi;
     TapTable table = {};
     for (std::size_t k = 0; k < kMelGains; ++k) {
         const Kel64f below = kCentres[k == 0 ? k : k - 1], above = kCentres[k + 1 == kMelGains ? k : k + 1];
