@@ -1,12 +1,18 @@
+// Construction of codebooks, their release, and access to their codevectors.
 #include "training/codebook/build.h"
 
-using namespace kels;
+#include "kels/vq.h"
+#include "training/codebook/check.h"
+#include "training/codebook/in_place.h"
 
 namespace {
 
-// The checks of the initialisers with allocation behind those for null pointers.
+using namespace kels;
+using namespace kels::codebook;
+
+// Of the arguments that the initialisers with allocation share, once their pointers are known to be good.
 template <class T>
-KelStatus checkTraining(const T* pWgt, int width, int step, int height, int cdbkSize, int kind) {
+KelStatus trainingFault(const T* pWgt, int width, int step, int height, int cdbkSize, int kind) {
     if (width < 1 || step < 1 || height < 1 || cdbkSize < 1 || step < width) return kelStatusSize;
     if (cdbkSize > kMostCodevectors || height < cdbkSize) return kelStatusSize;
     if (std::any_of(pWgt, pWgt + width, [](T weight) { return weight < T(0); })) return kelStatusBadArg;
@@ -23,23 +29,21 @@ KelStatus initWeighted(Codebook<T>** ppCdbk, const T* pSrc, const T* pWgt, int w
     return status;
 }
 
-// With weights of 1.  They are filled in when the width has turned out to be that of rows.
+// With weights of 1, whose place is taken before the pointers are looked at.
 template <class T>
 KelStatus initUnweighted(Codebook<T>** ppCdbk, const T* pSrc, int width, int step, int height, int cdbkSize, int kind) {
     if (width < 1) return kelStatusSize;
-    T* const weights = allocate<T>(width);
-    if (weights == nullptr) return kelStatusNoMemory;
-    KelStatus status = anyNull(ppCdbk, pSrc) ? kelStatusNullPtr : step < width ? kelStatusSize : kelStatusOk;
-    if (status == kelStatusOk) {
-        std::fill(weights, weights + width, T(1));
-        status = checkTraining(weights, width, step, height, cdbkSize, kind);
-    }
-    if (status == kelStatusOk) status = initWeighted(ppCdbk, pSrc, weights, width, step, height, cdbkSize, kind);
-    kelsFree(weights);
-    return status;
+    Scratch<T, 64> weights(width);
+    if (weights.failed()) return kelStatusNoMemory;
+    if (anyNull(ppCdbk, pSrc)) return kelStatusNullPtr;
+    if (step < width) return kelStatusSize;
+    std::fill(weights.data(), weights.data() + width, T(1));
+    if (const KelStatus fault = trainingFault(weights.data(), width, step, height, cdbkSize, kind)) return fault;
+    return initWeighted(ppCdbk, pSrc, weights.data(), width, step, height, cdbkSize, kind);
 }
 
-KelStatus checkInPlace(bool null, int width, int step, int height, int cdbkSize, int kind) {
+// Of the initialisers in memory of the caller, and of what tells how much of it they take.
+KelStatus inPlaceFault(bool null, int width, int step, int height, int cdbkSize, int kind) {
     if (kind != kelCdbkExhaustive) return kelStatusModeNotSupported;
     if (null) return kelStatusNullPtr;
     if (width < 1 || step < 1 || height < 1 || cdbkSize < 1 || width > step) return kelStatusSize;
@@ -72,8 +76,7 @@ KelStatus kelsCdbkInitAlloc_L2_32f(KelCdbk_32f** ppCdbk, const Kel32f* pSrc, int
 KelStatus kelsCdbkInitAlloc_WgtL2_32f(KelCdbk_32f** ppCdbk, const Kel32f* pSrc, const Kel32f* pWgt, int width, int step,
                                       int height, int cdbkSize, int kind) {
     if (anyNull(ppCdbk, pSrc, pWgt)) return kelStatusNullPtr;
-    const KelStatus status = checkTraining(pWgt, width, step, height, cdbkSize, kind);
-    if (status != kelStatusOk) return status;
+    if (const KelStatus fault = trainingFault(pWgt, width, step, height, cdbkSize, kind)) return fault;
     return initWeighted(ppCdbk, pSrc, pWgt, width, step, height, cdbkSize, kind);
 }
 
@@ -85,8 +88,7 @@ KelStatus kelsCdbkInitAlloc_L2_16s(KelCdbk_16s** ppCdbk, const Kel16s* pSrc, int
 KelStatus kelsCdbkInitAlloc_WgtL2_16s(KelCdbk_16s** ppCdbk, const Kel16s* pSrc, const Kel16s* pWgt, int width, int step,
                                       int height, int cdbkSize, int kind) {
     if (anyNull(ppCdbk, pSrc, pWgt)) return kelStatusNullPtr;
-    const KelStatus status = checkTraining(pWgt, width, step, height, cdbkSize, kind);
-    if (status != kelStatusOk) return status;
+    if (const KelStatus fault = trainingFault(pWgt, width, step, height, cdbkSize, kind)) return fault;
     return initWeighted(ppCdbk, pSrc, pWgt, width, step, height, cdbkSize, kind);
 }
 
@@ -107,8 +109,7 @@ KelStatus kelsCdbkFree_16s(KelCdbk_16s* pCdbk) {
 // ---- in caller memory ----------------------------------------------------------------------------------------------
 
 KelStatus kelsCdbkGetSize_32f(int width, int step, int height, int cdbkSize, int kind, int* pSize) {
-    const KelStatus status = checkInPlace(anyNull(pSize), width, step, height, cdbkSize, kind);
-    if (status != kelStatusOk) return status;
+    if (const KelStatus fault = inPlaceFault(anyNull(pSize), width, step, height, cdbkSize, kind)) return fault;
     const InPlace<Kel32f> place(width, step, cdbkSize);
     if (!place.fits()) return kelStatusNoMemory;
     *pSize = static_cast<int>(place.bytes());
@@ -116,8 +117,7 @@ KelStatus kelsCdbkGetSize_32f(int width, int step, int height, int cdbkSize, int
 }
 
 KelStatus kelsCdbkGetSize_16s(int width, int step, int height, int cdbkSize, int kind, int* pSize) {
-    const KelStatus status = checkInPlace(anyNull(pSize), width, step, height, cdbkSize, kind);
-    if (status != kelStatusOk) return status;
+    if (const KelStatus fault = inPlaceFault(anyNull(pSize), width, step, height, cdbkSize, kind)) return fault;
     const InPlace<Kel16s> place(width, step, cdbkSize);
     if (!place.fits()) return kelStatusNoMemory;
     *pSize = static_cast<int>(place.bytes());
@@ -126,8 +126,7 @@ KelStatus kelsCdbkGetSize_16s(int width, int step, int height, int cdbkSize, int
 
 KelStatus kelsCdbkInit_L2_32f(KelCdbk_32f* pCdbk, const Kel32f* pSrc, int width, int step, int height, int cdbkSize,
                               int kind) {
-    const KelStatus status = checkInPlace(anyNull(pCdbk, pSrc), width, step, height, cdbkSize, kind);
-    if (status != kelStatusOk) return status;
+    if (const KelStatus fault = inPlaceFault(anyNull(pCdbk, pSrc), width, step, height, cdbkSize, kind)) return fault;
     const InPlace<Kel32f> place(width, step, cdbkSize);
     if (!place.fits()) return kelStatusNoMemory;
     buildInPlace(place, pSrc, step, pCdbk);
@@ -136,12 +135,11 @@ KelStatus kelsCdbkInit_L2_32f(KelCdbk_32f* pCdbk, const Kel32f* pSrc, int width,
 
 KelStatus kelsCdbkInit_L2_16s(KelCdbk_16s* pCdbk, const Kel16s* pSrc, int width, int step, int height, int cdbkSize,
                               int kind) {
-    const KelStatus status = checkInPlace(anyNull(pCdbk, pSrc), width, step, height, cdbkSize, kind);
-    if (status != kelStatusOk) return status;
+    if (const KelStatus fault = inPlaceFault(anyNull(pCdbk, pSrc), width, step, height, cdbkSize, kind)) return fault;
     const InPlace<Kel16s> place(width, step, cdbkSize);
     if (!place.fits()) return kelStatusNoMemory;
     buildInPlace(place, pSrc, step, pCdbk);
-    // Nobody else can set what the record hides.
+    // The record is opaque, so that no caller could set them.
     pCdbk->indexBits = indexBitsOf(cdbkSize);
     return kelStatusOk;
 }

@@ -1,4 +1,4 @@
-// Construction and release of codebooks.
+// Codebooks in memory of their own: construction and release.
 #pragma once
 
 #include <algorithm>
@@ -6,15 +6,14 @@
 #include <limits>
 #include <utility>
 
-#include "core/check.h"
 #include "core/memory.h"
 #include "core/scaling.h"
-#include "training/codebook/clustering.h"
+#include "training/codebook/clustering/clustering.h"
 #include "training/codebook/codebook.h"
-#include "training/codebook/grid.h"
-#include "training/codebook/tree.h"
+#include "training/codebook/grid/build.h"
+#include "training/codebook/tree/build.h"
 
-namespace kels {
+namespace kels::codebook {
 
 // Everything that the initialisers with allocation obtain.  Parts that are missing are null.
 template <class T>
@@ -78,71 +77,21 @@ class CodebookBuilder {
 
     template <class Weighting>
     KelStatus splitRows(const StepRows<const T>& rows, int height, int wanted) {
-        Clustering<T, Weighting> clustering(rows, height, codebook_->width, codebook_->weights, wanted);
+        Clustering<T, Weighting> clustering(rows, height, codebook_->width, wanted);
         if (clustering.failed()) return kelStatusNoMemory;
-        const KelStatus status = clustering.run(toSize(wanted), codebook_->kind);
+        const KelStatus status = clustering.run(codebook_->weights, toSize(wanted), codebook_->kind);
         if (status < 0) return status;
-        if (!allocateVectors(static_cast<int>(clustering.clusters()))) return kelStatusNoMemory;
-        const NearestScope scope;
-        for (std::size_t c = 0; c < clustering.clusters(); ++c) {
-            const Kel32f* const centroid = clustering.centroid(c);
+        const auto& clusters = clustering.clusters();
+        if (!allocateVectors(static_cast<int>(clusters.count()))) return kelStatusNoMemory;
+        const NearestScope nearest;
+        for (std::size_t c = 0; c < clusters.count(); ++c) {
+            const Kel32f* const centroid = clusters.centroid(c);
             std::transform(centroid, centroid + codebook_->width, codevector(c), componentOf<T>);
         }
-        return TreeBuilder<T>(*codebook_, clustering.nodes()).build() ? status : kelStatusNoMemory;
+        return TreeBuilder<T>(*codebook_, clustering.splits().nodes()).build() ? status : kelStatusNoMemory;
     }
 
     Codebook<T>* codebook_;
 };
 
-// ---- in caller memory ----------------------------------------------------------------------------------------------
-
-// The record, then the three arrays, each at the next multiple of 32 bytes.
-template <class T>
-struct InPlace {
-    static constexpr int64_t kAlignment = 32;
-    int64_t width, rowStep, cdbkSize;
-
-    InPlace(int width_, int step, int cdbkSize_)
-        : width(width_),
-          rowStep(width == 1 || width == 2 || width == 4 ? width : roundUp<int64_t>(step, 8)),
-          cdbkSize(cdbkSize_) {}
-
-    // More than an int where it cannot be counted: of the factors one has 31 bits and the other 14.
-    int64_t bytes() const {
-        return int64_t{sizeof(Codebook<T>)} + 3 * kAlignment + int64_t{sizeof(T)} * (width + cdbkSize * rowStep) +
-               int64_t{sizeof(RealOf<T>)} * cdbkSize;
-    }
-    bool fits() const { return bytes() <= std::numeric_limits<int>::max(); }
-
-    // Places the arrays behind the record.
-    void layOut(Codebook<T>* codebook) const {
-        auto next = reinterpret_cast<uintptr_t>(codebook + 1);
-        const auto take = [&](int64_t size) {
-            next = roundUp<uintptr_t>(next, kAlignment);
-            return reinterpret_cast<void*>(std::exchange(next, next + static_cast<uintptr_t>(size)));
-        };
-        codebook->codevectors = static_cast<T*>(take(int64_t{sizeof(T)} * cdbkSize * rowStep));
-        codebook->weights = static_cast<T*>(take(int64_t{sizeof(T)} * width));
-        codebook->work = static_cast<RealOf<T>*>(take(int64_t{sizeof(RealOf<T>)} * cdbkSize));
-    }
-};
-
-template <class T>
-void buildInPlace(const InPlace<T>& place, const T* src, int step, Codebook<T>* codebook) {
-    codebook->lastIndexOrDepth = static_cast<Kel32s>(place.cdbkSize - 1);
-    codebook->cdbkSize = static_cast<Kel32s>(place.cdbkSize);
-    codebook->width = static_cast<Kel32s>(place.width);
-    codebook->rowStep = static_cast<Kel32s>(place.rowStep);
-    codebook->kind = kelCdbkExhaustive;
-    codebook->treeRoot = nullptr;
-    codebook->flags = 0;
-    codebook->grid = nullptr;
-    place.layOut(codebook);
-    std::fill(codebook->weights, codebook->weights + place.width, T(1));
-    const StepRows<const T> rows(src, step);
-    for (Kel32s i = 0; i < codebook->cdbkSize; ++i) {
-        std::copy(rows[i], rows[i] + codebook->width, codebook->codevectors + int64_t{i} * codebook->rowStep);
-    }
-}
-
-}  // namespace kels
+}  // namespace kels::codebook

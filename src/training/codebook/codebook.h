@@ -6,9 +6,6 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "core/check.h"
-#include "core/layout.h"
-#include "core/memory.h"
 #include "core/rows.h"
 #include "kels/vq.h"
 #include "scoring/gauss/terms.h"
@@ -37,7 +34,7 @@ struct KelCdbk_16s {
 static_assert(sizeof(KelCdbk_32f) == 48);
 #endif
 
-namespace kels {
+namespace kels::codebook {
 
 using gauss::Exact, gauss::InverseVariance, gauss::Item, gauss::SinglePrecision, gauss::UnitVariance;
 
@@ -70,11 +67,6 @@ template <class Weighting, class T>
 using TermOf = typename CodebookOf<T>::template Term<Weighting>;
 
 template <class Record>
-bool isNull(const Record* codebook) {
-    return codebook == nullptr || codebook->codevectors == nullptr;
-}
-
-template <class Record>
 auto codevectorsOf(const Record& codebook) {
     return StepRows<const std::remove_pointer_t<decltype(codebook.codevectors)>>(codebook.codevectors,
                                                                                  codebook.rowStep);
@@ -84,16 +76,6 @@ template <class Record>
 bool isWeighted(const Record& codebook) {
     return (codebook.flags & kelCdbkWeighted) != 0;
 }
-
-// A tree node as it stands in memory.
-template <class T>
-struct TreeNode {
-    NodeOf<T> node;
-    const NodeOf<T>* children[2];  // of an inner node: left and right
-    const T* grandchildren[4];     // of an inner node: their centroids; a leaf child's own stands there twice
-
-    static const TreeNode& of(const NodeOf<T>* node) { return *reinterpret_cast<const TreeNode*>(node); }
-};
 
 // The widths with kernels, and fast blocks in the tree, of their own.
 constexpr bool isFastWidth(int width) {
@@ -107,4 +89,4 @@ inline Kel32s indexBitsOf(Kel32s cdbkSize) {
     return static_cast<Kel32s>(std::bit_width(static_cast<uint32_t>(cdbkSize - 1)));
 }
 
-}  // namespace kels
+}  // namespace kels::codebook

@@ -12,7 +12,7 @@
 #include "core/simd/vec.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::codebook {
 
 template <class V>
 struct ScalarOf {
@@ -94,4 +94,4 @@ inline bool isWorthKeeping(Kel32f cost, Kel32f limit) {
     return cost < limit || std::fabs(cost - limit) <= 1e-4f * std::max(cost, limit);
 }
 
-}  // namespace kels
+}  // namespace kels::codebook

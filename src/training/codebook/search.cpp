@@ -1,15 +1,19 @@
+// Searches of codebooks: the nearest codevector of every row of a block, and the nearest ones of a single vector.
 #include "training/codebook/search.h"
 
-#include "training/codebook/ordered.h"
+#include "kels/vq.h"
+#include "training/codebook/check.h"
+#include "training/codebook/ordered_picks.h"
 
-namespace kels {
+namespace kels::codebook {
 template KelStatus quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*);
 template KelStatus quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*);
-}  // namespace kels
-
-using namespace kels;
+}  // namespace kels::codebook
 
 namespace {
+
+using namespace kels;
+using namespace kels::codebook;
 
 // The distances of a vector from all codevectors, in the codebook's scratch.
 template <class T>
@@ -59,57 +63,49 @@ constexpr Kel32s* kNoDistances = nullptr;
 // ---- rows ----------------------------------------------------------------------------------------------------------
 
 KelStatus kelsVQ_32f(const Kel32f* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_32f* pCdbk) {
-    if (isNull(pCdbk) || anyNull(pSrc, pIdx)) return kelStatusNullPtr;
-    if (step < 1 || height < 1 || step < pCdbk->width) return kelStatusSize;
+    if (const KelStatus fault = searchFault(pCdbk, step, height, pSrc, pIdx)) return fault;
     return quantise<Kel32f>(*pCdbk, StepRows(pSrc, step), toSize(height), pIdx);
 }
 
 KelStatus kelsVQ_16s(const Kel16s* pSrc, int step, Kel32s* pIdx, int height, KelCdbk_16s* pCdbk) {
-    if (isNull(pCdbk) || anyNull(pSrc, pIdx)) return kelStatusNullPtr;
-    if (step < 1 || height < 1 || step < pCdbk->width) return kelStatusSize;
+    if (const KelStatus fault = searchFault(pCdbk, step, height, pSrc, pIdx)) return fault;
     return quantise<Kel16s>(*pCdbk, StepRows(pSrc, step), toSize(height), pIdx);
 }
 
 KelStatus kelsVQDist_32f(const Kel32f* pSrc, int step, Kel32s* pIdx, Kel32f* pDist, int height, KelCdbk_32f* pCdbk) {
-    if (isNull(pCdbk) || anyNull(pSrc, pIdx, pDist)) return kelStatusNullPtr;
-    if (step < 1 || height < 1 || step < pCdbk->width) return kelStatusSize;
+    if (const KelStatus fault = searchFault(pCdbk, step, height, pSrc, pIdx, pDist)) return fault;
     return quantiseWithDistances<Kel32f>(*pCdbk, StepRows(pSrc, step), height, pIdx, pDist, RootOf());
 }
 
 KelStatus kelsVQDist_16s32s_Sfs(const Kel16s* pSrc, int step, Kel32s* pIdx, Kel32s* pDist, int height,
                                 KelCdbk_16s* pCdbk, int scaleFactor) {
-    if (isNull(pCdbk) || anyNull(pSrc, pIdx, pDist)) return kelStatusNullPtr;
-    if (step < 1 || height < 1 || step < pCdbk->width) return kelStatusSize;
+    if (const KelStatus fault = searchFault(pCdbk, step, height, pSrc, pIdx, pDist)) return fault;
     return quantiseWithDistances<Kel16s>(*pCdbk, StepRows(pSrc, step), height, pIdx, pDist, ScaledRootOf{scaleFactor});
 }
 
 // ---- single vectors, in order --------------------------------------------------------------------------------------
 
 KelStatus kelsVQSingle_Sort_32f(const Kel32f* pSrc, Kel32s* pIdx, KelCdbk_32f* pCdbk, int n) {
-    if (anyNull(pSrc, pIdx) || isNull(pCdbk)) return kelStatusNullPtr;
-    if (n < 1 || n > pCdbk->cdbkSize) return kelStatusSize;
+    if (const KelStatus fault = nearestFault(pCdbk, n, pSrc, pIdx)) return fault;
     nearestInOrder(pSrc, pIdx, kNoDistances, *pCdbk, n, NoRoot());
     return kelStatusOk;
 }
 
 KelStatus kelsVQSingle_Sort_16s(const Kel16s* pSrc, Kel32s* pIdx, KelCdbk_16s* pCdbk, int n) {
-    if (anyNull(pSrc, pIdx) || isNull(pCdbk)) return kelStatusNullPtr;
-    if (n < 1 || n > pCdbk->cdbkSize) return kelStatusSize;
+    if (const KelStatus fault = nearestFault(pCdbk, n, pSrc, pIdx)) return fault;
     nearestInOrder(pSrc, pIdx, kNoDistances, *pCdbk, n, NoRoot());
     return kelStatusOk;
 }
 
 KelStatus kelsVQDistSingle_Sort_32f(const Kel32f* pSrc, Kel32s* pIdx, Kel32f* pDist, KelCdbk_32f* pCdbk, int n) {
-    if (anyNull(pSrc, pIdx, pDist) || isNull(pCdbk)) return kelStatusNullPtr;
-    if (n < 1 || n > pCdbk->cdbkSize) return kelStatusSize;
+    if (const KelStatus fault = nearestFault(pCdbk, n, pSrc, pIdx, pDist)) return fault;
     nearestInOrder(pSrc, pIdx, pDist, *pCdbk, n, RootOf());
     return kelStatusOk;
 }
 
 KelStatus kelsVQDistSingle_Sort_16s32s_Sfs(const Kel16s* pSrc, Kel32s* pIdx, Kel32s* pDist, KelCdbk_16s* pCdbk, int n,
                                            int scaleFactor) {
-    if (anyNull(pSrc, pIdx, pDist) || isNull(pCdbk)) return kelStatusNullPtr;
-    if (n < 1 || n > pCdbk->cdbkSize) return kelStatusSize;
+    if (const KelStatus fault = nearestFault(pCdbk, n, pSrc, pIdx, pDist)) return fault;
     nearestInOrder(pSrc, pIdx, pDist, *pCdbk, n, ScaledRootOf{scaleFactor});
     return kelStatusOk;
 }
@@ -117,31 +113,27 @@ KelStatus kelsVQDistSingle_Sort_16s32s_Sfs(const Kel16s* pSrc, Kel32s* pIdx, Kel
 // ---- single vectors, all near ones ---------------------------------------------------------------------------------
 
 KelStatus kelsVQSingle_Thresh_32f(const Kel32f* pSrc, Kel32s* pIdx, KelCdbk_32f* pCdbk, Kel32f factor, Kel32s* pCount) {
-    if (anyNull(pSrc, pIdx, pCount) || isNull(pCdbk)) return kelStatusNullPtr;
-    if (!(factor >= 1)) return kelStatusBadArg;
+    if (const KelStatus fault = factorFault(pCdbk, factor, pSrc, pIdx, pCount)) return fault;
     withinFactor(pSrc, pIdx, kNoDistances, *pCdbk, factor, pCount, NoRoot());
     return kelStatusOk;
 }
 
 KelStatus kelsVQSingle_Thresh_16s(const Kel16s* pSrc, Kel32s* pIdx, KelCdbk_16s* pCdbk, Kel32f factor, Kel32s* pCount) {
-    if (anyNull(pSrc, pIdx, pCount) || isNull(pCdbk)) return kelStatusNullPtr;
-    if (!(factor >= 1)) return kelStatusBadArg;
+    if (const KelStatus fault = factorFault(pCdbk, factor, pSrc, pIdx, pCount)) return fault;
     withinFactor(pSrc, pIdx, kNoDistances, *pCdbk, factor, pCount, NoRoot());
     return kelStatusOk;
 }
 
 KelStatus kelsVQDistSingle_Thresh_32f(const Kel32f* pSrc, Kel32s* pIdx, Kel32f* pDist, KelCdbk_32f* pCdbk,
                                       Kel32f factor, Kel32s* pCount) {
-    if (anyNull(pSrc, pIdx, pDist, pCount) || isNull(pCdbk)) return kelStatusNullPtr;
-    if (!(factor >= 1)) return kelStatusBadArg;
+    if (const KelStatus fault = factorFault(pCdbk, factor, pSrc, pIdx, pDist, pCount)) return fault;
     withinFactor(pSrc, pIdx, pDist, *pCdbk, factor, pCount, RootOf());
     return kelStatusOk;
 }
 
 KelStatus kelsVQDistSingle_Thresh_16s32s_Sfs(const Kel16s* pSrc, Kel32s* pIdx, Kel32s* pDist, KelCdbk_16s* pCdbk,
                                              Kel32f factor, Kel32s* pCount, int scaleFactor) {
-    if (anyNull(pSrc, pIdx, pDist, pCount) || isNull(pCdbk)) return kelStatusNullPtr;
-    if (!(factor >= 1)) return kelStatusBadArg;
+    if (const KelStatus fault = factorFault(pCdbk, factor, pSrc, pIdx, pDist, pCount)) return fault;
     withinFactor(pSrc, pIdx, pDist, *pCdbk, factor, pCount, ScaledRootOf{scaleFactor});
     return kelStatusOk;
 }

@@ -1,14 +1,18 @@
 // The search that a codebook's kind, grid and weights call for.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
+#include <type_traits>
 
 #include "core/scaling.h"
+#include "training/codebook/codebook.h"
 #include "training/codebook/distance.h"
-#include "training/codebook/grid.h"
-#include "training/codebook/tree.h"
+#include "training/codebook/full_search.h"
+#include "training/codebook/grid/search.h"
+#include "training/codebook/tree/search.h"
 
-namespace kels {
+namespace kels::codebook {
 
 // Calls `use` with the width, as a constant where the width has kernels of its own.
 template <class Use>
@@ -30,9 +34,9 @@ auto withWidth(int width, Use use) {
 template <class Weighting, class T, class Width>
 KelStatus searchFull(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices,
                      Width width) {
-    FullSearch<T, Width> search(codebook, width);
-    if (search.failed()) return kelStatusNoMemory;
-    search.template run<Weighting>(rows, height, indices);
+    TurnedVectors<T> turned(codebook.width);
+    if (turned.failed()) return kelStatusNoMemory;
+    FullSearch<T, Width>(codebook, width, turned).template run<Weighting>(rows, height, indices);
     return kelStatusOk;
 }
 
@@ -66,7 +70,7 @@ KelStatus quantise(const Codebook<T>& codebook, const StepRows<const T>& rows, s
     });
 }
 
-// All searches are instantiated once, in vq_search.cpp.
+// All searches are instantiated once, in search.cpp.
 extern template KelStatus quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*);
 extern template KelStatus quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*);
 
@@ -106,4 +110,4 @@ KelStatus quantiseWithDistances(const Codebook<T>& codebook, const StepRows<cons
     return kelStatusOk;
 }
 
-}  // namespace kels
+}  // namespace kels::codebook

@@ -1,37 +1,44 @@
+// Vectors put together from indices into codebooks, or into plain tables.
 #include <array>
 
 #include "core/check.h"
+#include "kels/vq.h"
+#include "training/codebook/split/check.h"
+#include "training/codebook/split/indices.h"
 #include "training/codebook/split/split.h"
-
-using namespace kels;
 
 namespace {
 
+using namespace kels;
+using namespace kels::codebook;
+
 // ---- from codebooks ----
 
-template <class T, class Layout>
-KelStatus form(typename Layout::Element* pSrc, int srcStep, T* pDst, int dstStep, int height, Codebook<T>** ppCdbks,
+template <class T, class Indices>
+KelStatus form(typename Indices::Element* pSrc, int srcStep, T* pDst, int dstStep, int height, Codebook<T>** ppCdbks,
                int nStream) {
-    if (anyNull(pSrc) || anyNull(pDst) || anyNull(ppCdbks) || anyNullOf(ppCdbks, nStream)) return kelStatusNullPtr;
-    if (srcStep < 1 || dstStep < 1 || height < 1 || nStream < 1) return kelStatusSize;
-    if (widthOf(ppCdbks, nStream) > dstStep) return kelStatusSize;
-    if (!havePlaces<Layout>(ppCdbks, nStream, srcStep)) return kelStatusSize;
-    const Layout layout = {pSrc, srcStep};
-    if (!haveAllIndices<T>(height, ppCdbks, nStream, layout)) return kelStatusSize;
-    joinParts<T>(layout, height, ppCdbks, nStream, StepRows(pDst, dstStep));
+    const KelStatus fault = partsFault<Indices>(pDst, dstStep, pSrc, srcStep, height, ppCdbks, nStream);
+    if (fault != kelStatusOk) return fault;
+    const Indices stored = {pSrc, srcStep};
+    if (!haveAllIndices(height, ppCdbks, nStream, stored)) return kelStatusSize;
+    joinParts<T>(stored, height, ppCdbks, nStream, StepRows(pDst, dstStep));
     return kelStatusOk;
 }
 
 // ---- from plain tables ----
 
+template <class P>
+bool isNullTable(const P* table) {
+    return table == nullptr;
+}
+
 // As many vectors, one behind the other, as there are index arrays.
 template <class T, class I, std::size_t N>
 KelStatus formPlain(const std::array<const I*, N>& indices, const T** ppTables, T* pDst, const int* pHeight,
                     const int* pWidth, const int* pStep, int nStream) {
-    const auto isNullTable = [](const auto* p) { return p == nullptr; };
-    if (std::any_of(indices.begin(), indices.end(), isNullTable)) return kelStatusNullPtr;
-    if (anyNull(ppTables) || anyNull(pDst) || anyNull(pHeight, pWidth, pStep)) return kelStatusNullPtr;
-    if (std::any_of(ppTables, ppTables + std::max(nStream, 0), isNullTable)) return kelStatusNullPtr;
+    if (std::any_of(indices.begin(), indices.end(), isNullTable<I>)) return kelStatusNullPtr;
+    if (anyNull(ppTables, pDst, pHeight, pWidth, pStep)) return kelStatusNullPtr;
+    if (std::any_of(ppTables, ppTables + std::max(nStream, 0), isNullTable<T>)) return kelStatusNullPtr;
     if (nStream < 1) return kelStatusSize;
     for (int k = 0; k < nStream; ++k) {
         if (pWidth[k] < 1 || pStep[k] < 1) return kelStatusSize;

@@ -1,18 +1,22 @@
+// Vectors quantised in parts.
 #include "training/codebook/split/split.h"
 
-using namespace kels;
+#include "kels/vq.h"
+#include "training/codebook/split/check.h"
+#include "training/codebook/split/indices.h"
 
 namespace {
 
-// The checks, in order, and the kernel.
-template <class T, class Layout>
-KelStatus split(const T* pSrc, int srcStep, typename Layout::Element* pDst, int dstStep, int height,
+using namespace kels;
+using namespace kels::codebook;
+
+template <class T, class Indices>
+KelStatus split(const T* pSrc, int srcStep, typename Indices::Element* pDst, int dstStep, int height,
                 Codebook<T>** ppCdbks, int nStream) {
-    if (anyNull(ppCdbks, pSrc) || anyNull(pDst) || anyNullOf(ppCdbks, nStream)) return kelStatusNullPtr;
-    if (srcStep < 1 || dstStep < 1 || height < 1 || nStream < 1) return kelStatusSize;
-    if (widthOf(ppCdbks, nStream) > srcStep) return kelStatusSize;
-    if (!havePlaces<Layout>(ppCdbks, nStream, dstStep) || !holdIndices<Layout>(ppCdbks, nStream)) return kelStatusSize;
-    return quantiseParts<T>(StepRows(pSrc, srcStep), height, ppCdbks, nStream, Layout{pDst, dstStep});
+    const KelStatus fault = partsFault<Indices>(pSrc, srcStep, pDst, dstStep, height, ppCdbks, nStream);
+    if (fault != kelStatusOk) return fault;
+    if (!holdIndices<Indices>(ppCdbks, nStream)) return kelStatusSize;
+    return quantiseParts<T>(StepRows(pSrc, srcStep), height, ppCdbks, nStream, Indices{pDst, dstStep});
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include "training/codebook/distance.h"
 #include "training/codebook/rules.h"
 
-namespace kels {
+namespace kels::codebook {
 
 // Picks from an array of distances, nearest first.  Those that are not to be picked, or have been, are negative.
 template <class Real>
@@ -70,4 +70,4 @@ class OrderedPicks {
     Kel32s last_ = -1;
 };
 
-}  // namespace kels
+}  // namespace kels::codebook
