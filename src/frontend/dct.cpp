@@ -1,23 +1,38 @@
+// The cosine transform with its lifter: construction and release of the states, and their application.
 #include "frontend/dct.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "core/check.h"
+#include "core/constants.h"
+#include "core/layout.h"
 #include "core/memory.h"
 #include "core/row_table.h"
-#include "core/scaling.h"
-#include "kels/core.h"
 
-namespace kels {
+using namespace kels;
+using namespace kels::dct;
+
 namespace {
 
-constexpr Kel64f kPi = 3.141592653589793;
-constexpr std::size_t kAlignment = 32;
+// ---- checks --------------------------------------------------------------------------------------------------------
 
-// ---- weights and table
-// -----------------------------------------------------------------------------------------------
+bool badSizes(int lenDCT, int lenCeps) {
+    return lenDCT < 1 || lenCeps < 1 || lenDCT < lenCeps;
+}
+
+KelStatus sineFault(int lenDCT, int lenCeps, int nLifter, const void* ppState) {
+    if (anyNull(ppState)) return kelStatusNullPtr;
+    if (badSizes(lenDCT, lenCeps) || nLifter < 1) return kelStatusSize;
+    return kelStatusOk;
+}
+
+KelStatus suppliedFault(int lenDCT, int lenCeps, const void* pState, const void* pLifter) {
+    if (anyNull(pState, pLifter)) return kelStatusNullPtr;
+    if (badSizes(lenDCT, lenCeps)) return kelStatusSize;
+    return kelStatusOk;
+}
+
+// ---- weights and table ---------------------------------------------------------------------------------------------
 
 void sineLifter(Kel32f* lifter, int lenCeps, int nLifter, Kel32f val) {
     const Kel64f half = static_cast<Kel32f>(nLifter) / 2;
@@ -43,8 +58,7 @@ void cosineTable(const State& state) {
     }
 }
 
-// ---- construction
-// ----------------------------------------------------------------------------------------------------
+// ---- construction --------------------------------------------------------------------------------------------------
 
 bool allocateWork(KelDCTLifterState_32f&, int) {
     return true;
@@ -53,12 +67,12 @@ bool allocateWork(KelDCTLifterState_16s& state, int count) {
     return (state.work = allocate<Kel32f>(count)) != nullptr;
 }
 
-// A state with its cosine table and room for its weights; whatever there was memory for is in *ppState.
+// A state with its cosine table and room for its weights.  Where memory runs out *ppState holds what there was memory
+// for, so that the function that releases a state takes it.
 template <class State>
 KelStatus allocateState(State** ppState, int lifterLen, int lenDCT, int lenCeps, bool withC0) {
-    State* const state = *ppState = allocate<State>(1);
+    State* const state = *ppState = allocateCleared<State>(1);
     if (state == nullptr) return kelStatusNoMemory;
-    *state = State{};
     state->lifterLen = lifterLen;
     state->lenDCT = lenDCT;
     state->lenCeps = lenCeps;
@@ -66,15 +80,13 @@ KelStatus allocateState(State** ppState, int lifterLen, int lenDCT, int lenCeps,
     if (lenCeps == std::numeric_limits<int>::max()) return kelStatusNoMemory;
     if ((state->lifter = allocate<Kel32f>(lenCeps + 1)) == nullptr) return kelStatusNoMemory;
     if (!allocateWork(*state, lenCeps + (withC0 ? 1 : 0))) return kelStatusNoMemory;
-    if ((state->cosTab = Alloc2_32fd(lenCeps + 1, lenDCT)) == nullptr) return kelStatusNoMemory;
+    if ((state->cosTab = allocateRows<Kel32f>(lenCeps + 1, lenDCT)) == nullptr) return kelStatusNoMemory;
     cosineTable(*state);
     return kelStatusOk;
 }
 
 template <class State>
-KelStatus initSine(State** ppState, int lenDCT, int lenCeps, int nLifter, Kel32f val, bool withC0) {
-    if (anyNull(ppState)) return kelStatusNullPtr;
-    if (lenDCT < 1 || lenCeps < 1 || nLifter < 1 || lenDCT < lenCeps) return kelStatusSize;
+KelStatus buildWithSine(State** ppState, int lenDCT, int lenCeps, int nLifter, Kel32f val, bool withC0) {
     const NearestScope nearest;
     const KelStatus status = allocateState(ppState, nLifter, lenDCT, lenCeps, withC0);
     if (status == kelStatusOk) sineLifter((*ppState)->lifter, lenCeps, nLifter, val);
@@ -82,155 +94,94 @@ KelStatus initSine(State** ppState, int lenDCT, int lenCeps, int nLifter, Kel32f
 }
 
 template <class State>
-KelStatus initSineC0(State** ppState, int lenDCT, int lenCeps, int nLifter, Kel32f val, Kel32f val0) {
-    const KelStatus status = initSine(ppState, lenDCT, lenCeps, nLifter, val, true);
+KelStatus buildWithSineAndC0(State** ppState, int lenDCT, int lenCeps, int nLifter, Kel32f val, Kel32f val0) {
+    const KelStatus status = buildWithSine(ppState, lenDCT, lenCeps, nLifter, val, true);
     if (status == kelStatusOk) (*ppState)->lifter[0] = val0;
     return status;
 }
 
 template <class State>
-KelStatus initSupplied(State** ppState, int lenDCT, const Kel32f* pLifter, int lenCeps, bool withC0) {
-    if (anyNull(ppState, pLifter)) return kelStatusNullPtr;
-    if (lenDCT < 1 || lenCeps < 1 || lenDCT < lenCeps) return kelStatusSize;
+KelStatus buildWithSupplied(State** ppState, int lenDCT, const Kel32f* pLifter, int lenCeps, bool withC0) {
+    constexpr int kNoSine = -1;
     const NearestScope nearest;
-    const KelStatus status = allocateState(ppState, -1, lenDCT, lenCeps, withC0);
+    const KelStatus status = allocateState(ppState, kNoSine, lenDCT, lenCeps, withC0);
     if (status == kelStatusOk) suppliedLifter((*ppState)->lifter, lenCeps, pLifter, withC0);
     return status;
 }
 
+// The state and all that it points to in the caller's buffer: the fields at its first byte, the arrays from aligned
+// addresses behind them.  On either ABI and at the worst alignment of the buffer that takes
+// 4 * (lenCeps + 1) * lenDCT + 44 * lenCeps + 167 bytes at most.
+void buildInBuffer(Kel8u* buffer, int lenDCT, const Kel32s* pLifter, int lenCeps) {
+    const int rows = lenCeps + 1;
+    KelDCTLifterState_16s state{-1, lenDCT, lenCeps, 1, nullptr, nullptr, nullptr};
+    Layout layout(buffer + sizeof state);
+    state.lifter = layout.take<Kel32f>(rows);
+    state.work = layout.take<Kel32f>(rows);
+    state.cosTab = layout.take<Kel32f*>(rows);
+    for (int k = 0; k < rows; ++k) state.cosTab[k] = layout.take<Kel32f>(lenDCT);
+    const NearestScope nearest;
+    suppliedLifter(state.lifter, lenCeps, pLifter, true);
+    cosineTable(state);
+    std::memcpy(buffer, &state, sizeof state);
+}
+
+// ---- release -------------------------------------------------------------------------------------------------------
+
 template <class State>
 void releaseParts(State& state) {
-    Free2d(state.cosTab);
+    kelsFree(state.cosTab);
     kelsFree(state.lifter);
     state.cosTab = nullptr;
     state.lifter = nullptr;
 }
 
-// The state in the caller's buffer: the fields, the weights, the work array, the row pointers, the rows; each array
-// from the next aligned address.  On either ABI and at the worst alignment of the buffer that takes
-// 4 * (lenCeps + 1) * lenDCT + 44 * lenCeps + 167 bytes at most.
-class BufferLayout {
-  public:
-    explicit BufferLayout(Kel8u* buffer) : next_(reinterpret_cast<uintptr_t>(buffer) + sizeof(KelDCTLifterState_16s)) {}
-
-    template <class T>
-    T* array(int count) {
-        const uintptr_t start = roundUp<uintptr_t>(next_, kAlignment);
-        next_ = start + static_cast<std::size_t>(count) * sizeof(T);
-        return reinterpret_cast<T*>(start);
-    }
-
-  private:
-    uintptr_t next_;
-};
-
-// ---- application
-// -----------------------------------------------------------------------------------------------------
-
-inline void toFloat(const Kel16s* src, Kel32f* dst, int n) {
-    kelsConvert_16s32f(src, dst, n);
-}
-inline void toFloat(const Kel32s* src, Kel32f* dst, int n) {
-    kelsConvert_32s32f(src, dst, n);
-}
-
-// Integer frames of any length pass through a short float buffer.
-template <class Src>
-void applyToIntegers(const Src* pSrc, Kel16s* pDst, const KelDCTLifterState_16s* pState, int scaleFactor) {
-    constexpr int kChunk = 256;
-    KelDCTLifterState_16s state;  // a state in a caller's buffer may lie at an odd address
-    std::memcpy(&state, static_cast<const void*>(pState), sizeof state);
-    Kel32f chunk[kChunk];
-    for (int j = 0; j < state.lenDCT; j += std::min(kChunk, state.lenDCT - j)) {
-        const int n = std::min(kChunk, state.lenDCT - j);
-        toFloat(pSrc + j, chunk, n);
-        addFrame(state, chunk, static_cast<std::size_t>(n), static_cast<std::size_t>(j), state.work);
-    }
-    kelsConvert_32f16s_Sfs(state.work, pDst, state.lenCeps + state.withC0, 1, scaleFactor);
-}
-
 }  // namespace
-}  // namespace kels
 
-using namespace kels;
+// ---- states of the library -----------------------------------------------------------------------------------------
 
 KelStatus kelsDCTLifterInitAlloc_32f(KelDCTLifterState_32f** ppState, int lenDCT, int lenCeps, int nLifter,
                                      Kel32f val) {
-    return initSine(ppState, lenDCT, lenCeps, nLifter, val, false);
+    if (const KelStatus fault = sineFault(lenDCT, lenCeps, nLifter, ppState)) return fault;
+    return buildWithSine(ppState, lenDCT, lenCeps, nLifter, val, false);
 }
 KelStatus kelsDCTLifterInitAlloc_16s(KelDCTLifterState_16s** ppState, int lenDCT, int lenCeps, int nLifter,
                                      Kel32f val) {
-    return initSine(ppState, lenDCT, lenCeps, nLifter, val, false);
+    if (const KelStatus fault = sineFault(lenDCT, lenCeps, nLifter, ppState)) return fault;
+    return buildWithSine(ppState, lenDCT, lenCeps, nLifter, val, false);
 }
 
 KelStatus kelsDCTLifterInitAlloc_C0_32f(KelDCTLifterState_32f** ppState, int lenDCT, int lenCeps, int nLifter,
                                         Kel32f val, Kel32f val0) {
-    return initSineC0(ppState, lenDCT, lenCeps, nLifter, val, val0);
+    if (const KelStatus fault = sineFault(lenDCT, lenCeps, nLifter, ppState)) return fault;
+    return buildWithSineAndC0(ppState, lenDCT, lenCeps, nLifter, val, val0);
 }
 KelStatus kelsDCTLifterInitAlloc_C0_16s(KelDCTLifterState_16s** ppState, int lenDCT, int lenCeps, int nLifter,
                                         Kel32f val, Kel32f val0) {
-    return initSineC0(ppState, lenDCT, lenCeps, nLifter, val, val0);
+    if (const KelStatus fault = sineFault(lenDCT, lenCeps, nLifter, ppState)) return fault;
+    return buildWithSineAndC0(ppState, lenDCT, lenCeps, nLifter, val, val0);
 }
 
 KelStatus kelsDCTLifterInitAlloc_Mul_32f(KelDCTLifterState_32f** ppState, int lenDCT, const Kel32f* pLifter,
                                          int lenCeps) {
-    return initSupplied(ppState, lenDCT, pLifter, lenCeps, false);
+    if (const KelStatus fault = suppliedFault(lenDCT, lenCeps, ppState, pLifter)) return fault;
+    return buildWithSupplied(ppState, lenDCT, pLifter, lenCeps, false);
 }
 KelStatus kelsDCTLifterInitAlloc_Mul_16s(KelDCTLifterState_16s** ppState, int lenDCT, const Kel32f* pLifter,
                                          int lenCeps) {
-    return initSupplied(ppState, lenDCT, pLifter, lenCeps, false);
+    if (const KelStatus fault = suppliedFault(lenDCT, lenCeps, ppState, pLifter)) return fault;
+    return buildWithSupplied(ppState, lenDCT, pLifter, lenCeps, false);
 }
 
 KelStatus kelsDCTLifterInitAlloc_MulC0_32f(KelDCTLifterState_32f** ppState, int lenDCT, const Kel32f* pLifter,
                                            int lenCeps) {
-    return initSupplied(ppState, lenDCT, pLifter, lenCeps, true);
+    if (const KelStatus fault = suppliedFault(lenDCT, lenCeps, ppState, pLifter)) return fault;
+    return buildWithSupplied(ppState, lenDCT, pLifter, lenCeps, true);
 }
 KelStatus kelsDCTLifterInitAlloc_MulC0_16s(KelDCTLifterState_16s** ppState, int lenDCT, const Kel32f* pLifter,
                                            int lenCeps) {
-    return initSupplied(ppState, lenDCT, pLifter, lenCeps, true);
-}
-
-KelStatus kelsDCTLifterGetSize_MulC0_16s(int lenDCT, int lenCeps, int* pSize) {
-    if (anyNull(pSize)) return kelStatusNullPtr;
-    if (lenDCT < 1 || lenCeps < 1 || lenDCT < lenCeps || lenDCT > 8192) return kelStatusSize;
-    *pSize = (4 * lenCeps + 4) * lenDCT + 44 * lenCeps + 168;
-    return kelStatusOk;
-}
-
-KelStatus kelsDCTLifterInit_MulC0_16s(Kel8u* pBuffer, int lenDCT, const Kel32s* pLifter, int lenCeps) {
-    if (anyNull(pBuffer, pLifter)) return kelStatusNullPtr;
-    if (lenDCT < 1 || lenCeps < 1 || lenDCT < lenCeps) return kelStatusSize;
-    const NearestScope nearest;
-    const int rows = lenCeps + 1;
-    BufferLayout layout(pBuffer);
-    KelDCTLifterState_16s state{-1, lenDCT, lenCeps, 1, nullptr, nullptr, nullptr};
-    state.lifter = layout.array<Kel32f>(rows);
-    state.work = layout.array<Kel32f>(rows);
-    state.cosTab = layout.array<Kel32f*>(rows);
-    for (int k = 0; k < rows; ++k) state.cosTab[k] = layout.array<Kel32f>(lenDCT);
-    suppliedLifter(state.lifter, lenCeps, pLifter, true);
-    cosineTable(state);
-    std::memcpy(pBuffer, &state, sizeof state);
-    return kelStatusOk;
-}
-
-KelStatus kelsDCTLifter_32f(const Kel32f* pSrc, Kel32f* pDst, const KelDCTLifterState_32f* pState) {
-    if (anyNull(pSrc, pDst, pState)) return kelStatusNullPtr;
-    addFrame(*pState, pSrc, static_cast<std::size_t>(pState->lenDCT), 0, pDst);
-    return kelStatusOk;
-}
-
-KelStatus kelsDCTLifter_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, const KelDCTLifterState_16s* pState,
-                                int scaleFactor) {
-    if (anyNull(pSrc, pDst, pState)) return kelStatusNullPtr;
-    applyToIntegers(pSrc, pDst, pState, scaleFactor);
-    return kelStatusOk;
-}
-KelStatus kelsDCTLifter_32s16s_Sfs(const Kel32s* pSrc, Kel16s* pDst, const KelDCTLifterState_16s* pState,
-                                   int scaleFactor) {
-    if (anyNull(pSrc, pDst, pState)) return kelStatusNullPtr;
-    applyToIntegers(pSrc, pDst, pState, scaleFactor);
-    return kelStatusOk;
+    if (const KelStatus fault = suppliedFault(lenDCT, lenCeps, ppState, pLifter)) return fault;
+    return buildWithSupplied(ppState, lenDCT, pLifter, lenCeps, true);
 }
 
 KelStatus kelsDCTLifterFree_32f(KelDCTLifterState_32f* pState) {
@@ -243,5 +194,41 @@ KelStatus kelsDCTLifterFree_16s(KelDCTLifterState_16s* pState) {
     kelsFree(pState->work);
     pState->work = nullptr;
     releaseParts(*pState);
+    return kelStatusOk;
+}
+
+// ---- states in the caller's memory ---------------------------------------------------------------------------------
+
+KelStatus kelsDCTLifterGetSize_MulC0_16s(int lenDCT, int lenCeps, int* pSize) {
+    constexpr int kLongestDCT = 8192;
+    if (anyNull(pSize)) return kelStatusNullPtr;
+    if (badSizes(lenDCT, lenCeps) || lenDCT > kLongestDCT) return kelStatusSize;
+    *pSize = (4 * lenCeps + 4) * lenDCT + 44 * lenCeps + 168;
+    return kelStatusOk;
+}
+
+KelStatus kelsDCTLifterInit_MulC0_16s(Kel8u* pBuffer, int lenDCT, const Kel32s* pLifter, int lenCeps) {
+    if (const KelStatus fault = suppliedFault(lenDCT, lenCeps, pBuffer, pLifter)) return fault;
+    buildInBuffer(pBuffer, lenDCT, pLifter, lenCeps);
+    return kelStatusOk;
+}
+
+// ---- application ---------------------------------------------------------------------------------------------------
+
+KelStatus kelsDCTLifter_32f(const Kel32f* pSrc, Kel32f* pDst, const KelDCTLifterState_32f* pState) {
+    if (anyNull(pSrc, pDst, pState)) return kelStatusNullPtr;
+    transformFrame(*pState, pSrc, pDst);
+    return kelStatusOk;
+}
+KelStatus kelsDCTLifter_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, const KelDCTLifterState_16s* pState,
+                                int scaleFactor) {
+    if (anyNull(pSrc, pDst, pState)) return kelStatusNullPtr;
+    transformFrame(pState, pSrc, pDst, scaleFactor);
+    return kelStatusOk;
+}
+KelStatus kelsDCTLifter_32s16s_Sfs(const Kel32s* pSrc, Kel16s* pDst, const KelDCTLifterState_16s* pState,
+                                   int scaleFactor) {
+    if (anyNull(pSrc, pDst, pState)) return kelStatusNullPtr;
+    transformFrame(pState, pSrc, pDst, scaleFactor);
     return kelStatusOk;
 }

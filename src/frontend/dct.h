@@ -1,12 +1,15 @@
-// The cosine transform with its lifter: the states, and the kernel that all of them are applied with.
+// The cosine transform with its lifter: the states, and how they are applied to a frame.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 
-#include "core/simd/vec.h"
+#include "core/check.h"
+#include "core/scaling.h"
 #include "core/simd/rows.h"
+#include "core/simd/vec.h"
+#include "core/vector/convert.h"
 #include "kels/dct.h"
-#include "kels/types.h"
 
 // Row k of cosTab holds cos(pi * k * (j + 0.5) / lenDCT); there are lenCeps + 1 rows and as many weights.
 struct KelDCTLifterState_32f {
@@ -32,7 +35,7 @@ struct KelDCTLifterState_16s {
 static_assert(sizeof(KelDCTLifterState_32f) == 24 && sizeof(KelDCTLifterState_16s) == 28);
 #endif
 
-namespace kels {
+namespace kels::dct {
 
 // sum[r] = the lanes of rows[r][0 .. n) . src, for R rows at once: each load of the source serves them all.  What is
 // left at the end is taken from the last full vector of either side, of the source only the lanes not yet used.
@@ -56,12 +59,12 @@ inline void dotRows(const Kel32f* src, std::size_t n, const Kel32f* const (&row)
     }
 }
 
-// Elements offset .. offset + n of the frame added to the sums c1 .. cM and, behind them, c0; the first elements begin
-// the sums, the last ones bring in the weights.
+// Adds elements offset .. offset + n - 1 of the frame to the sums c1 .. cM and, behind them, c0.  The first elements begin
+// the sums, and the last ones bring in the weights.
 template <class State>
 inline void addFrame(const State& state, const Kel32f* src, std::size_t n, std::size_t offset, Kel32f* dst) {
     const bool first = offset == 0;
-    const bool last = offset + n == static_cast<std::size_t>(state.lenDCT);
+    const bool last = offset + n == toSize(state.lenDCT);
     const auto put = [&](int place, int k, Kel32f sum) {
         if (!first) sum += dst[place];
         dst[place] = last ? sum * state.lifter[k] : sum;
@@ -86,4 +89,35 @@ inline void addFrame(const State& state, const Kel32f* src, std::size_t n, std::
     if (state.withC0 != 0) putOne(state.lenCeps, 0);
 }
 
-}  // namespace kels
+// A frame of floats at once.
+inline void transformFrame(const KelDCTLifterState_32f& state, const Kel32f* src, Kel32f* dst) {
+    addFrame(state, src, toSize(state.lenDCT), 0, dst);
+}
+
+inline void toFloats(const Kel16s* src, Kel32f* dst, std::size_t n) {
+    convertWidening(src, dst, n);
+}
+// Not every 32-bit integer is a float: those between two go to the nearest in every rounding mode.
+inline void toFloats(const Kel32s* src, Kel32f* dst, std::size_t n) {
+    const NearestScope nearest;
+    convertWidening(src, dst, n);
+}
+
+// A frame of integers of any length, which passes through a short float buffer.
+template <class Src>
+void transformFrame(const KelDCTLifterState_16s* pState, const Src* src, Kel16s* dst, int scaleFactor) {
+    constexpr std::size_t kPart = 256;
+    KelDCTLifterState_16s state;  // a state in a caller's buffer may lie at an odd address
+    std::memcpy(&state, static_cast<const void*>(pState), sizeof state);
+    Kel32f part[kPart];
+    const std::size_t len = toSize(state.lenDCT);
+    for (std::size_t j = 0; j < len; j += kPart) {
+        const std::size_t n = std::min(kPart, len - j);
+        toFloats(src + j, part, n);
+        addFrame(state, part, n, j, state.work);
+    }
+    const NearestScope nearest;
+    convertToInt(state.work, dst, toSize(state.lenCeps + state.withC0), scaleFactor, ToNearest());
+}
+
+}  // namespace kels::dct
