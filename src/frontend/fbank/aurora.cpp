@@ -1,14 +1,18 @@
 // The fixed banks of the ETSI distributed-speech-recognition front end: triangles between rounded mel centres that are
 // zero at their corners and weigh each filter's bins to a sum of 1.
+#include <algorithm>
 #include <cmath>
 
-#include "frontend/fbank/state.h"
+#include "core/check.h"
 #include "frontend/fbank/build.h"
+#include "frontend/fbank/state.h"
 
-namespace kels {
+using namespace kels;
+using namespace kels::fbank;
+
 namespace {
 
-constexpr int kFFTLen = 65;  // the number of bins: the FFT length is the next power of two
+constexpr int kBins = 65;  // also the length asked for: the FFT length is the next power of two
 constexpr Kel64f kBinWidth = 62.5;
 constexpr Kel64f kMelMul = 2595;
 constexpr Kel64f kMelDiv = 700;
@@ -24,14 +28,17 @@ int bin(int k, int parts, Kel64f low, Kel64f high, Kel64f origin) {
     return static_cast<int>((f - origin) / kBinWidth + 0.5);
 }
 
+constexpr int kLowFilters = 25, kHighFilters = 3;
+
 // Low band: the filters stand on the points themselves, so the outermost two are one-sided.
 int lowCorner(int k) {
-    return bin(std::clamp(k - 1, 0, 24), 24, 1, 4000, 0);
+    constexpr int parts = kLowFilters - 1;
+    return bin(std::clamp(k - 1, 0, parts), parts, 1, 4000, 0);
 }
 
 // High band: the outermost points are only the corners of the first and the last filter.
 int highCorner(int k) {
-    return bin(k, 4, 4000, 8000, 4000);
+    return bin(k, kHighFilters + 1, 4000, 8000, 4000);
 }
 
 template <class W>
@@ -46,9 +53,9 @@ void weighToOne(typename W::Weight* rising, typename W::Weight* falling, int lo,
 }
 
 template <class Bank>
-KelStatus initAurora(Bank** ppFBank, int nFilter, int (*corner)(int)) {
+KelStatus buildAurora(Bank** ppFBank, int nFilter, int (*corner)(int)) {
     int fftOrder = 0;
-    const KelStatus status = allocateBank(ppFBank, &fftOrder, kFFTLen, nFilter, kelFBankWeightBin);
+    const KelStatus status = allocateBank(ppFBank, &fftOrder, kBins, nFilter, kelFBankWeightBin);
     if (status != kelStatusOk) return status;
     Bank& bank = **ppFBank;
     bank.melMul = static_cast<Kel32f>(kMelMul);
@@ -64,24 +71,21 @@ KelStatus initAurora(Bank** ppFBank, int nFilter, int (*corner)(int)) {
 }
 
 }  // namespace
-}  // namespace kels
-
-using namespace kels;
 
 KelStatus kelsMelFBankInitAllocLow_Aurora_16s(KelFilterBank_16s** ppFBank) {
     if (anyNull(ppFBank)) return kelStatusNullPtr;
-    return initAurora(ppFBank, 25, lowCorner);
+    return buildAurora(ppFBank, kLowFilters, lowCorner);
 }
 KelStatus kelsMelFBankInitAllocLow_Aurora_32f(KelFilterBank_32f** ppFBank) {
     if (anyNull(ppFBank)) return kelStatusNullPtr;
-    return initAurora(ppFBank, 25, lowCorner);
+    return buildAurora(ppFBank, kLowFilters, lowCorner);
 }
 
 KelStatus kelsMelFBankInitAllocHigh_Aurora_16s(KelFilterBank_16s** ppFBank) {
     if (anyNull(ppFBank)) return kelStatusNullPtr;
-    return initAurora(ppFBank, 3, highCorner);
+    return buildAurora(ppFBank, kHighFilters, highCorner);
 }
 KelStatus kelsMelFBankInitAllocHigh_Aurora_32f(KelFilterBank_32f** ppFBank) {
     if (anyNull(ppFBank)) return kelStatusNullPtr;
-    return initAurora(ppFBank, 3, highCorner);
+    return buildAurora(ppFBank, kHighFilters, highCorner);
 }

@@ -2,26 +2,11 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 
+#include "frontend/fbank/mel.h"
 #include "frontend/fbank/state.h"
 
-namespace kels {
-
-// Single-precision logarithm and exponential through the double ones: rounded alike by every libm.
-inline Kel32f natLog(Kel32f v) {
-    return static_cast<Kel32f>(std::log(static_cast<Kel64f>(v)));
-}
-inline Kel32f natExp(Kel32f v) {
-    return static_cast<Kel32f>(std::exp(static_cast<Kel64f>(v)));
-}
-
-struct MelScale {
-    Kel32f melMul, melDiv;
-
-    Kel32f ofHertz(Kel32f f) const { return melMul * natLog(1 + f / melDiv); }
-    Kel32f ratio(Kel32f mel) const { return natExp(mel / melMul) - 1; }  // frequency / melDiv
-};
+namespace kels::fbank {
 
 // Corner points in order of frequency: corners up to `lastLinear` are equally spaced in frequency, the others in mel.
 class Corners {
@@ -70,7 +55,7 @@ class Corners {
     Kel32f melLow_ = 0, melSpan_ = 0, melParts_ = 1;
 };
 
-// The invariant that evaluation relies on, whatever the parameters were: inside the spectrum and never descending.
+// What evaluation relies on, whatever the parameters were: centres stay inside the spectrum and never descend.
 inline Kel32s nextCentre(const Kel32s* centres, int k, int64_t bin, int lastBin) {
     return static_cast<Kel32s>(std::clamp<int64_t>(bin, k > 0 ? centres[k - 1] : 0, lastBin));
 }
@@ -96,15 +81,16 @@ void weighByMel(typename W::Weight* rising, typename W::Weight* falling, int lo,
 
 // Centres and weights of a newly allocated bank; inside a NearestScope.
 template <class Bank>
-void layTriangles(Bank& bank, const Corners& corners, Kel32f sampFreq) {
+void layTriangles(Bank& bank, const Corners& corners, MelScale scale, Kel32f sampFreq) {
     using W = typename Bank::Weights;
+    bank.melMul = scale.melMul;
+    bank.melDiv = scale.melDiv;
     const bool byBin = (bank.flag & kelFBankWeightBin) != 0;
     for (int k = 0; k < bank.nFilter + 2; ++k) {
         const Kel32f position = corners.position(k);
         const Kel32s bin = byBin ? roundSaturate<Kel32s>(position) : truncateSaturate<Kel32s>(position);
         bank.centres[k] = nextCentre(bank.centres, k, bin, bank.fftLen2 / 2);
     }
-    const MelScale scale{bank.melMul, bank.melDiv};
     const Kel32f hertzPerBin = sampFreq / static_cast<Kel32f>(bank.fftLen2);
     for (int m = 0; m < bank.nFilter; ++m) {
         const Kel32s* const c = bank.centres + m;
@@ -118,4 +104,4 @@ void layTriangles(Bank& bank, const Corners& corners, Kel32f sampFreq) {
     bank.ready = 1;
 }
 
-}  // namespace kels
+}  // namespace kels::fbank

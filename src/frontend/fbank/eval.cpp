@@ -1,23 +1,42 @@
+// Evaluation of the allocated filter banks, on spectra or on samples.
 #include "frontend/fbank/eval.h"
 
-#include "kels/core.h"
+#include "core/check.h"
+#include "core/vector/roots.h"
 
-namespace kels {
+using namespace kels;
+using namespace kels::fbank;
+
 namespace {
+
+template <class Bank>
+KelStatus evalFault(const void* pSrc, const void* pDst, const Bank* bank) {
+    if (anyNull(pSrc, pDst, bank) || incomplete(*bank)) return kelStatusNullPtr;
+    if (!bank->ready) return kelStatusFBankState;
+    return kelStatusOk;
+}
+
+template <class Bank>
+std::size_t binCount(const Bank& bank) {
+    return toSize(bank.fftLen2 / 2 + 1);
+}
 
 // Magnitudes of the transformed samples, in the bank's own buffer.
 KelStatus ownSpectrum(const Kel32f* pSrc, const KelFilterBank_32f& bank) {
     const KelStatus status = kelsFFTFwd_RToCCS_32f(pSrc, bank.fftBuf, bank.fftSpec, fftWork(bank));
     if (status != kelStatusOk) return status;
-    return kelsMagnitude_32fc(reinterpret_cast<const Kel32fc*>(bank.fftBuf), bank.fftBuf, bank.fftLen2 / 2 + 1);
+    magnitudes(reinterpret_cast<const Kel32fc*>(bank.fftBuf), bank.fftBuf, binCount(bank));
+    return kelStatusOk;
 }
 
 // The transform and the magnitude each keep three more fraction bits.
-constexpr int kSpectrumFractionBits = 3 + 3;
+constexpr int kTransformBits = 3, kMagnitudeBits = 3;
 KelStatus ownSpectrum(const Kel16s* pSrc, const KelFilterBank_16s& bank) {
-    const KelStatus status = kelsFFTFwd_RToCCS_16s32s_Sfs(pSrc, bank.fftBuf, bank.fftSpec, -3, fftWork(bank));
+    const KelStatus status =
+        kelsFFTFwd_RToCCS_16s32s_Sfs(pSrc, bank.fftBuf, bank.fftSpec, -kTransformBits, fftWork(bank));
     if (status != kelStatusOk) return status;
-    return kelsMagnitude_32sc_Sfs(reinterpret_cast<const Kel32sc*>(bank.fftBuf), bank.fftBuf, bank.fftLen2 / 2 + 1, -3);
+    magnitudesScaled(reinterpret_cast<const Kel32sc*>(bank.fftBuf), bank.fftBuf, binCount(bank), -kMagnitudeBits);
+    return kelStatusOk;
 }
 
 template <class Sample, class Dst>
@@ -37,18 +56,14 @@ KelStatus evaluate(const Kel16s* pSrc, Dst* pDst, const KelFilterBank_16s& bank,
     }
     const KelStatus status = ownSpectrum(pSrc, bank);
     if (status != kelStatusOk) return status;
-    sumFilters(bank, bank.fftBuf, pDst, shift + kSpectrumFractionBits);
+    sumFilters(bank, bank.fftBuf, pDst, shift + kTransformBits + kMagnitudeBits);
     return kelStatusOk;
 }
 
 }  // namespace
-}  // namespace kels
-
-using namespace kels;
 
 KelStatus kelsEvalFBank_32f(const Kel32f* pSrc, Kel32f* pDst, KelFilterBank_32f* pFBank) {
-    if (anyNull(pSrc, pDst, pFBank) || incomplete(*pFBank)) return kelStatusNullPtr;
-    if (!pFBank->ready) return kelStatusFBankState;
+    if (const KelStatus fault = evalFault(pSrc, pDst, pFBank)) return fault;
     const Kel32f* spectrum = pSrc;
     if ((pFBank->flag & kelFBankOwnFFT) != 0) {
         const KelStatus status = ownSpectrum(pSrc, *pFBank);
@@ -60,12 +75,10 @@ KelStatus kelsEvalFBank_32f(const Kel32f* pSrc, Kel32f* pDst, KelFilterBank_32f*
 }
 
 KelStatus kelsEvalFBank_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, KelFilterBank_16s* pFBank, int scaleFactor) {
-    if (anyNull(pSrc, pDst, pFBank) || incomplete(*pFBank)) return kelStatusNullPtr;
-    if (!pFBank->ready) return kelStatusFBankState;
+    if (const KelStatus fault = evalFault(pSrc, pDst, pFBank)) return fault;
     return evaluate(pSrc, pDst, *pFBank, scaleFactor);
 }
 KelStatus kelsEvalFBank_16s32s_Sfs(const Kel16s* pSrc, Kel32s* pDst, KelFilterBank_16s* pFBank, int scaleFactor) {
-    if (anyNull(pSrc, pDst, pFBank) || incomplete(*pFBank)) return kelStatusNullPtr;
-    if (!pFBank->ready) return kelStatusFBankState;
+    if (const KelStatus fault = evalFault(pSrc, pDst, pFBank)) return fault;
     return evaluate(pSrc, pDst, *pFBank, scaleFactor);
 }

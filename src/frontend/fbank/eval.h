@@ -5,7 +5,7 @@
 #include "core/simd/vec.h"
 #include "frontend/fbank/state.h"
 
-namespace kels {
+namespace kels::fbank {
 
 // The falling side of a filter and the rising side of the next one cover the same bins, so one pass over the bins
 // between two centres serves both.  The rising sum stays in a vector until the next pass has added the falling side:
@@ -41,8 +41,8 @@ void sumFilters(const Triangles<Rows>& bank, const Kel32f* spectrum, Kel32f* dst
 }
 
 // Filter m in integers: term(weight, bin) is 64 bits wide; a sum beyond 64 bits is saturated.
-template <class Rows, class Sample, class Term>
-int64_t sumFilter(const Triangles<Rows>& bank, int m, const Sample* spectrum, Term term) {
+template <class Rows, class Centre, class Sample, class Term>
+int64_t sumFilter(const Triangles<Rows, Centre>& bank, int m, const Sample* spectrum, Term term) {
     const Kel32s* const c = bank.centres + m;
     const Kel32s* const rising = bank.rising[m];
     const Kel32s* const falling = bank.falling[m];
@@ -52,4 +52,4 @@ int64_t sumFilter(const Triangles<Rows>& bank, int m, const Sample* spectrum, Te
     return sum;
 }
 
-}  // namespace kels
+}  // namespace kels::fbank

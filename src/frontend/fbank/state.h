@@ -1,8 +1,6 @@
 // The states of the allocated filter banks, and what their parts share: allocation, checks, the view that is evaluated.
 #pragma once
 
-#include <limits>
-
 #include "core/check.h"
 #include "core/memory.h"
 #include "core/rows.h"
@@ -10,7 +8,7 @@
 #include "kels/fbank.h"
 #include "kels/fft.h"
 
-namespace kels {
+namespace kels::fbank {
 
 // A weight of each number format, from a fraction or from a float.
 struct FloatWeights {
@@ -36,9 +34,8 @@ struct FixedWeights {
     static Kel32f toFloat(Weight w) { return static_cast<Kel32f>(w) * (1 / kOne); }
 };
 
-// Filter m is a triangle over the FFT bins centres[m] .. centres[m + 2] with its top at centres[m + 1]:
-// rising[m][j] is the weight of bin centres[m] + j, up to and with the top, falling[m][j] that of centres[m + 1] + 1 +
-// j.
+// Filter m is a triangle over the FFT bins centres[m] .. centres[m + 2] with its top at centres[m + 1].  Up to and with
+// the top rising[m][j] is the weight of bin centres[m] + j; behind it falling[m][j] is that of bin centres[m + 1] + 1 + j.
 template <class W, class Spec>
 struct FilterBank {
     using Weights = W;
@@ -59,11 +56,11 @@ struct FilterBank {
     Weight* fftBuf;  // fftLen2 + 2, and behind them the work buffer of the transform
 };
 
-}  // namespace kels
+}  // namespace kels::fbank
 
-struct KelFilterBank_32f : kels::FilterBank<kels::FloatWeights, KelFFTSpec_R_32f> {};
+struct KelFilterBank_32f : kels::fbank::FilterBank<kels::fbank::FloatWeights, KelFFTSpec_R_32f> {};
 
-struct KelFilterBank_16s : kels::FilterBank<kels::FixedWeights<14>, KelFFTSpec_R_16s32s> {
+struct KelFilterBank_16s : kels::fbank::FilterBank<kels::fbank::FixedWeights<14>, KelFFTSpec_R_16s32s> {
     Kel32s weightShift;  // the fraction bits of the weights
 };
 
@@ -71,14 +68,15 @@ struct KelFilterBank_16s : kels::FilterBank<kels::FixedWeights<14>, KelFFTSpec_R
 static_assert(sizeof(KelFilterBank_32f) == 52 && sizeof(KelFilterBank_16s) == 56);
 #endif
 
-namespace kels {
+namespace kels::fbank {
 
 // The elements before element 0 of a rising row.
 inline constexpr int kHeadroom = 3;
 
-template <class Rows>
+// What evaluation sees of a bank.
+template <class Rows, class Centre = const Kel32s>
 struct Triangles {
-    const Kel32s* centres;
+    Centre* centres;
     Rows rising, falling;
     int nFilter;
 };
@@ -100,9 +98,13 @@ bool incomplete(const Bank& bank) {
     return anyNull(bank.centres, bank.rising, bank.falling);
 }
 
-// An empty bank in *ppFBank and its FFT order in *pFFTOrder; -9 leaves in *ppFBank null or as much as there was memory
-// for, with null in the other pointers.
+// A bank without centres and with zero weights in *ppFBank, and its FFT order in *pFFTOrder.  Where memory runs out the
+// status is kelStatusNoMemory, and *ppFBank holds null or as much as there was memory for, with null in the other pointers.
 KelStatus allocateBank(KelFilterBank_32f** ppFBank, int* pFFTOrder, int fftLen, int nFilter, int flag);
 KelStatus allocateBank(KelFilterBank_16s** ppFBank, int* pFFTOrder, int fftLen, int nFilter, int flag);
 
-}  // namespace kels
+// Everything that the bank owns, but not the bank itself.
+void releaseParts(KelFilterBank_32f& bank);
+void releaseParts(KelFilterBank_16s& bank);
+
+}  // namespace kels::fbank
