@@ -1,27 +1,15 @@
 #include <cstring>
 
-#include "core/simd/accurate_sum.h"
 #include "core/check.h"
-#include "core/vector/extrema.h"
 #include "core/scaling.h"
+#include "core/simd/accurate_sum.h"
+#include "core/vector/extrema.h"
+#include "core/vector/reductions.h"
 #include "kels/core.h"
 
 using namespace kels;
 
 namespace {
-
-int64_t integerDot(const Kel16s* a, const Kel16s* b, std::size_t len) {
-    int64_t sum = 0;
-    for (std::size_t i = 0; i < len; ++i) sum += Kel32s{a[i]} * b[i];
-    return sum;
-}
-
-template <class T>
-int64_t integerSum(const T* src, std::size_t len) {
-    int64_t sum = 0;
-    for (std::size_t i = 0; i < len; ++i) sum += src[i];
-    return sum;
-}
 
 // For arrays that are not even aligned to their elements.
 Kel32f misalignedSum(const Kel32f* src, std::size_t len) {
