@@ -5,8 +5,8 @@
 #include <cstddef>
 
 #include "core/layout.h"
-#include "scoring/gauss/walk.h"
 #include "training/codebook/clustering/training_rows.h"
+#include "training/codebook/distance.h"
 
 namespace kels::codebook {
 
