@@ -8,29 +8,27 @@
 #include <utility>
 
 #include "core/check.h"
-#include "core/vector/convert.h"
 #include "core/simd/vec.h"
+#include "core/vector/convert.h"
 
-namespace kels {
+namespace kels::lp {
 
 // (1 - s k) / (1 + s k), s = 1 or -1; the pole gives infinity and a warning.
 inline KelStatus areaRatios(const Kel32f* src, Kel32f* dst, std::size_t len, Kel32f sign) {
     using V = Vec<Kel32f>;
     V::mask_type pole(false);
-    map(
-        dst, len,
-        [&](const V& k) {
-            const V signedK = k * sign;
-            V ratio = (1.0f - signedK) / (1.0f + signedK);
-            stdx::where(signedK == -1.0f, ratio) = std::numeric_limits<Kel32f>::infinity();
-            pole = pole || signedK == -1.0f;
-            return ratio;
-        },
-        0.0f, src);
+    const auto ratioOf = [&](const V& k) {
+        const V signedK = k * sign;
+        V ratio = (1.0f - signedK) / (1.0f + signedK);
+        stdx::where(signedK == -1.0f, ratio) = std::numeric_limits<Kel32f>::infinity();
+        pole = pole || signedK == -1.0f;
+        return ratio;
+    };
+    map(dst, len, ratioOf, 0.0f, src);
     return stdx::any_of(pole) ? kelStatusDivByZero : kelStatusOk;
 }
 
-// ln((1 - k) / (1 + k)) = -2 artanh(k) with k held to +-threshold.
+// ln((1 - k) / (1 + k)) = -2 artanh(k) with k limited to +-threshold.
 inline KelStatus logAreaRatios(const Kel32f* src, Kel32f* dst, std::size_t len, Kel32f threshold) {
     for (std::size_t i = 0; i < len; ++i) {
         dst[i] = static_cast<Kel32f>(-2 * std::atanh(Kel64f{std::clamp(src[i], -threshold, threshold)}));
@@ -44,16 +42,14 @@ KelStatus tilts(const Kel32f* src1, const Kel32f* src2, Kel32f* dst, std::size_t
                 Denominator denominator) {
     using V = Vec<Kel32f>;
     V::mask_type divided(false);
-    map(
-        dst, len,
-        [&](const V& a, const V& b) {
-            const V d = denominator(a, b);
-            V tilt = (magnitude(a) - magnitude(b)) / d;
-            stdx::where(d == 0.0f, tilt) = undefined;
-            divided = divided || d == 0.0f;
-            return tilt;
-        },
-        1.0f, src1, src2);
+    const auto tiltOf = [&](const V& a, const V& b) {
+        const V d = denominator(a, b);
+        V tilt = (magnitude(a) - magnitude(b)) / d;
+        stdx::where(d == 0.0f, tilt) = undefined;
+        divided = divided || d == 0.0f;
+        return tilt;
+    };
+    map(dst, len, tiltOf, 1.0f, src1, src2);
     return stdx::any_of(divided) ? kelStatusDivByZero : kelStatusOk;
 }
 struct TiltSum {
@@ -86,4 +82,4 @@ KelStatus throughFloats(Kel16s* dst, std::size_t len, int scaleFactor, Kernel ke
     return warning.status();
 }
 
-}  // namespace kels
+}  // namespace kels::lp

@@ -10,11 +10,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/check.h"
 #include "core/simd/vec.h"
 #include "frontend/lp/recursion.h"
 #include "frontend/lp/values.h"
 
-namespace kels {
+namespace kels::lp {
 
 // One of the two sequences: g_0 = 1, g_1 = x - shift[0], g_(j+1) = (x - shift[j]) g_j - product[j] g_(j-1).
 struct SturmSequence {
@@ -66,7 +67,7 @@ class SturmWalk {
 // The zeros of both sequences, the largest first and one of each in turn: dst[0] from p, dst[1] from q ...  q has as many
 // as p or one less.
 template <class T>
-void bisectZeros(const SturmSequence& p, const SturmSequence& q, const LpResult<T>& dst) {
+void bisectZeros(const SturmSequence& p, const SturmSequence& q, const Result<T>& dst) {
     using Wide = SturmWalk::Wide;
     constexpr std::size_t w = lanes<Kel64f>;
     constexpr int kHalvings = 36;  // 2^-36 is far below the last place of single precision
@@ -107,7 +108,7 @@ constexpr int64_t lspToLpScratch(int64_t order) {
 
 // False when the predictor is not stable, so that it has fewer pairs than its order; nothing is written then.
 template <class T>
-bool lpToLsp(const LpSource<T>& src, const LpResult<T>& dst, std::size_t order, Kel64f* scratch) {
+bool lpToLsp(const Source<T>& src, const Result<T>& dst, std::size_t order, Kel64f* scratch) {
     Kel64f* const a = scratch;
     for (std::size_t i = 1; i <= order; ++i) a[i] = src[i - 1];
     for (std::size_t i = order; i >= 1; --i) {
@@ -132,7 +133,7 @@ bool lpToLsp(const LpSource<T>& src, const LpResult<T>& dst, std::size_t order, 
 // ---- from the pairs to the predictor -------------------------------------------------------------------------------
 
 template <class T>
-bool isLspDescending(const LpSource<T>& lsp, std::size_t order) {
+bool isLspDescending(const Source<T>& lsp, std::size_t order) {
     if (!(lsp[0] <= 1 && lsp[order - 1] >= -1)) return false;
     for (std::size_t i = 1; i < order; ++i) {
         if (!(lsp[i] < lsp[i - 1])) return false;
@@ -149,7 +150,7 @@ inline void multiplyByQuadratic(Kel64f* poly, std::size_t degree, Kel64f b, Kel6
 }
 
 template <class T>
-void lspToLp(const LpSource<T>& src, const LpResult<T>& dst, std::size_t order, Kel64f* scratch) {
+void lspToLp(const Source<T>& src, const Result<T>& dst, std::size_t order, Kel64f* scratch) {
     Kel64f* const p = scratch;
     Kel64f* const q = scratch + order + 4;
     // The zeros at z = 1 and z = -1: of an even order one in each, of an odd order both in Q.
@@ -164,4 +165,31 @@ void lspToLp(const LpSource<T>& src, const LpResult<T>& dst, std::size_t order, 
     for (std::size_t i = 1; i <= order; ++i) dst.set(i - 1, 0.5 * (p[i] + q[i]));
 }
 
-}  // namespace kels
+// ---- rows ----------------------------------------------------------------------------------------------------------
+
+// Pairs of the predictor in each of `height` rows, up to the first row that has none.
+template <class T>
+KelStatus pairsOf(const Source<T>& src, int srcStep, const Result<T>& dst, int dstStep, int width, int height) {
+    OrderScratch<4> work(lpToLspScratch(width));
+    if (work.failed()) return kelStatusNoMemory;
+    for (std::ptrdiff_t i = 0; i < height; ++i) {
+        if (!lpToLsp(src.from(i * srcStep), dst.from(i * dstStep), toSize(width), work.data())) return kelStatusNoRoot;
+    }
+    return kelStatusOk;
+}
+
+// Predictors of the pairs in each row, once those of all rows are known to descend.
+template <class T>
+KelStatus predictorsOf(const Source<T>& src, int srcStep, const Result<T>& dst, int dstStep, int width, int height) {
+    for (std::ptrdiff_t i = 0; i < height; ++i) {
+        if (!isLspDescending(src.from(i * srcStep), toSize(width))) return kelStatusBadLsp;
+    }
+    OrderScratch<4> work(lspToLpScratch(width));
+    if (work.failed()) return kelStatusNoMemory;
+    for (std::ptrdiff_t i = 0; i < height; ++i) {
+        lspToLp(src.from(i * srcStep), dst.from(i * dstStep), toSize(width), work.data());
+    }
+    return kelStatusOk;
+}
+
+}  // namespace kels::lp

@@ -4,20 +4,20 @@
 #include <cstddef>
 #include <limits>
 
-#include "core/vector/fill_copy.h"
 #include "core/memory.h"
+#include "core/vector/fill_copy.h"
 #include "core/vector/roots.h"
 #include "frontend/lp/values.h"
 #include "kels/fft.h"
 
-namespace kels {
+namespace kels::lp {
 
 inline constexpr int kMaxSpectrumOrder = 30;
 
 // dst[k] = 1 / |S[k]| for k < N = 2^fftOrder, where S is the transform of 0, src[0] .. src[len-1], 0 .. 0 less val at
 // k = 0; upper frequencies mirror the lower ones.  An S of 0 gives infinity and a warning.
 template <class T>
-KelStatus sampledSpectrum(const LpSource<T>& src, std::size_t len, const LpResult<T>& dst, int fftOrder, Kel32f val) {
+KelStatus sampledSpectrum(const Source<T>& src, std::size_t len, const Result<T>& dst, int fftOrder, Kel32f val) {
     const std::size_t n = std::size_t{1} << fftOrder;
     KelFFTSpec_R_32f* spec = nullptr;
     KelStatus status = kelsFFTInitAlloc_R_32f(&spec, fftOrder, kelFftNoDiv, kelHintNone);
@@ -46,4 +46,4 @@ KelStatus sampledSpectrum(const LpSource<T>& src, std::size_t len, const LpResul
     return status;
 }
 
-}  // namespace kels
+}  // namespace kels::lp
