@@ -2,9 +2,9 @@
 // statics, over +-4 rows.
 #pragma once
 
-#include "frontend/delta/kernels.h"
+#include "frontend/delta/stream.h"
 
-namespace kels {
+namespace kels::delta {
 
 inline constexpr int kAuroraSource = 14;   // c1 .. c12, c0, log energy
 inline constexpr int kAuroraCepstra = 12;  // copied
@@ -79,4 +79,4 @@ void streamAurora(A arithmetic, const T* src, const T* values, T* dst, int step,
     streamBlock(history, height, (mode & kelDeltaBlockLast) != 0, statics, deltas, accelerations);
 }
 
-}  // namespace kels
+}  // namespace kels::delta
