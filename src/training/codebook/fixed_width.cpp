@@ -11,13 +11,17 @@ using namespace kels::codebook;
 
 template <class T, class Width>
 KelStatus full(const T* pSrc, int step, Kel32s* pIdx, int height, const Codebook<T>& codebook, Width width) {
-    return searchFull<UnitVariance, T>(codebook, StepRows(pSrc, step), toSize(height), pIdx, width);
+    TurnedVectors<T> turned(codebook.width);
+    if (turned.failed()) return kelStatusNoMemory;
+    searchFull<UnitVariance, T>(codebook, StepRows(pSrc, step), toSize(height), pIdx, width, turned);
+    return kelStatusOk;
 }
 
 template <class T, class Width>
 KelStatus tree(const T* pSrc, int step, Kel32s* pIdx, int height, const Codebook<T>& codebook, Width width) {
     if (codebook.treeRoot == nullptr) return kelStatusModeNotSupported;
-    return searchTree<UnitVariance, T>(codebook, StepRows(pSrc, step), toSize(height), pIdx, width);
+    searchTree<UnitVariance, T>(codebook, StepRows(pSrc, step), toSize(height), pIdx, width);
+    return kelStatusOk;
 }
 
 template <std::size_t N>

@@ -6,8 +6,10 @@
 #include "training/codebook/ordered_picks.h"
 
 namespace kels::codebook {
-template KelStatus quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*);
-template KelStatus quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*);
+template void quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*,
+                               TurnedVectors<Kel32f>&);
+template void quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*,
+                               TurnedVectors<Kel16s>&);
 }  // namespace kels::codebook
 
 namespace {

@@ -32,47 +32,60 @@ auto withWidth(int width, Use use) {
 }
 
 template <class Weighting, class T, class Width>
-KelStatus searchFull(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices,
-                     Width width) {
-    TurnedVectors<T> turned(codebook.width);
-    if (turned.failed()) return kelStatusNoMemory;
+void searchFull(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices,
+                Width width, TurnedVectors<T>& turned) {
     FullSearch<T, Width>(codebook, width, turned).template run<Weighting>(rows, height, indices);
-    return kelStatusOk;
 }
 
 template <class Weighting, class T, class Width>
-KelStatus searchTree(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices,
-                     Width width) {
+void searchTree(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices,
+                Width width) {
     TreeSearch<Weighting, T, Width>(codebook, width).run(rows, height, indices);
-    return kelStatusOk;
 }
 
 template <class Weighting, std::size_t Width, class T>
-KelStatus searchGrid(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices) {
+void searchGrid(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices) {
     const GridSearch<Weighting, Width, T> search(codebook);
     for (std::size_t i = 0; i < height; ++i) indices[i] = search.nearest(rows[static_cast<std::ptrdiff_t>(i)]);
-    return kelStatusOk;
 }
 
-// The index of each row.
+// The width of vectors that a search has to turn over; 0 for a codebook whose grid or tree does without.
 template <class T>
-KelStatus quantise(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices) {
-    return withWeighting(isWeighted(codebook), [&](auto weighting) {
+int turnedWidth(const Codebook<T>& codebook) {
+    return codebook.grid == nullptr && codebook.treeRoot == nullptr ? codebook.width : 0;
+}
+
+// The index of each row.  `turned` is for vectors of turnedWidth().
+template <class T>
+void quantise(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices,
+              TurnedVectors<T>& turned) {
+    withWeighting(isWeighted(codebook), [&](auto weighting) {
         using Weighting = decltype(weighting);
         if (codebook.grid != nullptr) {
             return codebook.width == 1 ? searchGrid<Weighting, 1, T>(codebook, rows, height, indices)
                                        : searchGrid<Weighting, 2, T>(codebook, rows, height, indices);
         }
-        return withWidth(codebook.width, [&](auto width) {
-            return codebook.treeRoot == nullptr ? searchFull<Weighting, T>(codebook, rows, height, indices, width)
-                                                : searchTree<Weighting, T>(codebook, rows, height, indices, width);
+        withWidth(codebook.width, [&](auto width) {
+            return codebook.treeRoot == nullptr
+                       ? searchFull<Weighting, T>(codebook, rows, height, indices, width, turned)
+                       : searchTree<Weighting, T>(codebook, rows, height, indices, width);
         });
     });
 }
 
 // All searches are instantiated once, in search.cpp.
-extern template KelStatus quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*);
-extern template KelStatus quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*);
+extern template void quantise<Kel32f>(const KelCdbk_32f&, const StepRows<const Kel32f>&, std::size_t, Kel32s*,
+                                      TurnedVectors<Kel32f>&);
+extern template void quantise<Kel16s>(const KelCdbk_16s&, const StepRows<const Kel16s>&, std::size_t, Kel32s*,
+                                      TurnedVectors<Kel16s>&);
+
+template <class T>
+KelStatus quantise(const Codebook<T>& codebook, const StepRows<const T>& rows, std::size_t height, Kel32s* indices) {
+    TurnedVectors<T> turned(turnedWidth<T>(codebook));
+    if (turned.failed()) return kelStatusNoMemory;
+    quantise<T>(codebook, rows, height, indices, turned);
+    return kelStatusOk;
+}
 
 // ---- reported distances --------------------------------------------------------------------------------------------
 
@@ -104,8 +117,7 @@ struct NoRoot {
 template <class T, class D, class Root>
 KelStatus quantiseWithDistances(const Codebook<T>& codebook, const StepRows<const T>& rows, int height, Kel32s* indices,
                                 D* dst, const Root& root) {
-    const KelStatus status = quantise(codebook, rows, toSize(height), indices);
-    if (status != kelStatusOk) return status;
+    if (const KelStatus fault = quantise<T>(codebook, rows, toSize(height), indices)) return fault;
     for (int i = 0; i < height; ++i) dst[i] = root(squaredDistance(codebook, rows[i], indices[i]));
     return kelStatusOk;
 }

@@ -79,6 +79,28 @@ TYPED_TEST(Codebooks, StoresIndicesAndBringsTheirVectorsBack) {
     }
 }
 
+// The second part is so wide that its search takes memory.
+TYPED_TEST(Codebooks, WritesNothingWhenMemoryIsOut) {
+    using T = TypeParam;
+    Random random(59);
+    Parts<T> parts(random, {{2, 5, 1}, {200, 3, 1}});
+    const int height = 300, n = 2;
+    const Guarded<T> src(smallIntegers<T>(random, height * parts.width, -900, 900));
+    const auto expect = [&]<class I>(auto split, int indexStep, I before) {
+        failEachAllocation([&](int failing, const AllocationWatch& watch) {
+            Guarded<I> dst(std::vector<I>(height * indexStep, before));
+            const KelStatus status = split(src.data(), parts.width, dst, indexStep, height, parts.codebooks.data(), n);
+            EXPECT_EQ(status, watch.calls() > failing ? kelStatusNoMemory : kelStatusOk);
+            const auto touched = std::count_if(dst.data(), dst.data() + dst.size(), [=](I x) { return x != before; });
+            EXPECT_EQ(status == kelStatusNoMemory, touched == 0) << "allocation " << failing;
+            EXPECT_EQ(watch.unreleased(), 0);
+        });
+    };
+    expect(SPLIT(16s), 2, Kel16s{77});
+    expect(SPLIT(8u), 2, Kel8u{77});
+    expect(SPLIT(1u), 5, Kel8u{0xff});
+}
+
 TYPED_TEST(Codebooks, ChecksInOrder) {
     using T = TypeParam;
     expectChecks<Places{-1, -1, 6}>({-8, -6}, 1, SPLIT(16s), SPLIT(8u), SPLIT(1u), FORM(16s), FORM(8u), FORM(1u));

@@ -10,12 +10,17 @@
 
 namespace kels::codebook {
 
-// Quantises each part of each row with its codebook and stores the indices.
+// Quantises each part of each row with its codebook and stores the indices.  All memory is taken before anything is
+// stored.
 template <class T, class Indices>
 KelStatus quantiseParts(const StepRows<const T>& rows, int height, Codebook<T>* const* codebooks, int n,
                         const Indices& stored) {
     constexpr int kChunk = 256;
     Kel32s indices[kChunk];
+    int widest = 0;
+    for (int k = 0; k < n; ++k) widest = std::max(widest, turnedWidth<T>(*codebooks[k]));
+    TurnedVectors<T> turned(widest);
+    if (turned.failed()) return kelStatusNoMemory;
     stored.clear(height);
     for (int first = 0; first < height; first += kChunk) {
         const int some = std::min(kChunk, height - first);
@@ -23,8 +28,7 @@ KelStatus quantiseParts(const StepRows<const T>& rows, int height, Codebook<T>* 
         int64_t place = 0;
         for (int k = 0; k < n; ++k) {
             const Codebook<T>& codebook = *codebooks[k];
-            const KelStatus status = quantise<T>(codebook, rows.from(first, column), toSize(some), indices);
-            if (status != kelStatusOk) return status;
+            quantise<T>(codebook, rows.from(first, column), toSize(some), indices, turned);
             const int places = Indices::places(codebook);
             for (int i = 0; i < some; ++i) stored.put(first + i, place, places, indices[i]);
             column += codebook.width;
