@@ -1,4 +1,4 @@
-#include "resample/fixed/kernel.h"
+#include "resample/fixed/groups.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@
 #include "core/scaling.h"
 #include "kels/core.h"
 #include "kels/resample.h"
-#include "resample/design.h"
+#include "resample/filter_design.h"
 
 struct KelResamplePolyphaseFixed_32f : kels::FixedState {};
 struct KelResamplePolyphaseFixed_16s : kels::FixedState {};

@@ -9,7 +9,7 @@
 #include "core/memory.h"
 #include "core/simd/vec.h"
 #include "resample/general/filter_rows.h"
-#include "resample/samples.h"
+#include "resample/sample_conversion.h"
 
 namespace kels {
 

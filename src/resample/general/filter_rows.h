@@ -16,7 +16,7 @@
 
 #include "core/memory.h"
 #include "core/simd/vec.h"
-#include "resample/samples.h"
+#include "resample/sample_conversion.h"
 
 namespace kels {
 

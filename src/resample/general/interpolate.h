@@ -12,10 +12,10 @@
 #include "core/simd/vec.h"
 #include "core/simd/rows.h"
 #include "resample/general/filter_rows.h"
-#include "resample/general/four_places.h"
+#include "resample/general/shared_rows.h"
 #include "resample/general/fraction_order.h"
-#include "resample/samples.h"
-#include "resample/general/tails_first.h"
+#include "resample/sample_conversion.h"
+#include "resample/general/filter_sum.h"
 
 namespace kels {
 

@@ -1,4 +1,4 @@
-#include "resample/general/kernel.h"
+#include "resample/general/choose_method.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,7 +11,7 @@
 #include "core/scaling.h"
 #include "kels/core.h"
 #include "kels/resample.h"
-#include "resample/design.h"
+#include "resample/filter_design.h"
 
 namespace kels {
 namespace {

@@ -20,7 +20,7 @@
 #include "core/check.h"
 #include "core/memory.h"
 #include "core/simd/vec.h"
-#include "resample/samples.h"
+#include "resample/sample_conversion.h"
 
 namespace kels {
 

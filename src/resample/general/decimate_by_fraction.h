@@ -11,9 +11,9 @@
 #include "core/memory.h"
 #include "core/simd/vec.h"
 #include "resample/general/filter_rows.h"
-#include "resample/general/four_places.h"
+#include "resample/general/shared_rows.h"
 #include "resample/general/fraction_order.h"
-#include "resample/samples.h"
+#include "resample/sample_conversion.h"
 
 namespace kels {
 

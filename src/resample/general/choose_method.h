@@ -9,12 +9,12 @@
 #include <cmath>
 #include <cstddef>
 
-#include "resample/general/decimate.h"
+#include "resample/general/decimate_by_fraction.h"
 #include "resample/general/decimate_in_time.h"
 #include "resample/general/filter_rows.h"
-#include "resample/general/in_periods.h"
+#include "resample/general/periodic_filters.h"
 #include "resample/general/interpolate.h"
-#include "resample/samples.h"
+#include "resample/sample_conversion.h"
 
 namespace kels {
 

@@ -11,8 +11,8 @@
 #include "core/simd/vec.h"
 #include "core/simd/rows.h"
 #include "resample/general/filter_rows.h"
-#include "resample/samples.h"
-#include "resample/general/tails_first.h"
+#include "resample/sample_conversion.h"
+#include "resample/general/filter_sum.h"
 
 namespace kels {
 

@@ -8,7 +8,7 @@
 #include "core/memory.h"
 #include "core/simd/vec.h"
 #include "core/simd/rows.h"
-#include "resample/samples.h"
+#include "resample/sample_conversion.h"
 
 namespace kels {
 

@@ -1,4 +1,4 @@
-#include "resample/design.h"
+#include "resample/filter_design.h"
 
 #include <algorithm>
 #include <cmath>
