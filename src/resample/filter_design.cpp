@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace kels {
-namespace {
+#include "core/constants.h"
 
-constexpr Kel64f kPi = 3.141592653589793;
-
-}  // namespace
+namespace kels::resample {
 
 Kel64f Bessel(Kel64f x) {
     const Kel64f quarterSquare = x * x / 4;
@@ -35,4 +32,4 @@ void initResample_64f(Kel64f* h, int n, int nStep, Kel64f rollf, Kel64f alpha) {
     for (int k = 0; k < n; ++k) h[k] *= 1 / sum;
 }
 
-}  // namespace kels
+}  // namespace kels::resample

@@ -5,7 +5,7 @@
 
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::resample {
 
 // The largest alpha whose window can be computed: beyond 713 I0(alpha) exceeds the doubles.
 inline constexpr Kel32f kMostAlpha = 700;
@@ -28,4 +28,4 @@ class WindowedSinc {
 // where it meets every sample (k = 0, nStep, 2 nStep ...).
 void initResample_64f(Kel64f* h, int n, int nStep, Kel64f rollf, Kel64f alpha);
 
-}  // namespace kels
+}  // namespace kels::resample

@@ -5,12 +5,12 @@
 #include <cstddef>
 
 #include "core/scaling.h"
-#include "core/simd/vec.h"
 #include "core/simd/elementary.h"
 #include "core/simd/in_order.h"
+#include "core/simd/vec.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::resample {
 
 // sine / x, and 1 where x is zero or not a number.
 template <class T>
@@ -60,4 +60,4 @@ void gaussian(const S* src, D* dst, std::size_t len) {
     mapRounded(src, dst, len, [](const Vec<D>& x) { return gaussianOf(x); });
 }
 
-}  // namespace kels
+}  // namespace kels::resample

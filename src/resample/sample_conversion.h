@@ -1,16 +1,16 @@
-// What the resamplers read and write: floats as they are, 16-bit samples as floats.
+// Samples on their way into and out of the sums of the resamplers: floats as they are, 16-bit samples as floats.
 #pragma once
 
 #include <cstddef>
 #include <type_traits>
 
-#include "core/vector/convert.h"
 #include "core/scaling.h"
-#include "core/simd/vec.h"
 #include "core/simd/rows.h"
+#include "core/simd/vec.h"
+#include "core/vector/convert.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::resample {
 
 inline Vec<Kel32f> loadSamples(const Kel32f* p) {
     return load(p);
@@ -44,8 +44,8 @@ inline Kel32f factorOf(Kel16s tap) {
 
 // dst[i] = sums[i] * gain, 16-bit samples rounded to nearest and saturated; inside a NearestScope.
 inline void storeSamples(Kel32f* dst, const Kel32f* sums, std::size_t n, Kel32f gain) {
-    map(
-        dst, n, [=](const Vec<Kel32f>& v) { return Vec<Kel32f>(v * gain); }, 0.0f, sums);
+    const auto times = [=](const Vec<Kel32f>& v) { return Vec<Kel32f>(v * gain); };
+    map(dst, n, times, 0.0f, sums);
 }
 inline void storeSamples(Kel16s* dst, Kel32f* sums, std::size_t n, Kel32f gain) {
     storeSamples(sums, sums, n, gain);
@@ -58,4 +58,4 @@ inline void storeSample(Kel16s* dst, Kel32f sum, Kel32f gain) {
     *dst = roundSaturate<Kel16s>(sum * gain);
 }
 
-}  // namespace kels
+}  // namespace kels::resample

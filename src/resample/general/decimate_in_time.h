@@ -9,9 +9,10 @@
 #include "core/memory.h"
 #include "core/simd/vec.h"
 #include "resample/general/filter_rows.h"
+#include "resample/general/output_times.h"
 #include "resample/sample_conversion.h"
 
-namespace kels {
+namespace kels::resample::general {
 
 // One input on the grid of the outputs: its two rows from the first output on, times its value.
 struct SpreadInput {
@@ -52,9 +53,25 @@ template <std::size_t... I>
     run(Wide{inputs[I].low, inputs[I].high, Vec<Kel32f>(inputs[I].lowWeight), Vec<Kel32f>(inputs[I].highWeight)}...);
 }
 
+// The same for n inputs, 1 <= n <= FilterRows::kSpread.
+inline void spreadFew(std::ptrdiff_t n, bool together, const SpreadInput* inputs, Kel32f* sums, std::ptrdiff_t begin,
+                      std::ptrdiff_t end) {
+    static_assert(FilterRows::kSpread == 4);
+    switch (n) {
+        case 1:
+            return spread(std::make_index_sequence<1>(), together, inputs, sums, begin, end);
+        case 2:
+            return spread(std::make_index_sequence<2>(), together, inputs, sums, begin, end);
+        case 3:
+            return spread(std::make_index_sequence<3>(), together, inputs, sums, begin, end);
+        default:
+            return spread(std::make_index_sequence<4>(), together, inputs, sums, begin, end);
+    }
+}
+
 // put(sums) with the sums of `count` outputs, at most kMostInTime, for factor < 1.
 template <class S, class Put>
-void decimateInTime(const FilterRows& rows, const ResampleTimes& times, int64_t firstOutput, std::size_t count,
+void decimateInTime(const FilterRows& rows, const OutputTimes& times, int64_t firstOutput, std::size_t count,
                     const S* src, int len, Put put) {
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
     constexpr std::ptrdiff_t most = FilterRows::kSpread;  // inputs at once
@@ -94,21 +111,9 @@ void decimateInTime(const FilterRows& rows, const ResampleTimes& times, int64_t 
         room = most;
         const std::ptrdiff_t from = first <= 0 ? 0 : first / w * w;
         const std::ptrdiff_t to = std::min(k + rows.half() + 2, outputs);
-        switch (n) {
-            case 1:
-                spread(std::make_index_sequence<1>(), together, inputs, sums, from, to);
-                break;
-            case 2:
-                spread(std::make_index_sequence<2>(), together, inputs, sums, from, to);
-                break;
-            case 3:
-                spread(std::make_index_sequence<3>(), together, inputs, sums, from, to);
-                break;
-            default:
-                spread(std::make_index_sequence<most>(), together, inputs, sums, from, to);
-        }
+        spreadFew(n, together, inputs, sums, from, to);
     }
     put(sums);
 }
 
-}  // namespace kels
+}  // namespace kels::resample::general

@@ -1,4 +1,4 @@
-// The table of the general form as rows, and the times of its outputs.
+// The table of the general form as rows of vectors.
 //
 // The table h[0..L] holds nStep points to one period of the slower of the two rates.  For vectors it is laid out as
 // rows: row p, 0 <= p <= nStep, holds h(|p - m nStep|) for m = -half .. half + 1, zero where that is beyond L.  A place
@@ -10,15 +10,14 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <limits>
+#include <cstdlib>
 
 #include "core/memory.h"
 #include "core/simd/vec.h"
 #include "resample/sample_conversion.h"
 
-namespace kels {
+namespace kels::resample::general {
 
 struct FourPlaces;
 
@@ -96,44 +95,4 @@ void FilterRows::fill(const T* h, int last) {
     row(nStep_ + 2)[2 * half_ + 1] = 0;
 }
 
-// The table itself, where rows do not serve.
-template <class T>
-struct FilterTable {
-    const T* h;  // h[last + 1] = h[last]
-    int last;
-    Kel64f tolerance;
-    Kel64f scale;  // points per input sample
-
-    // The weight of a sample that lies `distance` samples from the output.
-    Kel32f weight(Kel64f distance) const {
-        const Kel64f place = std::fabs(distance) * scale;
-        if (place > last + tolerance) return 0;
-        const int k = std::min(static_cast<int>(place), last);
-        const auto a = static_cast<Kel32f>(place - k);
-        const Kel32f low = factorOf(h[k]);
-        return low + a * (factorOf(h[k + 1]) - low);
-    }
-};
-
-// The time line of one call.
-struct ResampleTimes {
-    Kel64f start, step;  // of outputs, in input samples
-    Kel64f reach;        // of the filter, in input samples, with the tolerance
-    Kel64f factor;
-
-    Kel64f at(int64_t n) const { return start + static_cast<Kel64f>(n) * step; }
-
-    // How many outputs there are whose filter ends inside len inputs.
-    int count(int len, Kel64f exactReach) const {
-        const Kel64f latest = static_cast<Kel64f>(len) - 1 - exactReach;
-        if (!(start <= latest) || !(latest - start < HUGE_VAL)) return 0;
-        constexpr Kel64f most = std::numeric_limits<int>::max();
-        auto n = static_cast<int64_t>(std::min((latest - start) / step, most - 1)) + 1;
-        // The quotient may be rounded across an integer.
-        while (n > 0 && at(n - 1) > latest) --n;
-        while (n < std::numeric_limits<int>::max() && at(n) <= latest) ++n;
-        return static_cast<int>(n);
-    }
-};
-
-}  // namespace kels
+}  // namespace kels::resample::general

@@ -6,11 +6,11 @@
 #include <cstddef>
 
 #include "core/memory.h"
-#include "core/simd/vec.h"
 #include "core/simd/rows.h"
+#include "core/simd/vec.h"
 #include "resample/sample_conversion.h"
 
-namespace kels {
+namespace kels::resample::general {
 
 // Where the part that comes first begins, of a filter of whole vectors up to `span`, whose lobe ends at `lobe`.
 inline std::size_t tailFrom(std::ptrdiff_t lobe, std::size_t span) {
@@ -36,4 +36,4 @@ inline Kel32f totalOf(const Vec<Kel32f>& sum) {
     return four[0];
 }
 
-}  // namespace kels
+}  // namespace kels::resample::general

@@ -6,7 +6,7 @@
 
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::resample::general {
 
 // The times t + n step, 0 <= n < count, by their fractions, from the lowest one on; equal ones from the last one on.
 //
@@ -46,4 +46,4 @@ class FractionOrder {
     int count_, up_ = 1, down_ = 1, lowest_ = 0;
 };
 
-}  // namespace kels
+}  // namespace kels::resample::general

@@ -1,5 +1,4 @@
-#include "resample/general/choose_method.h"
-
+// Entry points of the general form of resampling.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -7,18 +6,26 @@
 #include <type_traits>
 
 #include "core/check.h"
+#include "core/layout.h"
 #include "core/memory.h"
 #include "core/scaling.h"
 #include "kels/core.h"
 #include "kels/resample.h"
 #include "resample/filter_design.h"
+#include "resample/general/choose_method.h"
 
-namespace kels {
-namespace {
+using namespace kels;
+using namespace kels::resample;
 
 #if defined(__i386__)
 static_assert(sizeof(KelResamplePolyphase_32f) == 32 && sizeof(KelResamplePolyphase_16s) == 32);
 #endif
+
+namespace {
+
+using general::FilterRows;
+using general::FilterTable;
+using general::OutputTimes;
 
 template <class State>
 using TapOf = std::remove_pointer_t<decltype(State::pTable)>;
@@ -26,48 +33,52 @@ using TapOf = std::remove_pointer_t<decltype(State::pTable)>;
 // Table points beyond the last one at which a sample still counts, and by which an output may lack input at the end.
 constexpr Kel64f kTolerance = 1e-5;
 
-constexpr int kAlignment = 32;     // of a state
-constexpr int kRowAlignment = 64;  // of the rows behind it
-
 // The rows of a state stand own[0] times 32 bytes behind its start.
+constexpr std::size_t kRowAlignment = 64;
 template <class State>
 Kel32f* rowsOf(const State* state) {
-    const auto at = reinterpret_cast<uintptr_t>(state) + static_cast<uintptr_t>(state->own[0]) * kAlignment;
+    const auto at = reinterpret_cast<uintptr_t>(state) + static_cast<uintptr_t>(state->own[0]) * kBlockAlignment;
     return reinterpret_cast<Kel32f*>(at);
 }
 
+// What a filter is asked to be; `last` is the last point of its table.
+struct Design {
+    int last, nStep;
+    Kel32f rollf, alpha;
+};
+
+// A state with its table directly behind it, and the rows; null when memory is out.
 template <class State>
-KelStatus build(State** ppState, int last, int nStep, Kel32f rollf, Kel32f alpha, int hint) {
+State* build(const Design& design, int hint) {
     using T = TapOf<State>;
-    const auto bytesOf = [](int64_t count, std::size_t elementSize) {
-        return count * static_cast<int64_t>(elementSize);
+    const int last = design.last, nStep = design.nStep;
+    Kel64f* const exact = allocate<Kel64f>(static_cast<int64_t>(last) + 1);
+    if (exact == nullptr) return nullptr;
+    State* state;
+    T* table;
+    Kel32f* rows;
+    const auto arrange = [&](Layout& layout) {
+        state = layout.take<State>(1);
+        table = layout.take<T>(static_cast<int64_t>(last) + 2, alignof(T));
+        rows = layout.take<Kel32f>(FilterRows::floats(last, nStep), kRowAlignment);
     };
-    const int64_t tableEnd = bytesOf(1, sizeof(State)) + bytesOf(static_cast<int64_t>(last) + 2, sizeof(T));
-    const int64_t bytes = tableEnd + kRowAlignment + bytesOf(FilterRows::floats(last, nStep), sizeof(Kel32f));
-    if (bytes > std::numeric_limits<int>::max()) return kelStatusAllocError;
-    Kel64f* const design = allocate<Kel64f>(static_cast<int64_t>(last) + 1);
-    if (design == nullptr) return kelStatusAllocError;
-    auto* const state = reinterpret_cast<State*>(allocate<Kel8u>(bytes));
-    if (state == nullptr) {
-        kelsFree(design);
-        return kelStatusAllocError;
+    if (allocateArranged(arrange) != nullptr) {
+        const auto rowBlocks =
+            (reinterpret_cast<uintptr_t>(rows) - reinterpret_cast<uintptr_t>(state)) / kBlockAlignment;
+        *state = State{{static_cast<Kel32s>(rowBlocks), 0},
+                       1 / static_cast<Kel32f>(nStep),
+                       nStep,
+                       last + 1,
+                       1,
+                       hint == kelHintAccurate ? 1 : 2,
+                       table};
+        initResample_64f(exact, last + 1, nStep, design.rollf, design.alpha);
+        for (int k = 0; k <= last; ++k) table[k] = storedTap<T>(exact[k]);
+        table[last + 1] = table[last];
+        FilterRows(rows, last, nStep).fill(table, last);
     }
-    const auto start = reinterpret_cast<uintptr_t>(state);
-    const uintptr_t rows = roundUp<uintptr_t>(start + static_cast<uintptr_t>(tableEnd), kRowAlignment);
-    *state = State{{static_cast<Kel32s>((rows - start) / kAlignment), 0},
-                   1 / static_cast<Kel32f>(nStep),
-                   nStep,
-                   last + 1,
-                   1,
-                   hint == kelHintAccurate ? 1 : 2,
-                   reinterpret_cast<T*>(state + 1)};
-    initResample_64f(design, last + 1, nStep, rollf, alpha);
-    for (int k = 0; k <= last; ++k) state->pTable[k] = storedTap<T>(design[k]);
-    state->pTable[last + 1] = state->pTable[last];
-    FilterRows(rowsOf(state), last, nStep).fill(state->pTable, last);
-    kelsFree(design);
-    *ppState = state;
-    return kelStatusOk;
+    kelsFree(exact);
+    return state;
 }
 
 template <class State>
@@ -81,7 +92,10 @@ KelStatus initAlloc(State** ppState, Kel32f window, int nStep, Kel32f rollf, Kel
     // The product of 2 / nStep and nStep may be rounded to just below 2.
     const Kel64f last = std::max(1.0, static_cast<Kel64f>(window) * 0.5 * nStep);
     if (last > std::numeric_limits<int>::max() - 2) return kelStatusAllocError;
-    return build(ppState, static_cast<int>(last), nStep, rollf, alpha, hint);
+    State* const state = build<State>({static_cast<int>(last), nStep, rollf, alpha}, hint);
+    if (state == nullptr) return kelStatusAllocError;
+    *ppState = state;
+    return kelStatusOk;
 }
 
 template <class State>
@@ -94,12 +108,12 @@ KelStatus run(const State* pState, const TapOf<State>* pSrc, int len, TapOf<Stat
     const Kel64f scale = stretch * pState->nStep;  // table points per input sample
     const int last = pState->tableLen - 1;
     const Kel64f tolerance = kTolerance * std::min(1.0, scale);
-    const ResampleTimes times{*pTime, 1 / factor, (last + tolerance) / scale, factor};
+    const OutputTimes times{*pTime, 1 / factor, (last + tolerance) / scale, factor};
     const int count = times.count(len, (last - tolerance) / scale);
     const Kel64f gain = factor < 1 ? factor * pState->gain : 1;
-    resample(FilterRows(rowsOf(pState), last, pState->nStep, tolerance),
-             FilterTable<TapOf<State>>{pState->pTable, last, tolerance, scale}, times, count, pSrc, len, pDst,
-             static_cast<Kel32f>(norm * gain));
+    general::produce(FilterRows(rowsOf(pState), last, pState->nStep, tolerance),
+                     FilterTable<TapOf<State>>{pState->pTable, last, tolerance, scale}, times, count, pSrc, len, pDst,
+                     static_cast<Kel32f>(norm * gain));
     if (count > 0) *pTime = times.at(count);
     *pOutLen = count;
     return kelStatusOk;
@@ -113,9 +127,6 @@ KelStatus release(State* pState) {
 }
 
 }  // namespace
-}  // namespace kels
-
-using namespace kels;
 
 KelStatus kelsResamplePolyphaseInitAlloc_32f(KelResamplePolyphase_32f** ppState, Kel32f window, int nStep, Kel32f rollf,
                                              Kel32f alpha, int hint) {

@@ -9,15 +9,16 @@
 #include <cstddef>
 
 #include "core/memory.h"
-#include "core/simd/vec.h"
 #include "core/simd/rows.h"
+#include "core/simd/vec.h"
 #include "resample/general/filter_rows.h"
-#include "resample/general/shared_rows.h"
-#include "resample/general/fraction_order.h"
-#include "resample/sample_conversion.h"
 #include "resample/general/filter_sum.h"
+#include "resample/general/fraction_order.h"
+#include "resample/general/output_times.h"
+#include "resample/general/shared_rows.h"
+#include "resample/sample_conversion.h"
 
-namespace kels {
+namespace kels::resample::general {
 
 // The two sums of an output.
 struct Interpolation {
@@ -45,7 +46,7 @@ struct FourInterpolations {
 
 // put(n, sum) for n < count, without gain; the samples end at src + len.
 template <class S, class Put>
-void interpolate(const FilterRows rows, const ResampleTimes& times, int64_t first, int count, const S* src, int len,
+void interpolate(const FilterRows rows, const OutputTimes& times, int64_t first, int count, const S* src, int len,
                  Put put) {
     const Kel64f base = std::floor(times.at(first));
     const Kel64f fraction = times.at(first) - base;
@@ -94,4 +95,4 @@ void interpolate(const FilterRows rows, const ResampleTimes& times, int64_t firs
     }
 }
 
-}  // namespace kels
+}  // namespace kels::resample::general

@@ -8,13 +8,15 @@
 #include <utility>
 
 #include "core/memory.h"
-#include "core/simd/vec.h"
 #include "core/simd/rows.h"
+#include "core/simd/vec.h"
 #include "resample/general/filter_rows.h"
-#include "resample/sample_conversion.h"
 #include "resample/general/filter_sum.h"
+#include "resample/general/filter_table.h"
+#include "resample/general/output_times.h"
+#include "resample/sample_conversion.h"
 
-namespace kels {
+namespace kels::resample::general {
 
 // The least number of outputs after which fractions repeat, and the inputs that they take; 0 where there are too many.
 struct Period {
@@ -118,14 +120,14 @@ void applyFilter(const Kel32f* taps, std::size_t span, std::size_t tail, const S
 }
 
 // Taps that the filters of this factor take.
-inline Kel64f tapsOf(const FilterRows& rows, const ResampleTimes& times) {
+inline Kel64f tapsOf(const FilterRows& rows, const OutputTimes& times) {
     return times.factor < 1 ? std::floor(2 * times.reach) + 1 : static_cast<Kel64f>(rows.span());
 }
 
 // put(n, sum) for n < count.
 template <class S, class T, class Put>
-void resampleInPeriods(const FilterRows& rows, const FilterTable<T>& table, const ResampleTimes& times, Period period,
-                       int64_t first, int count, const S* src, int len, Put put) {
+void outputsOfPeriodicFilters(const FilterRows& rows, const FilterTable<T>& table, const OutputTimes& times,
+                              Period period, int64_t first, int count, const S* src, int len, Put put) {
     alignas(64) Kel32f taps[kMostTaps];
     const bool down = times.factor < 1;
     const auto span = roundUp(static_cast<std::size_t>(tapsOf(rows, times)), lanes<Kel32f>);
@@ -141,4 +143,4 @@ void resampleInPeriods(const FilterRows& rows, const FilterTable<T>& table, cons
     }
 }
 
-}  // namespace kels
+}  // namespace kels::resample::general

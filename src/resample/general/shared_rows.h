@@ -8,7 +8,7 @@
 #include "core/simd/vec.h"
 #include "resample/general/filter_rows.h"
 
-namespace kels {
+namespace kels::resample::general {
 
 struct FourPlaces {
     static constexpr int kOther = 8;
@@ -90,4 +90,4 @@ template <RowStep B, RowStep C, RowStep D, class Each>
     }
 }
 
-}  // namespace kels
+}  // namespace kels::resample::general
