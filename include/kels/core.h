@@ -65,8 +65,8 @@ KELS_API KelStatus kelsConvert_8u32f(const Kel8u* pSrc, Kel32f* pDst, int len);
 KELS_API KelStatus kelsConvert_16s32f(const Kel16s* pSrc, Kel32f* pDst, int len);
 KELS_API KelStatus kelsConvert_32s32f(const Kel32s* pSrc, Kel32f* pDst, int len);
 
-/* pDst[i] = pSrc[i] * 2^-scaleFactor, with the exponent -scaleFactor held to the range in which the multiplier is a
- * normal number: -112..126 for 16s32f, -96..126 for 32s32f, -1008..1022 for 16s64f.
+/* pDst[i] = pSrc[i] * 2^-scaleFactor.  A scaleFactor outside of these ranges stands for their nearer end, so that no
+ * product overflows: -112..126 for 16s32f, -96..126 for 32s32f, -1008..1022 for 16s64f.
  */
 KELS_API KelStatus kelsConvert_16s32f_Sfs(const Kel16s* pSrc, Kel32f* pDst, int len, int scaleFactor);
 KELS_API KelStatus kelsConvert_32s32f_Sfs(const Kel32s* pSrc, Kel32f* pDst, int len, int scaleFactor);

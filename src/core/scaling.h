@@ -1,4 +1,5 @@
-// Scale factors, rounding, saturation and float-to-integer conversion.  No other file shifts, rounds or saturates.
+// Scale factors, rounding, saturation and float-to-integer conversion of single values, and the rounding mode that they
+// are used in.  core/simd/integers.h has the same for vectors.
 #pragma once
 
 #include <immintrin.h>
@@ -10,8 +11,8 @@
 #include <limits>
 #include <type_traits>
 
-#include "core/simd/vec.h"
 #include "core/simd/integers.h"
+#include "core/simd/vec.h"
 #include "kels/types.h"
 
 namespace kels {
@@ -23,10 +24,10 @@ constexpr Kel64f exactPowerOfTwo(int exponent) {
     return std::bit_cast<Kel64f>(static_cast<uint64_t>(1023 + exponent) << 52);
 }
 
-// 2^-scaleFactor with the exponent held to [lowest, highest].  By default the range of the float tables that the
-// integer forms are defined by: from half the smallest subnormal float to twice the largest binade.
-constexpr Kel64f scaleMultiplier(int scaleFactor, int lowest = -150, int highest = 128) {
-    return exactPowerOfTwo(-std::clamp(scaleFactor, -highest, -lowest));
+// 2^-scaleFactor with scaleFactor held to [lowest, highest].  By default the multipliers run from twice the largest
+// binade of floats to half the smallest subnormal one: beyond, every product saturates or rounds to zero.
+constexpr Kel64f scaleMultiplier(int scaleFactor, int lowest = -128, int highest = 150) {
+    return exactPowerOfTwo(-std::clamp(scaleFactor, lowest, highest));
 }
 
 // ---- integers ------------------------------------------------------------------------------------------------------

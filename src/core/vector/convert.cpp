@@ -27,7 +27,7 @@ KelStatus kelsConvert_32s32f(const Kel32s* pSrc, Kel32f* pDst, int len) {
     return kelStatusOk;
 }
 
-// The ranges of exponents keep the multiplier a normal number, and with it every product that does not overflow.
+// Within these ranges no product overflows, and the multiplier is a normal number.
 KelStatus kelsConvert_16s32f_Sfs(const Kel16s* pSrc, Kel32f* pDst, int len, int scaleFactor) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
     if (len < 1) return kelStatusSize;

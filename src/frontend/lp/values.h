@@ -56,7 +56,7 @@ inline Result<Kel32f> floatResult(Kel32f* data) {
     return {data, 1};
 }
 inline Result<Kel16s> scaledResult(Kel16s* data, int scaleFactor) {
-    return {data, scaleMultiplier(scaleFactor, -1022, 1023)};
+    return {data, scaleMultiplier(scaleFactor, -1023, 1022)};
 }
 inline Result<Kel16s> q15Result(Kel16s* data) {
     return {data, kQ15};

@@ -112,11 +112,13 @@ TEST(Elements, FloatsToIntegers) {
 
 TEST(Elements, IntegersToFloatsAndShorts) {
     expectElements([](int x, auto...) { return x; }, kPlain, kelsConvert_8u32f, kelsConvert_16s32f, kelsConvert_32s32f);
-    const Options scales = {.scalars = {0, 1, -3, 15, 97, 112, 113, 5000, -126, -127, 1009, -1023, INT_MAX, INT_MIN}};
+    // Beyond its range a scale factor stands for the end of the range: no product overflows.
     const auto expect = [&](int lowest, int highest, auto f) {
         const auto scaled = [=](auto x, auto before, int, int scale) {
-            return std::ldexp(static_cast<decltype(before)>(x), std::clamp(-std::max(scale, -9999), lowest, highest));
+            return std::ldexp(static_cast<decltype(before)>(x), -std::clamp(scale, lowest, highest));
         };
+        const Options scales = {.scalars = {0, 1, -3, 15, 1.0 * lowest, lowest - 1.0, 1.0 * highest, highest + 1.0,
+                                            -5000, 5000, INT_MAX, INT_MIN}};
         expectElements(scaled, scales, f);
     };
     expect(-112, 126, kelsConvert_16s32f_Sfs);
