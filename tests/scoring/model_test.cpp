@@ -1,15 +1,16 @@
+// Constants of Gaussian models.
 #include "kels/model.h"
 
 #include "support/checks.h"
 #include "support/elements.h"
+#include "support/forms.h"
 #include "support/overlap.h"
 #include "support/rounding.h"
 
 namespace {
 
-// Functions by the element type T.
-#define DETERMINANT(name) \
-    std::get<KelStatus (*)(const T*, int, T*)>(std::tuple(&kelsUpdateGConst##name##_32f, &kelsUpdateGConst##name##_64f))
+constexpr auto kInverse = test::forms(kelsUpdateGConst_32f, kelsUpdateGConst_64f);
+constexpr auto kDirect = test::forms(kelsUpdateGConst_DirectVar_32f, kelsUpdateGConst_DirectVar_64f);
 
 template <class T>
 class Determinants : public testing::Test {};
@@ -29,7 +30,8 @@ TYPED_TEST(Determinants, AreRoundedOnce) {
         }
         for (const int sign : {-1, 1}) {
             T det = 0;
-            EXPECT_EQ((sign < 0 ? DETERMINANT() : DETERMINANT(_DirectVar))(v, len, &det), 0);
+            const auto determinant = sign < 0 ? kInverse.of<T>() : kDirect.of<T>();
+            EXPECT_EQ(determinant(v, len, &det), kelStatusOk);
             const long double exact = static_cast<long double>(1.8378770664093) * len + sign * logs;
             // A logarithm and an addition in double precision an element, and one rounding to T.
             const long double rounding = std::ldexp(std::fabs(exact), -std::numeric_limits<T>::digits);
@@ -46,11 +48,13 @@ TYPED_TEST(Determinants, FirstElementWithoutLogarithmDecides) {
         std::vector<T> v;
         KelStatus status;
         T det;
-    } cases[] = {{{2, 0, -1}, 7, inf},    {{2, -1, 0}, 8, nan},   {{-0.0, -1}, 7, inf}, {{1, -tiny}, 7, inf},
-                 {{1, tiny, -1}, 7, inf}, {{1, -normal}, 8, nan}, {{-inf}, 8, nan},     {{nan, 1}, 0, nan},
-                 {{nan, 0}, 7, inf},      {{1, 1, 1, -3}, 8, nan}};
+    } cases[] = {{{2, 0, -1}, kelStatusLogZero, inf},    {{2, -1, 0}, kelStatusLogNegative, nan},
+                 {{-0.0, -1}, kelStatusLogZero, inf},    {{1, -tiny}, kelStatusLogZero, inf},
+                 {{1, tiny, -1}, kelStatusLogZero, inf}, {{1, -normal}, kelStatusLogNegative, nan},
+                 {{-inf}, kelStatusLogNegative, nan},    {{nan, 1}, kelStatusOk, nan},
+                 {{nan, 0}, kelStatusLogZero, inf},      {{1, 1, 1, -3}, kelStatusLogNegative, nan}};
     for (const auto& c : cases) {
-        for (const auto form : {DETERMINANT(), DETERMINANT(_DirectVar)}) {
+        for (const auto form : {kInverse.of<T>(), kDirect.of<T>()}) {
             T det = 5;
             EXPECT_EQ(form(c.v.data(), static_cast<int>(c.v.size()), &det), c.status);
             EXPECT_TRUE(test::sameBits(det, c.det)) << det << " instead of " << c.det;
@@ -78,10 +82,9 @@ TEST(Model, ConstantsOfOverlappingArraysFollowOneAnother) {
 }
 
 TEST(Model, ChecksPointersThenLength) {
-    test::expectVectorChecks({-8, -6}, kelsUpdateGConst_32f, kelsUpdateGConst_64f, kelsUpdateGConst_DirectVar_32f,
-                             kelsUpdateGConst_DirectVar_64f, kelsOutProbPreCalc_32f, kelsOutProbPreCalc_64f,
-                             kelsOutProbPreCalc_32s, kelsOutProbPreCalc_32f_I, kelsOutProbPreCalc_64f_I,
-                             kelsOutProbPreCalc_32s_I);
+    test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kInverse, kDirect, kelsOutProbPreCalc_32f,
+                             kelsOutProbPreCalc_64f, kelsOutProbPreCalc_32s, kelsOutProbPreCalc_32f_I,
+                             kelsOutProbPreCalc_64f_I, kelsOutProbPreCalc_32s_I);
 }
 
 }  // namespace

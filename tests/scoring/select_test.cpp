@@ -1,3 +1,4 @@
+// Shortlists of Gaussians and sign tables.
 #include "kels/select.h"
 
 #include <gtest/gtest.h>
@@ -20,26 +21,41 @@ struct Call {
     const Kel32s *numbers, *counts;
     int n, bound, lists, step, offset, width;
     Kel8u **rows, *dst;
+    const Kel8u** constRows() const { return const_cast<const Kel8u**>(rows); }
 };
+KelStatus fillRows(const Call& c) {
+    return kelsFillShortlist_Row_1u(c.numbers, c.bound, c.n, c.rows, c.lists, c.step, c.offset);
+}
+KelStatus fillRowsVar(const Call& c) {
+    return kelsFillShortlist_RowVar_1u(c.numbers, c.bound, c.counts, c.rows, c.lists, c.step, c.offset);
+}
+KelStatus fillColumns(const Call& c) {
+    return kelsFillShortlist_Column_1u(c.numbers, c.n, c.rows, c.bound, c.step, c.offset, c.lists);
+}
+KelStatus fillColumnsVar(const Call& c) {
+    return kelsFillShortlist_ColumnVar_1u(c.numbers, c.counts, c.rows, c.bound, c.step, c.offset, c.lists);
+}
+KelStatus buildSigns(const Call& c) {
+    return kelsBuildSignTable_8u1u(c.numbers, c.n, c.constRows(), c.bound, c.step, c.offset, c.dst, c.lists, c.width);
+}
+KelStatus buildSignsVar(const Call& c) {
+    return kelsBuildSignTable_Var_8u1u(c.numbers, c.counts, c.constRows(), c.bound, c.step, c.offset, c.dst, c.lists,
+                                       c.width);
+}
+
 struct Form {
     const char* name;
     Kind kind;
-    bool variable;
-    std::function<KelStatus(const Call&)> run;
+    bool variable;  // a count for every list
+    KelStatus (*run)(const Call&);
 };
-#define FORM(kind, variable, name, ...)                                                    \
-    {                                                                                      \
-#name, Kind::kind, variable, [](const Call& c) { return kels##name(__VA_ARGS__); } \
-    }
 const Form kForms[] = {
-    FORM(Rows, false, FillShortlist_Row_1u, c.numbers, c.bound, c.n, c.rows, c.lists, c.step, c.offset),
-    FORM(Rows, true, FillShortlist_RowVar_1u, c.numbers, c.bound, c.counts, c.rows, c.lists, c.step, c.offset),
-    FORM(Columns, false, FillShortlist_Column_1u, c.numbers, c.n, c.rows, c.bound, c.step, c.offset, c.lists),
-    FORM(Columns, true, FillShortlist_ColumnVar_1u, c.numbers, c.counts, c.rows, c.bound, c.step, c.offset, c.lists),
-    FORM(Signs, false, BuildSignTable_8u1u, c.numbers, c.n, const_cast<const Kel8u**>(c.rows), c.bound, c.step,
-         c.offset, c.dst, c.lists, c.width),
-    FORM(Signs, true, BuildSignTable_Var_8u1u, c.numbers, c.counts, const_cast<const Kel8u**>(c.rows), c.bound, c.step,
-         c.offset, c.dst, c.lists, c.width),
+    {.name = "FillShortlist_Row_1u", .kind = Kind::Rows, .variable = false, .run = fillRows},
+    {.name = "FillShortlist_RowVar_1u", .kind = Kind::Rows, .variable = true, .run = fillRowsVar},
+    {.name = "FillShortlist_Column_1u", .kind = Kind::Columns, .variable = false, .run = fillColumns},
+    {.name = "FillShortlist_ColumnVar_1u", .kind = Kind::Columns, .variable = true, .run = fillColumnsVar},
+    {.name = "BuildSignTable_8u1u", .kind = Kind::Signs, .variable = false, .run = buildSigns},
+    {.name = "BuildSignTable_Var_8u1u", .kind = Kind::Signs, .variable = true, .run = buildSignsVar},
 };
 void PrintTo(const Form& form, std::ostream* out) {
     *out << form.name;

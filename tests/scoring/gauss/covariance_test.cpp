@@ -6,6 +6,7 @@
 
 #include "support/allocation.h"
 #include "support/checks.h"
+#include "support/forms.h"
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"
@@ -16,18 +17,14 @@ namespace {
 using test::Guarded;
 using Quad = __float128;
 
+constexpr auto kMake =
+    test::forms(kelsBlockDMatrixInitAlloc_16s, kelsBlockDMatrixInitAlloc_32f, kelsBlockDMatrixInitAlloc_64f);
+constexpr auto kFree = test::forms(kelsBlockDMatrixFree_16s, kelsBlockDMatrixFree_32f, kelsBlockDMatrixFree_64f);
+
+template <class Matrix, class T>
+Matrix* matrixMadeBy(KelStatus (*)(Matrix**, const T**, const int*, int));
 template <class T>
-struct Blocks;
-#define BLOCKS(type)                                                   \
-    template <>                                                        \
-    struct Blocks<Kel##type> {                                         \
-        using Matrix = KelBlockDMatrix_##type;                         \
-        static constexpr auto make = kelsBlockDMatrixInitAlloc_##type; \
-        static constexpr auto free = kelsBlockDMatrixFree_##type;      \
-    }
-BLOCKS(16s);
-BLOCKS(32f);
-BLOCKS(64f);
+using MatrixOf = std::remove_pointer_t<decltype(matrixMadeBy(kMake.of<T>()))>;
 
 // A model of blocks of the given sizes and a vector; S and the sum of the magnitudes of its terms.
 template <class T>
@@ -52,9 +49,9 @@ struct Model {
             }
             start += n;
         }
-        EXPECT_EQ(Blocks<T>::make(&matrix, rows.data(), sizes.data(), static_cast<int>(sizes.size())), 0);
+        EXPECT_EQ(kMake(&matrix, rows.data(), sizes.data(), static_cast<int>(sizes.size())), 0);
     }
-    ~Model() { EXPECT_EQ(Blocks<T>::free(matrix), 0); }
+    ~Model() { EXPECT_EQ(kFree(matrix), 0); }
 
     test::Random random;
     std::vector<int> sizes;
@@ -62,7 +59,7 @@ struct Model {
     Guarded<T> x, mean;
     std::deque<Guarded<T>> values;
     std::vector<const T*> rows;
-    typename Blocks<T>::Matrix* matrix = nullptr;
+    MatrixOf<T>* matrix = nullptr;
     Quad sum = 0, magnitudes = 0;
 };
 
@@ -102,8 +99,7 @@ TEST(GaussCovariance, ScoresAreQuadraticFormsOfTheBlocks) {
 
 // The length of the vector, memory for long ones, and nothing written.
 template <class T, class R, class... Scale>
-void expectFaults(KelStatus (*f)(const T*, const T*, const typename Blocks<T>::Matrix*, int, R*, R, Scale...),
-                  Scale... scale) {
+void expectFaults(KelStatus (*f)(const T*, const T*, const MatrixOf<T>*, int, R*, R, Scale...), Scale... scale) {
     test::expectNullChecks(f);
     const Model<T> small({3, 2}), large({112});
     R out = 77;
@@ -136,14 +132,14 @@ TYPED_TEST(BlockMatrices, FailuresLeaveThePointerAlone) {
     using T = TypeParam;
     const T value[3] = {};
     const T* rows[] = {value, value, value, value, value};
-    typename Blocks<T>::Matrix* matrix = nullptr;
+    MatrixOf<T>* matrix = nullptr;
     const int good[] = {2, 3}, bad[] = {2, 0}, large[] = {32767, 1};  // a row more than can be counted
-    test::expectVectorChecks({-8, -6}, Blocks<T>::make);
-    test::expectNullChecks(Blocks<T>::free);
+    test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kMake.of<T>());
+    test::expectNullChecks(kFree.of<MatrixOf<T>>());
     const test::AllocationWatch watch(0);
-    EXPECT_EQ(Blocks<T>::make(&matrix, rows, bad, 2), -6);  // sizes come before memory
-    EXPECT_EQ(Blocks<T>::make(&matrix, rows, good, 2), -9);
-    EXPECT_EQ(Blocks<T>::make(&matrix, rows, large, 2), -9);
+    EXPECT_EQ(kMake(&matrix, rows, bad, 2), kelStatusSize);  // sizes come before memory
+    EXPECT_EQ(kMake(&matrix, rows, good, 2), kelStatusNoMemory);
+    EXPECT_EQ(kMake(&matrix, rows, large, 2), kelStatusNoMemory);
     EXPECT_EQ(matrix, nullptr);
     EXPECT_EQ(watch.unreleased(), 0);
 }
