@@ -1,3 +1,4 @@
+// The fixed-point logarithm and exponential against the C library, over their whole ranges.
 #include "frontend/fbank/fixed_log.h"
 
 #include "support/elements.h"

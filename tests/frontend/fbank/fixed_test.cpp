@@ -1,6 +1,6 @@
-// The bank in the caller's memory, and the conversions between frequencies and mel.
-
+// The bank in the caller's memory.
 #include "kels/fbank.h"
+
 #include "support/support.h"
 
 namespace {
@@ -82,7 +82,8 @@ TEST(FixedBank, WeightsFollowTheFormulasAtEveryAlignment) {
 
 TEST(FixedBank, SumsScaleRoundAndSaturate) {
     Random random;
-    FixedBank bank({512, 16000, 64, 8000, 26, 1127, 700}, 0), wide({8192, 8000, 1, 4000, 1, 8000, 8000}, 0);
+    FixedBank bank({512, 16000, 64, 8000, 26, 1127, 700}, 0);
+    FixedBank wide({8192, 8000, 1, 4000, 1, 8000, 8000}, 0);
     const auto w = bank.weights();
     for (int scaleFactor = -31; scaleFactor <= 31; ++scaleFactor) {
         auto spectrum = random.vector<Kel32s>(w.size());
@@ -101,42 +102,59 @@ TEST(FixedBank, SumsScaleRoundAndSaturate) {
 
 TEST(FixedBank, StatusesInOrder) {
     expectNullChecks(kelsMelFBankGetSize_32s, kelsMelFBankInit_32s, kelsEvalFBank_32s_Sfs);
-    // Arguments: fftLen, nFilter, flag.
-    expectSteps(
-        kelsMelFBankGetSize_32s, {512, 999, 1, 0},
-        {{1, 0, -6}, {1, 999, -70}, {0, 31, -6}, {0, 8193, -6}, {0, 512, -70}, {2, 6, -70}, {2, 2, -6}, {1, 257, -6}});
-    // Arguments: buffer, order, 2 fftLen, 3 sampFreq, 4 lowFreq, 5 highFreq, 6 nFilter, 7 melMul, 8 melDiv, 9 flag.
-    expectSteps(kelsMelFBankInit_32s, {0, 0, 512, 0, -1, 1, 999, 0, 0, 0},
-                {{6, 0, -6},       {6, 999, -70},    {5, 0, -6},          {5, 1, -70},      {2, 31, -6},
-                 {2, 8193, -6},    {2, 512, -70},    {9, 3, -70},         {9, 2, -6},       {4, 2, -6},
-                 {3, 48001, -6},   {3, 8000, -71},   {4, -1, -6},         {4, 0, -5},       {4, 1, -71},
-                 {5, 24001, -71},  {5, 3, -5},       {8, 1 << 20, -5},    {7, 0x80000, -5}, {7, 0x40000000, -5},
-                 {7, 1 << 20, -6}, {8, 0x80000, -5}, {8, 0x10000000, -5}, {8, 1 << 20, -6}, {6, 258, -6}});
-    expectSteps(kelsEvalFBank_32s_Sfs, {}, {{3, 32, -5}, {3, -32, -5}});
-    int size = 0, order = 0;
-    EXPECT_EQ(kelsMelFBankGetSize_32s(300, 256, 2, &size), 0);
-    EXPECT_EQ(size, 4 * 256 + 96 + 18 * 516 + 2 * 516 * 265 + 2 * 516 * 256 + 64);
-    std::vector<Kel8u> enough(600000);
-    EXPECT_EQ(kelsMelFBankInit_32s(enough.data(), &order, 512, 8000, 2, 3, 257, 1 << 20, 1 << 20, 2), 0);
+    {
+        enum { kFFTLen, kFilters, kFlag };
+        expectSteps(kelsMelFBankGetSize_32s, {512, 999, 1, 0},
+                    {{kFilters, 0, kelStatusSize},
+                     {kFilters, 999, kelStatusFBankFlag},
+                     {kFFTLen, 31, kelStatusSize},
+                     {kFFTLen, 8193, kelStatusSize},
+                     {kFFTLen, 512, kelStatusFBankFlag},
+                     {kFlag, kelFBankWeightBin | kelFBankOwnFFT, kelStatusFBankFlag},
+                     {kFlag, kelFBankWeightBin, kelStatusSize},
+                     {kFilters, 257, kelStatusSize}});
+    }
+    {
+        enum { kFFTLen = 2, kSampFreq, kLowFreq, kHighFreq, kFilters, kMelMul, kMelDiv, kFlag };
+        expectSteps(kelsMelFBankInit_32s, {0, 0, 512, 0, -1, 1, 999, 0, 0, 0},
+                    {{kFilters, 0, kelStatusSize},
+                     {kFilters, 999, kelStatusFBankFlag},
+                     {kHighFreq, 0, kelStatusSize},
+                     {kHighFreq, 1, kelStatusFBankFlag},
+                     {kFFTLen, 31, kelStatusSize},
+                     {kFFTLen, 8193, kelStatusSize},
+                     {kFFTLen, 512, kelStatusFBankFlag},
+                     {kFlag, kelFBankWeightBin | kelFBankWeightMel, kelStatusFBankFlag},
+                     {kFlag, kelFBankWeightBin, kelStatusSize},
+                     {kLowFreq, 2, kelStatusSize},
+                     {kSampFreq, 48001, kelStatusSize},
+                     {kSampFreq, 8000, kelStatusFBankFreq},
+                     {kLowFreq, -1, kelStatusSize},
+                     {kLowFreq, 0, kelStatusBadArg},
+                     {kLowFreq, 1, kelStatusFBankFreq},
+                     {kHighFreq, 24001, kelStatusFBankFreq},
+                     {kHighFreq, 3, kelStatusBadArg},
+                     {kMelDiv, 1 << 20, kelStatusBadArg},
+                     {kMelMul, 0x80000, kelStatusBadArg},
+                     {kMelMul, 0x40000000, kelStatusBadArg},
+                     {kMelMul, 1 << 20, kelStatusSize},
+                     {kMelDiv, 0x80000, kelStatusBadArg},
+                     {kMelDiv, 0x10000000, kelStatusBadArg},
+                     {kMelDiv, 1 << 20, kelStatusSize},
+                     {kFilters, 258, kelStatusSize}});
+    }
+    enum { kScaleFactor = 3 };
+    expectSteps(kelsEvalFBank_32s_Sfs, {}, {{kScaleFactor, 32, kelStatusBadArg}, {kScaleFactor, -32, kelStatusBadArg}});
 }
 
-TEST(Mel, ConvertsBothWays) {
-    Random random;
-    Guarded<Kel32f> hertz(99), mel(99), back(99);
-    for (int i = 0; i < 99; ++i) hertz[i] = static_cast<float>(random.uniform(0, 24000));
-    ASSERT_EQ(kelsLinearToMel_32f(hertz, mel, 99, 1127, 700), kelStatusOk);
-    ASSERT_EQ(kelsMelToLinear_32f(mel, back, 99, 1127, 700), kelStatusOk);
-    for (int i = 0; i < 99; ++i) {
-        // Three roundings in the argument of the logarithm, and two after it; exp(mel / melMul) likewise.
-        const Real exactMel = 1127 * std::log1p(hertz[i] / 700.0L);
-        EXPECT_TRUE(near(mel[i], exactMel, 3 * 1127 * 0x1p-24L + 2 * exactMel * 0x1p-24L));
-        const Real exactBack = 700 * std::expm1(mel[i] / 1127.0L);
-        EXPECT_TRUE(near(back[i], exactBack, (exactBack + 700) * (2 * mel[i] / 1127 + 4) * 0x1p-24L));
-    }
-    expectVectorChecks({-8, -6}, kelsLinearToMel_32f, kelsMelToLinear_32f);
-    for (const auto convert : {kelsLinearToMel_32f, kelsMelToLinear_32f}) {
-        expectSteps(convert, {0, 0, 1, 1, 1}, {{4, NAN, -6}, {3, 0, -6}, {4, 700, -6}});
-    }
+// Init takes one filter more than GetSize; the formula of the size is part of the interface.
+TEST(FixedBank, SizesAtTheirEnds) {
+    int size = 0, order = 0;
+    EXPECT_EQ(kelsMelFBankGetSize_32s(300, 256, kelFBankWeightBin, &size), kelStatusOk);
+    EXPECT_EQ(size, 4 * 256 + 96 + 18 * 516 + 2 * 516 * 265 + 2 * 516 * 256 + 64);
+    std::vector<Kel8u> enough(600000);
+    EXPECT_EQ(kelsMelFBankInit_32s(enough.data(), &order, 512, 8000, 2, 3, 257, 1 << 20, 1 << 20, kelFBankWeightBin),
+              kelStatusOk);
 }
 
 }  // namespace
