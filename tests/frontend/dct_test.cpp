@@ -1,3 +1,4 @@
+// Cosine transform and liftering: frames of every form of state, the state in the caller's memory, statuses and memory.
 #include "kels/dct.h"
 
 #include "support/support.h"
@@ -8,10 +9,12 @@ using namespace test;
 
 Random rng;
 
-// A function by the type S of the state.
-#define FORM(name)                                       \
-    (std::get<std::is_same_v<S, KelDCTLifterState_16s>>( \
-        std::tuple(&kelsDCTLifter##name##_32f, &kelsDCTLifter##name##_16s)))
+// The constructors and the release, each for both states.
+constexpr auto initSine = forms(kelsDCTLifterInitAlloc_32f, kelsDCTLifterInitAlloc_16s);
+constexpr auto initSineC0 = forms(kelsDCTLifterInitAlloc_C0_32f, kelsDCTLifterInitAlloc_C0_16s);
+constexpr auto initSupplied = forms(kelsDCTLifterInitAlloc_Mul_32f, kelsDCTLifterInitAlloc_Mul_16s);
+constexpr auto initSuppliedC0 = forms(kelsDCTLifterInitAlloc_MulC0_32f, kelsDCTLifterInitAlloc_MulC0_16s);
+constexpr auto freeState = forms(kelsDCTLifterFree_32f, kelsDCTLifterFree_16s);
 
 struct Plan {
     int lenDCT, lenCeps, nLifter;
@@ -27,9 +30,10 @@ struct Plan {
     template <class S>
     KelStatus build(S** state) const {
         const Guarded<Kel32f> w(given);
-        if (supplied) return (c0 ? FORM(InitAlloc_MulC0) : FORM(InitAlloc_Mul))(state, lenDCT, w.data(), lenCeps);
-        if (c0) return FORM(InitAlloc_C0)(state, lenDCT, lenCeps, nLifter, val, val0);
-        return FORM(InitAlloc)(state, lenDCT, lenCeps, nLifter, val);
+        if (supplied && c0) return initSuppliedC0(state, lenDCT, w.data(), lenCeps);
+        if (supplied) return initSupplied(state, lenDCT, w.data(), lenCeps);
+        if (c0) return initSineC0(state, lenDCT, lenCeps, nLifter, val, val0);
+        return initSine(state, lenDCT, lenCeps, nLifter, val);
     }
 };
 
@@ -68,7 +72,11 @@ TYPED_TEST(DCTLifter, FramesOfEveryForm) {
     for (const auto& [lenDCT, lenCeps] : kShapes) {
         for (const int nLifter : {1, 23, 300}) {
             for (int form = 0; form < 4; ++form) {
-                const Plan s{lenDCT, lenCeps, nLifter, form >= 2, form % 2 == 1};
+                const Plan s{.lenDCT = lenDCT,
+                             .lenCeps = lenCeps,
+                             .nLifter = nLifter,
+                             .supplied = form >= 2,
+                             .c0 = form % 2 == 1};
                 S* state = nullptr;
                 ASSERT_EQ(s.build(&state), kelStatusOk);
                 if constexpr (std::is_same_v<S, KelDCTLifterState_32f>) {
@@ -77,7 +85,7 @@ TYPED_TEST(DCTLifter, FramesOfEveryForm) {
                     checkFrame(s, state, kelsDCTLifter_16s_Sfs, rng.between(-3, 9));
                     checkFrame(s, state, kelsDCTLifter_32s16s_Sfs, rng.between(13, 25));
                 }
-                EXPECT_EQ(FORM(Free)(state), kelStatusOk);
+                EXPECT_EQ(freeState(state), kelStatusOk);
                 kelsFree(state);
             }
         }
@@ -91,7 +99,7 @@ TEST(DCTLifter, CallerBufferAtEveryAlignment) {
         ASSERT_EQ(kelsDCTLifterGetSize_MulC0_16s(lenDCT, lenCeps, &size), kelStatusOk);
         EXPECT_EQ(size, 4 * (lenCeps + 1) * lenDCT + 44 * lenCeps + 168);
         for (int end = 0; end < 32; ++end) {
-            Plan s{lenDCT, lenCeps, 0, true, true};
+            Plan s{.lenDCT = lenDCT, .lenCeps = lenCeps, .nLifter = 0, .supplied = true, .c0 = true};
             for (auto& w : s.given) w = std::trunc(w);
             const Guarded<Kel32s> given(std::vector<Kel32s>(s.given.begin(), s.given.end()));
             Guarded<Kel8u> memory(std::vector<Kel8u>(size + end, 0xA5));
@@ -105,7 +113,8 @@ TEST(DCTLifter, CallerBufferAtEveryAlignment) {
 
 TEST(DCTLifter, TiesGoToEvenInEveryRoundingMode) {  // c0 of one input is that input
     KelDCTLifterState_16s* state;
-    ASSERT_EQ((Plan{1, 1, 1, true, true, {1}}.build(&state)), kelStatusOk);
+    const Plan plan{.lenDCT = 1, .lenCeps = 1, .nLifter = 1, .supplied = true, .c0 = true, .given = {1}};
+    ASSERT_EQ(plan.build(&state), kelStatusOk);
     for (const Kel32s src : {1, 3, 5, 7, -1, -3, -5}) {
         Kel16s dst[2];
         inEveryRoundingMode([&] { EXPECT_EQ(kelsDCTLifter_32s16s_Sfs(&src, dst, state, 1), kelStatusOk); },
@@ -117,27 +126,34 @@ TEST(DCTLifter, TiesGoToEvenInEveryRoundingMode) {  // c0 of one input is that i
 
 TYPED_TEST(DCTLifter, StatusesAndMemory) {
     using S = typename TypeParam::type;
-    expectChecks<Places{-1, 2, 1}>({-8, -6}, 1, FORM(InitAlloc), FORM(InitAlloc_C0));
-    expectChecks<Places{-1, 3, 1}>({-8, -6}, 1, FORM(InitAlloc), FORM(InitAlloc_C0), FORM(InitAlloc_Mul),
-                                   FORM(InitAlloc_MulC0));
-    expectNullChecks(FORM(Free));
+    expectChecks<Places{.height = 2, .width = 1}>({kelStatusNullPtr, kelStatusSize}, 1, initSine.template of<S>(),
+                                                  initSineC0.template of<S>());
+    expectChecks<Places{.height = 3, .width = 1}>({kelStatusNullPtr, kelStatusSize}, 1, initSine.template of<S>(),
+                                                  initSineC0.template of<S>(), initSupplied.template of<S>(),
+                                                  initSuppliedC0.template of<S>());
+    expectNullChecks(freeState.template of<S>());
     S* state = nullptr;
     for (int form = 0; form < 4; ++form) {
-        const Plan wide{3, 4, 1, form >= 2, form % 2 == 1}, good{26, 13, 22, form >= 2, form % 2 == 1};
+        const bool supplied = form >= 2, c0 = form % 2 == 1;
+        const Plan wide{.lenDCT = 3, .lenCeps = 4, .nLifter = 1, .supplied = supplied, .c0 = c0};
+        const Plan good{.lenDCT = 26, .lenCeps = 13, .nLifter = 22, .supplied = supplied, .c0 = c0};
         EXPECT_EQ(wide.build(&state), kelStatusSize);
-        expectReleasable([&](S** pp) { return good.build(pp); }, FORM(Free), [](S*) {});
+        expectReleasable([&](S** pp) { return good.build(pp); }, freeState.template of<S>(), [](S*) {});
     }
-    EXPECT_EQ(FORM(InitAlloc)(&state, INT_MAX, INT_MAX, 1, 1), kelStatusNoMemory);  // tables beyond every memory
-    FORM(Free)(state);
+    EXPECT_EQ(initSine(&state, INT_MAX, INT_MAX, 1, 1), kelStatusNoMemory);  // tables beyond every memory
+    freeState(state);
     kelsFree(state);
 }
 
 TEST(DCTLifter, StatusesOfTheCallersState) {
-    expectChecks<Places{-1, 1, 0}>({-8, -6}, 1, kelsDCTLifterGetSize_MulC0_16s);
-    expectChecks<Places{-1, 3, 1}>({-8, -6}, 1, kelsDCTLifterInit_MulC0_16s);
+    expectChecks<Places{.height = 1, .width = 0}>({kelStatusNullPtr, kelStatusSize}, 1, kelsDCTLifterGetSize_MulC0_16s);
+    expectChecks<Places{.height = 3, .width = 1}>({kelStatusNullPtr, kelStatusSize}, 1, kelsDCTLifterInit_MulC0_16s);
     expectNullChecks(kelsDCTLifter_32f, kelsDCTLifter_16s_Sfs, kelsDCTLifter_32s16s_Sfs);
-    expectSteps(kelsDCTLifterGetSize_MulC0_16s, {3, 4, 0}, {{1, 4, -6}, {0, 8193, -6}});
-    expectSteps(kelsDCTLifterInit_MulC0_16s, {0, 3, 0, 0}, {{3, 4, -6}});
+    enum { kSizeLenDCT, kSizeLenCeps };
+    expectSteps(kelsDCTLifterGetSize_MulC0_16s, {3, 4, 0},
+                {{kSizeLenCeps, 4, kelStatusSize}, {kSizeLenDCT, 8193, kelStatusSize}});
+    enum { kInitLenDCT = 1, kInitLenCeps = 3 };
+    expectSteps(kelsDCTLifterInit_MulC0_16s, {}, {{kInitLenDCT, 3, kelStatusSize}, {kInitLenCeps, 4, kelStatusSize}});
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// Frame conditioning against the formulas, in every rounding mode where results must not depend on it.
 #include "kels/frame.h"
 
 #include "support/support.h"
@@ -13,7 +14,7 @@ T stored(Kel32f v) {
     return static_cast<T>(v);
 }
 
-// ---- offset compensation
+// ---- offset compensation -------------------------------------------------------------------------------------------
 
 // first(y, x, before) is the first output, next(y, x, before) a later one; y and `before` precede it.
 template <class T, class V, class First, class Next>
@@ -66,7 +67,7 @@ TEST(OffsetCompensation, FollowsItsRecursions) {
     }
 }
 
-// ---- zero mean, energy normalisation
+// ---- zero mean, energy normalisation -------------------------------------------------------------------------------
 
 TEST(ZeroMean, SubtractsTheNearestMeanWithoutMemory) {
     Random random(5);
@@ -88,7 +89,7 @@ TEST(ZeroMean, SubtractsTheNearestMeanWithoutMemory) {
 // `own` looks for the largest energy, `running` is told; `peak` is valShift, without it 1.
 template <class T, class Own, class Running, class... Peak>
 void checkEnergy(Own* own, Running* running, Peak... peak) {
-    expectChecks<Places{-1, 2, 1}>({-8, -6}, 1, own, running);
+    expectChecks<Places{.height = 2, .width = 1}>({kelStatusNullPtr, kelStatusSize}, 1, own, running);
     Random random(6);
     for (int height = 1; height < 50; ++height) {
         const int step = random.between(1, 4);
@@ -120,12 +121,12 @@ TEST(NormEnergy, FollowsItsFormulaInSinglePrecision) {
     checkEnergy<Kel16s>(kelsNormEnergy_16s, kelsNormEnergy_RT_16s, 7);
 }
 
-// ---- sign changes
+// ---- sign changes --------------------------------------------------------------------------------------------------
 
 // The result is the sum of change(x[n], x[n + 1]).
 template <class T, class R, class Change>
 void checkSum(KelStatus (*count)(const T*, int, R*), const std::vector<T>& values, Change change) {
-    expectVectorChecks({-8, -6}, count);
+    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, count);
     Random random(7);
     for (int len : {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 100, 199, 1100003}) {
         std::vector<T> x(len);
@@ -156,12 +157,13 @@ TEST(SignChanges, AreThePlainCounts) {
     checkSum(kelsSignChangeRateXor_32f, floats, [](float a, float b) { return std::signbit(a) != std::signbit(b); });
 }
 
-// ---- padding, statuses
+// ---- padding, statuses ---------------------------------------------------------------------------------------------
 
 template <class T>
 void checkPadding(KelStatus (*pad)(const T*, int, T*, int)) {
-    expectChecks<Places{-1, 3, 1}>({-8, -6}, 1, pad);
-    expectSteps(pad, {0, 4, 0, 3}, {{1, 4, -6}});
+    expectChecks<Places{.height = 3, .width = 1}>({kelStatusNullPtr, kelStatusSize}, 1, pad);
+    enum { kLenSrc = 1 };
+    expectSteps(pad, {0, 0, 0, 3}, {{kLenSrc, 4, kelStatusSize}});
     Random random(8);
     for (int len = 1; len < 40; ++len) {
         const int padded = len + random.between(0, 30) * (len % 3 != 0);
@@ -182,11 +184,16 @@ TEST(CopyWithPadding, CopiesAndClears) {
 }
 
 TEST(FrameStatus, InOrderAndNothingWritten) {
-    expectVectorChecks({-8, -6}, kelsCompensateOffset_32f, kelsCompensateOffset_32f_I, kelsCompensateOffset_16s,
-                       kelsCompensateOffset_16s_I, kelsCompensateOffsetQ15_16s, kelsCompensateOffsetQ15_16s_I);
-    expectSteps(kelsCompensateOffsetQ15_16s, {0, 0, 0, 0, 0, -1}, {{2, 65536, -6}, {2, 65535, -5}});
-    expectSteps(kelsCompensateOffsetQ15_16s_I, {0, 0, 0, 0, -1}, {{1, 65536, -6}, {1, 65535, -5}});
-    expectVectorChecks({-6, -8}, kelsZeroMean_16s);
+    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsCompensateOffset_32f, kelsCompensateOffset_32f_I,
+                       kelsCompensateOffset_16s, kelsCompensateOffset_16s_I, kelsCompensateOffsetQ15_16s,
+                       kelsCompensateOffsetQ15_16s_I);
+    // The longest Q15 frame has 65535 samples, and a length is looked at before a negative coefficient.
+    const auto expectQ15Steps = [](int len, auto* f, auto arguments) {
+        expectSteps(f, arguments, {{len, 65536, kelStatusSize}, {len, 65535, kelStatusBadArg}});
+    };
+    expectQ15Steps(2, kelsCompensateOffsetQ15_16s, std::array<double, 6>{0, 0, 0, 0, 0, -1});
+    expectQ15Steps(1, kelsCompensateOffsetQ15_16s_I, std::array<double, 5>{0, 0, 0, 0, -1});
+    expectVectorChecks({kelStatusSize, kelStatusNullPtr}, kelsZeroMean_16s);
 }
 
 }  // namespace

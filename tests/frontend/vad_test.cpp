@@ -1,3 +1,4 @@
+// Voice activity detection: decisions over runs of frames, and the noise levels that follow them.
 #include "kels/vad.h"
 
 #include <cstring>
