@@ -1,77 +1,165 @@
+// Deltas and accelerations of streams in any blocks, of whole arrays, and of the Aurora front-end.
 #include "kels/delta.h"
 
+#include "support/forms.h"
 #include "support/support.h"
 
 namespace {
 
 using namespace test;
 
-enum Kind { kStream, kAurora, kWhole };
+// ---- the functions -------------------------------------------------------------------------------------------------
 
-// One function; scalar forms take their multipliers from v[0] and v[1].
+constexpr auto deltaWin1 = forms(kelsDelta_Win1_32f_D2, kelsDelta_Win1_16s_D2Sfs);
+constexpr auto deltaWin2 = forms(kelsDelta_Win2_32f_D2, kelsDelta_Win2_16s_D2Sfs);
+constexpr auto deltaDeltaWin1 = forms(kelsDeltaDelta_Win1_32f_D2, kelsDeltaDelta_Win1_16s_D2Sfs);
+constexpr auto deltaDeltaWin2 = forms(kelsDeltaDelta_Win2_32f_D2, kelsDeltaDelta_Win2_16s_D2Sfs);
+constexpr auto deltaMulWin1 = forms(kelsDeltaMul_Win1_32f_D2, kelsDeltaMul_Win1_16s_D2Sfs);
+constexpr auto deltaMulWin2 = forms(kelsDeltaMul_Win2_32f_D2, kelsDeltaMul_Win2_16s_D2Sfs);
+constexpr auto deltaDeltaMulWin1 = forms(kelsDeltaDeltaMul_Win1_32f_D2, kelsDeltaDeltaMul_Win1_16s_D2Sfs);
+constexpr auto deltaDeltaMulWin2 = forms(kelsDeltaDeltaMul_Win2_32f_D2, kelsDeltaDeltaMul_Win2_16s_D2Sfs);
+constexpr auto evalDelta = forms(kelsEvalDelta_32f_D2, kelsEvalDelta_16s_D2Sfs);
+constexpr auto evalDeltaMul = forms(kelsEvalDeltaMul_32f_D2, kelsEvalDeltaMul_16s_D2Sfs);
+constexpr auto aurora = forms(kelsDeltaDelta_Aurora_32f_D2, kelsDeltaDelta_Aurora_16s_D2Sfs);
+constexpr auto auroraMul = forms(kelsDeltaDeltaMul_Aurora_32f_D2, kelsDeltaDeltaMul_Aurora_16s_D2Sfs);
+constexpr auto copyColumn = forms(kelsCopyColumn_32f_D2, kelsCopyColumn_16s_D2);
+// The short names are for floats alone.
+constexpr auto deltaW1 = forms(kelsDeltaW1_32f_D2, kelsDelta_Win1_16s_D2Sfs);
+constexpr auto deltaW2 = forms(kelsDeltaW2_32f_D2, kelsDelta_Win2_16s_D2Sfs);
+constexpr auto deltaDeltaW1 = forms(kelsDeltaDeltaW1_32f_D2, kelsDeltaDelta_Win1_16s_D2Sfs);
+constexpr auto deltaDeltaW2 = forms(kelsDeltaDeltaW2_32f_D2, kelsDeltaDelta_Win2_16s_D2Sfs);
+constexpr auto copyCol = forms(kelsCopyCol_32f_D2, kelsCopyColumn_16s_D2);
+
+// The arguments of a call, of which each function takes what it has; scalar forms take their multipliers from v[0] and
+// v[1].
+template <class T>
+struct Call {
+    const T* x;
+    const T* v;
+    int width;
+    T* y;
+    int step, height, mode, sf;
+};
+
+enum class Kind { Stream, Aurora, Whole };
+
 template <class T>
 struct Form {
-    Kind kind;
+    Kind kind = Kind::Stream;
     int half, orders;
-    bool mul;
-    KelStatus (*run)(const T* x, const T* v, int width, T* y, int step, int height, int mode, int sf);
+    bool mul = false;
+    KelStatus (*run)(const Call<T>&);
 
-    int history() const { return kind == kAurora ? 8 : (orders + 1) * half; }
-    int inputs(int width) const { return kind == kAurora ? 14 : width; }
+    int history() const { return kind == Kind::Aurora ? 8 : (orders + 1) * half; }
+    int inputs(int width) const { return kind == Kind::Aurora ? 14 : width; }
     // The columns in front of the statics.
-    int offset(int width, int step) const { return kind == kWhole ? step - 2 * width : 0; }
+    int offset(int width, int step) const { return kind == Kind::Whole ? step - 2 * width : 0; }
     // The row that stands k rows from row t.
     int row(int t, int k, int rows) const {
-        if (kind != kWhole) return std::clamp(t + k, 0, rows - 1);
+        if (kind != Kind::Whole) return std::clamp(t + k, 0, rows - 1);
         if (k < 0) return t < half ? 0 : t + k;
         return t >= rows - half ? rows - 1 : t + k;
     }
 };
 
-// Where the functions on whole arrays take statics from.
+// Copies the source to where the functions on whole arrays take statics from; the columns in front of them.
 template <class T>
-int place(const T* x, int width, T* y, int step, int height) {
-    const int offset = step - 2 * width;
-    for (int t = 0; t < height; ++t) std::copy_n(x + t * width, width, y + t * step + offset);
+int place(const Call<T>& a) {
+    const int offset = a.step - 2 * a.width;
+    for (int t = 0; t < a.height; ++t) std::copy_n(a.x + t * a.width, a.width, a.y + t * a.step + offset);
     return offset;
 }
 
-// The 16-bit forms take a scale factor besides, but for the copies.
-template <class F, class... A>
-KelStatus call(F* f, [[maybe_unused]] int sf, A... arguments) {
-    if constexpr (std::is_invocable_v<F, A..., int>) return f(arguments..., sf);
-    if constexpr (!std::is_invocable_v<F, A..., int>) return f(arguments...);
-}
+template <class T>
+const Form<T> kAurora = {.kind = Kind::Aurora, .half = 4, .orders = 2, .run = [](const Call<T>& a) {
+                             return aurora.scaled(a.sf, a.x, a.y, a.step, a.height, a.mode);
+                         }};
+template <class T>
+const Form<T> kAuroraMul = {.kind = Kind::Aurora, .half = 4, .orders = 2, .mul = true, .run = [](const Call<T>& a) {
+                                return auroraMul.scaled(a.sf, a.x, a.v, a.y, a.step, a.height, a.mode);
+                            }};
 
-// clang-format off
-#define FORM(kind, half, orders, mul, floats, integers, ...) \
-    {kind, half, orders, mul, [](const T* x, [[maybe_unused]] const T* v, [[maybe_unused]] int width, T* y, int step, \
-                                 int height, [[maybe_unused]] int mode, int sf) { \
-         return call(std::get<std::is_integral_v<T>>(std::tuple(&floats, &integers)), sf, __VA_ARGS__); \
-     }}
-// Both windows, by the part of the names before the window's number; of floats also an older one.
-#define STREAMS(orders, mul, name, older, ...) \
-    FORM(kStream, 1, orders, mul, name##1_32f_D2, name##1_16s_D2Sfs, __VA_ARGS__), \
-    FORM(kStream, 2, orders, mul, name##2_32f_D2, name##2_16s_D2Sfs, __VA_ARGS__), \
-    FORM(kStream, 1, orders, mul, older##1_32f_D2, name##1_16s_D2Sfs, __VA_ARGS__), \
-    FORM(kStream, 2, orders, mul, older##2_32f_D2, name##2_16s_D2Sfs, __VA_ARGS__)
-#define ROWS(kind, half, orders, mul, name, ...) \
-    FORM(kind, half, orders, mul, name##_32f_D2, name##_16s_D2Sfs, __VA_ARGS__)
-
+// All but those of Aurora.
 template <class T>
 const std::vector<Form<T>> kForms = {
-    STREAMS(1, false, kelsDelta_Win, kelsDeltaW, x, width, y, step, height, v[0], mode),
-    STREAMS(2, false, kelsDeltaDelta_Win, kelsDeltaDeltaW, x, width, y, step, height, v[0], v[1], mode),
-    STREAMS(1, true, kelsDeltaMul_Win, kelsDeltaMul_Win, x, v, width, y, step, height, mode),
-    STREAMS(2, true, kelsDeltaDeltaMul_Win, kelsDeltaDeltaMul_Win, x, v, width, y, step, height, mode),
-    FORM(kStream, 0, 0, false, kelsCopyColumn_32f_D2, kelsCopyColumn_16s_D2, x, width, y, step, height),
-    FORM(kStream, 0, 0, false, kelsCopyCol_32f_D2, kelsCopyColumn_16s_D2, x, width, y, step, height),
-    ROWS(kWhole, 3, 1, false, kelsEvalDelta, y, height, step, width, place(x, width, y, step, height), 3, v[0]),
-    ROWS(kWhole, 4, 1, true, kelsEvalDeltaMul, y, v, height, step, width, place(x, width, y, step, height), 4),
-    ROWS(kAurora, 4, 2, false, kelsDeltaDelta_Aurora, x, y, step, height, mode),
-    ROWS(kAurora, 4, 2, true, kelsDeltaDeltaMul_Aurora, x, v, y, step, height, mode),
+    {.half = 1,
+     .orders = 1,
+     .run =
+         [](const Call<T>& a) { return deltaWin1.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode); }},
+    {.half = 1,
+     .orders = 1,
+     .run = [](const Call<T>& a) { return deltaW1.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode); }},
+    {.half = 1,
+     .orders = 2,
+     .run =
+         [](const Call<T>& a) {
+             return deltaDeltaWin1.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
+         }},
+    {.half = 1,
+     .orders = 2,
+     .run =
+         [](const Call<T>& a) {
+             return deltaDeltaW1.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
+         }},
+    {.half = 1,
+     .orders = 1,
+     .mul = true,
+     .run =
+         [](const Call<T>& a) { return deltaMulWin1.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode); }},
+    {.half = 1,
+     .orders = 2,
+     .mul = true,
+     .run =
+         [](const Call<T>& a) {
+             return deltaDeltaMulWin1.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode);
+         }},
+    {.half = 2,
+     .orders = 1,
+     .run =
+         [](const Call<T>& a) { return deltaWin2.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode); }},
+    {.half = 2,
+     .orders = 1,
+     .run = [](const Call<T>& a) { return deltaW2.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode); }},
+    {.half = 2,
+     .orders = 2,
+     .run =
+         [](const Call<T>& a) {
+             return deltaDeltaWin2.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
+         }},
+    {.half = 2,
+     .orders = 2,
+     .run =
+         [](const Call<T>& a) {
+             return deltaDeltaW2.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
+         }},
+    {.half = 2,
+     .orders = 1,
+     .mul = true,
+     .run =
+         [](const Call<T>& a) { return deltaMulWin2.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode); }},
+    {.half = 2,
+     .orders = 2,
+     .mul = true,
+     .run =
+         [](const Call<T>& a) {
+             return deltaDeltaMulWin2.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode);
+         }},
+    {.half = 0, .orders = 0, .run = [](const Call<T>& a) { return copyColumn(a.x, a.width, a.y, a.step, a.height); }},
+    {.half = 0, .orders = 0, .run = [](const Call<T>& a) { return copyCol(a.x, a.width, a.y, a.step, a.height); }},
+    {.kind = Kind::Whole,
+     .half = 3,
+     .orders = 1,
+     .run =
+         [](const Call<T>& a) { return evalDelta.scaled(a.sf, a.y, a.height, a.step, a.width, place(a), 3, a.v[0]); }},
+    {.kind = Kind::Whole,
+     .half = 4,
+     .orders = 1,
+     .mul = true,
+     .run =
+         [](const Call<T>& a) { return evalDeltaMul.scaled(a.sf, a.y, a.v, a.height, a.step, a.width, place(a), 4); }},
 };
-// clang-format on
+
+// ---- references ----------------------------------------------------------------------------------------------------
 
 // What a product is stored as; those of integers come exact, in long double.
 Kel32f stored(Kel32f v, int) {
@@ -103,7 +191,15 @@ std::vector<T> stream(const Form<T>& form, const std::vector<T>& x, const std::v
         rows.resize(rows.size() + heights[b] * step, kUnwritten);
         Guarded<T> out(rows, Edge(b % 2));
         inRoundingModes(std::is_integral_v<T>, [&] {
-            EXPECT_EQ(form.run(in.data(), values.data(), width, out, step, heights[b], mode, sf), kelStatusOk);
+            EXPECT_EQ(form.run({.x = in.data(),
+                                .v = values.data(),
+                                .width = width,
+                                .y = out,
+                                .step = step,
+                                .height = heights[b],
+                                .mode = mode,
+                                .sf = sf}),
+                      kelStatusOk);
         });
         all.insert(all.end(), out.data(), out.data() + out.size());
     }
@@ -156,14 +252,14 @@ TYPED_TEST(Delta, OutputsInAnyBlocksAreTheFormulas) {
     using T = TypeParam;
     Random random(3);
     for (const Form<T>& form : kForms<T>) {
-        for (int width = 1; width <= 150 && form.kind != kAurora; width += width < 40 ? 1 : 37) {
+        for (int width = 1; width <= 150; width += width < 40 ? 1 : 37) {
             const int rows = std::max(form.history() + random.between(0, 90) * (width % 4 != 0), 1);
             const int step = (form.orders + 1) * width + random.between(0, 2), sf = kScaleFactors[width % 13];
             const auto x = random.vector<T>(rows * width);
             const auto v = random.vector<T>((form.orders + 1) * width + 2);
             const auto expected = reference(form, x, v, width, step, rows, sf);
             EXPECT_TRUE(stream(form, x, v, width, step, {rows}, sf) == expected) << width << " sf " << sf;
-            if (form.kind == kWhole) continue;
+            if (form.kind == Kind::Whole) continue;
             const auto heights = cut(random, rows, form.history());
             EXPECT_TRUE(stream(form, x, v, width, step, heights, sf) == expected) << width << " in blocks";
         }
@@ -190,7 +286,7 @@ TYPED_TEST(Delta, AuroraFollowsItsWeights) {
     const int slope[9] = {-4, -3, -2, -1, 0, 1, 2, 3, 4};
     const int curve[9] = {1000000, 250000, -285714, -607143, -714286, -607143, -285714, 250000, 1000000};
     Random random(4);
-    const Form<T>&mul = kForms<T>.back(), &plain = *(&mul - 1);
+    const Form<T>&plain = kAurora<T>, &mul = kAuroraMul<T>;
     for (int rows = 8; rows < 80; rows += random.between(1, 9)) {
         auto x = random.vector<T>(rows * 14, 3);
         const bool still = rows == 8;  // the first row again and again
@@ -219,35 +315,72 @@ TYPED_TEST(Delta, AuroraFollowsItsWeights) {
 
 TYPED_TEST(Delta, StatusesInOrder) {
     using T = TypeParam;
-    for (const Form<T>& form : kForms<T>) {
-        if (form.kind == kWhole || form.orders == 0) continue;
+    auto streams = kForms<T>;
+    std::erase_if(streams, [](const auto& form) { return form.kind == Kind::Whole || form.orders == 0; });
+    streams.insert(streams.end(), {kAurora<T>, kAuroraMul<T>});
+    for (const Form<T>& form : streams) {
         const int least = form.history(), tight = (form.orders + 1) * 13;
         const std::vector<T> x(14 * 8), v(39), untouched(39 * 8, kUnwritten);
         auto y = untouched;
-        const auto run = [&](int width, int step, int height, int mode) {
-            return form.run(x.data(), v.data(), width, y.data(), step, height, mode, 0);
+        const Call<T> good{.x = x.data(),
+                           .v = v.data(),
+                           .width = 13,
+                           .y = y.data(),
+                           .step = tight,
+                           .height = least,
+                           .mode = kelDeltaBlockFirst,
+                           .sf = 0};
+        // Whatever else is wrong, a null pointer comes first.
+        Call<T> null = good;
+        null.step = 1;
+        null.height = -1;
+        for (const auto pointer : {&Call<T>::x, &Call<T>::v}) {
+            if (pointer == &Call<T>::v && !form.mul) continue;
+            Call<T> call = null;
+            call.*pointer = nullptr;
+            EXPECT_EQ(form.run(call), kelStatusNullPtr);
+        }
+        null.y = nullptr;
+        EXPECT_EQ(form.run(null), kelStatusNullPtr);
+
+        const auto run = [&](int step, int height, int mode) {
+            Call<T> call = good;
+            call.step = step;
+            call.height = height;
+            call.mode = mode;
+            return form.run(call);
         };
-        EXPECT_EQ(form.run(nullptr, v.data(), 13, y.data(), 1, -1, 1, 0), kelStatusNullPtr);
-        EXPECT_EQ(form.run(x.data(), v.data(), 13, nullptr, 1, -1, 1, 0), kelStatusNullPtr);
-        EXPECT_TRUE(!form.mul || form.run(x.data(), nullptr, 13, y.data(), 1, -1, 1, 0) == kelStatusNullPtr);
-        EXPECT_EQ(run(13, tight - 1, -1, 2), kelStatusSize);
-        EXPECT_EQ(run(13, tight - 1, 0, 1), kelStatusSize);
-        EXPECT_EQ(run(13, tight - 1, least - 1, 1), kelStatusStep);
-        EXPECT_EQ(run(13, tight, least - 1, 1), kelStatusSize);
-        EXPECT_TRUE(form.kind == kAurora || run(0, -1, 8, 3) == kelStatusSize);
-        EXPECT_TRUE(form.kind == kAurora || run(INT_MAX, 19, 8, 3) == kelStatusStep);
+        EXPECT_EQ(run(tight - 1, -1, kelDeltaBlockLast), kelStatusSize);
+        EXPECT_EQ(run(tight - 1, 0, kelDeltaBlockFirst), kelStatusSize);
+        EXPECT_EQ(run(tight - 1, least - 1, kelDeltaBlockFirst), kelStatusStep);
+        EXPECT_EQ(run(tight, least - 1, kelDeltaBlockFirst), kelStatusSize);
+        if (form.kind != Kind::Aurora) {
+            Call<T> call = good;
+            call.width = 0;
+            call.step = -1;
+            EXPECT_EQ(form.run(call), kelStatusSize);
+            call.width = INT_MAX;
+            call.step = 19;
+            EXPECT_EQ(form.run(call), kelStatusStep);
+        }
         EXPECT_EQ(y, untouched);
     }
 }
 
 TEST(DeltaStatus, WholeArraysAndCopies) {
-    expectChecks<Places{2, 1, 3}>({-8, -6, -37}, 2, kelsEvalDelta_32f_D2, kelsEvalDelta_16s_D2Sfs);
-    expectChecks<Places{3, 2, 4}>({-8, -6, -37}, 2, kelsEvalDeltaMul_32f_D2, kelsEvalDeltaMul_16s_D2Sfs);
-    expectChecks<Places{3, 4, 1}>({-8, -6, -37}, 1, kelsCopyColumn_32f_D2, kelsCopyCol_32f_D2, kelsCopyColumn_16s_D2);
-    // Arguments: array, 1 height, 2 step, 3 width, 4 offset, 5 winHalf.
-    expectSteps(
-        kelsEvalDelta_32f_D2, {0, 2, 5, 2, 2, 1},
-        {{5, 0, -6}, {5, 2, -6}, {5, INT_MAX, -6}, {5, 1, -37}, {4, -1, -6}, {4, INT_MAX, -37}, {3, INT_MAX, -37}});
+    const std::vector<KelStatus> order{kelStatusNullPtr, kelStatusSize, kelStatusStep};
+    expectChecks<Places{.step = 2, .height = 1, .width = 3}>(order, 2, evalDelta);
+    expectChecks<Places{.step = 3, .height = 2, .width = 4}>(order, 2, evalDeltaMul);
+    expectChecks<Places{.step = 3, .height = 4, .width = 1}>(order, 1, copyColumn, kelsCopyCol_32f_D2);
+    enum { kHeight = 1, kStep, kWidth, kOffset, kWinHalf };
+    expectSteps(kelsEvalDelta_32f_D2, {0, 2, 5, 2, 2, 1},
+                {{kWinHalf, 0, kelStatusSize},
+                 {kWinHalf, 2, kelStatusSize},
+                 {kWinHalf, INT_MAX, kelStatusSize},
+                 {kWinHalf, 1, kelStatusStep},
+                 {kOffset, -1, kelStatusSize},
+                 {kOffset, INT_MAX, kelStatusStep},
+                 {kWidth, INT_MAX, kelStatusStep}});
 }
 
 }  // namespace

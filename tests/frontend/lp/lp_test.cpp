@@ -1,5 +1,9 @@
+// Linear prediction: every float form and its 16-bit form against one reference in extended precision.
 #include "kels/lp.h"
 
+#include <string>
+
+#include "support/forms.h"
 #include "support/support.h"
 #include "support/transform.h"
 
@@ -11,7 +15,7 @@ using Exact = std::vector<Real>;
 using Floats = std::vector<Kel32f>;
 using Shorts = std::vector<Kel16s>;
 
-// ---- references: results for a source and the length that the call is given, fewer where the calculation stops
+// ---- references: results for a source and the length that the call is given, fewer where the calculation stops -----
 
 void stepUp(Exact& a, Real k) {
     const Exact before = a;
@@ -119,11 +123,33 @@ Exact predictorOfPairs(const Exact& x, int n) {
     return a;
 }
 
-template <bool halves, Real (*value)(Real, Real)>
-Exact elements(const Exact& x, int n) {
+// Element by element: of k alone, or of k in the first half of the source and l in the second.
+template <Real (*value)(Real)>
+Exact elementwise(const Exact& x, int) {
     Exact y;
-    for (int i = halves ? n / 2 : 0; i < n; ++i) y.push_back(value(x[halves ? i - n / 2 : i], x[i]));
+    for (const Real k : x) y.push_back(value(k));
     return y;
+}
+template <Real (*value)(Real, Real)>
+Exact ofHalves(const Exact& x, int n) {
+    Exact y;
+    for (int i = n / 2; i < n; ++i) y.push_back(value(x[i - n / 2], x[i]));
+    return y;
+}
+Real areaRatioOf(Real k) {
+    return (1 - k) / (1 + k);
+}
+Real trueAreaRatioOf(Real k) {
+    return (1 + k) / (1 - k);
+}
+Real logAreaRatioOf(Real k) {
+    return -2 * std::atanh(std::clamp(k, -0.875L, 0.875L));
+}
+Real tiltOf(Real k, Real l) {
+    return (std::fabs(k) - std::fabs(l)) / (k + l);
+}
+Real absTiltOf(Real k, Real l) {
+    return (std::fabs(k) - std::fabs(l)) / (std::fabs(k) + std::fabs(l));
 }
 
 // P and Q vanish by turns; each is the real or the imaginary part of the predictor turned by half its phase.
@@ -150,60 +176,134 @@ Exact pairs(const Exact& a, int n) {
     return x;
 }
 
-// ---- both forms of all functions
+// ---- both forms of all functions -----------------------------------------------------------------------------------
+
+constexpr auto durbin = forms(kelsDurbin_32f, kelsDurbin_16s_Sfs);
+constexpr auto schur = forms(kelsSchur_32f, kelsSchur_16s_Sfs);
+constexpr auto toReflection = forms(kelsLPToReflection_32f, kelsLPToReflection_16s_Sfs);
+constexpr auto toSpectrum = forms(kelsLPToSpectrum_32f, kelsLPToSpectrum_16s_Sfs);
+constexpr auto toPairs = forms(kelsLPToLSP_32f, kelsLPToLSP_16s_Sfs);
+constexpr auto ofPairs = forms(kelsLSPToLP_32f, kelsLSPToLP_16s_Sfs);
+constexpr auto predictAuto = forms(kelsLinearPrediction_Auto_32f, kelsLinearPrediction_Auto_16s_Sfs);
+constexpr auto predictNegAuto = forms(kelsLinearPredictionNeg_Auto_32f, kelsLinearPredictionNeg_Auto_16s_Sfs);
+constexpr auto predictCov = forms(kelsLinearPrediction_Cov_32f, kelsLinearPrediction_Cov_16s_Sfs);
+constexpr auto toCepstrum = forms(kelsLPToCepstrum_32f, kelsLPToCepstrum_16s_Sfs);
+constexpr auto ofCepstrum = forms(kelsCepstrumToLP_32f, kelsCepstrumToLP_16s_Sfs);
+constexpr auto ofReflection = forms(kelsReflectionToLP_32f, kelsReflectionToLP_16s_Sfs);
+constexpr auto areaRatio = forms(kelsReflectionToAR_32f, kelsReflectionToAR_16s_Sfs);
+constexpr auto trueAreaRatio = forms(kelsReflectionToTrueAR_32f, kelsReflectionToTrueAR_16s_Sfs);
+constexpr auto logAreaRatio = forms(kelsReflectionToLAR_32f, kelsReflectionToLAR_16s_Sfs);
+constexpr auto tilt = forms(kelsReflectionToTilt_32f, kelsReflectionToTilt_16s_Sfs);
+constexpr auto absTilt = forms(kelsReflectionToAbsTilt_32f, kelsReflectionToAbsTilt_16s_Sfs);
 
 enum Source { kUniform, kCorrelation, kPairs };
 
-// A float form and its 16-bit form as functions of source, destination and length.
+// A float form and its 16-bit form as functions of source, destination and length, and how close to the reference they
+// have to come.
 struct Form {
     const char* name;
-    Source source;
-    int range;                // of the source integers
-    double srcUnit, dstUnit;  // what integer 1 is worth
-    int roundings;            // to single precision
-    Real noise;               // what the other arithmetic does, as a relative change of the source
-    KelStatus (*floats)(const Kel32f*, Kel32f*, int);
-    KelStatus (*integers)(const Kel16s*, Kel16s*, int);
+    Source source = kUniform;
+    int range;           // of the source integers
+    double srcUnit = 1;  // what integer 1 is worth
+    double dstUnit;
+    int roundings = 1;      // to single precision
+    Real noise = 0x1p-48L;  // what the other arithmetic does, as a relative change of the source
     Exact (*reference)(const Exact&, int);
+    KelStatus (*floats)(const Kel32f*, Kel32f*, int) = nullptr;
+    KelStatus (*integers)(const Kel16s*, Kel16s*, int) = nullptr;
 };
-// clang-format off
-// The arguments behind the reference, in the 16-bit form then the scale factor.
-#define FORM(name, source, range, srcUnit, dstUnit, roundings, noise, scale, reference, ...) \
-    {#name, source, range, srcUnit, dstUnit, roundings, noise, \
-     [](const Kel32f* s, Kel32f* d, int n) { return kels##name##_32f(__VA_ARGS__); }, \
-     [](const Kel16s* s, Kel16s* d, int n) { return kels##name##_16s_Sfs(__VA_ARGS__, scale); }, reference}
-#define DOUBLE(name, source, range, srcUnit, dstUnit, scale, reference, ...) \
-    FORM(name, source, range, srcUnit, dstUnit, 1, 0x1p-48L, scale, reference, __VA_ARGS__)
-// Element by element: a value of k, or of k in the first half of the source and l in the second.
-#define SINGLE(name, dstUnit, scale, value, ...) \
-    FORM(name, kUniform, 32768, q15, dstUnit, 3, 0, scale, \
-         (elements<false, [](Real k, Real) -> Real { return value; }>), __VA_ARGS__)
-#define HALVES(name, value) \
-    FORM(name, kUniform, 32768, q15, q12, 3, 0, -12, (elements<true, [](Real k, Real l) -> Real { return value; }>), \
-         s, s + n / 2, d, n - n / 2)
-constexpr double q15 = 1.0 / 32768, q14 = 1.0 / 16384, q12 = 1.0 / 4096;
+
+// The form that calls its functions by one lambda for both types.
+template <class Run>
+Form form(Form described, Run) {
+    described.floats = [](const Kel32f* s, Kel32f* d, int n) -> KelStatus { return Run()(s, d, n); };
+    described.integers = [](const Kel16s* s, Kel16s* d, int n) -> KelStatus { return Run()(s, d, n); };
+    return described;
+}
+
+constexpr double kQ15 = 0x1p-15, kQ14 = 0x1p-14, kQ12 = 0x1p-12;
+constexpr int kElementwise = 3;  // roundings of the area ratios and tilts
 const Form kForms[] = {
-    DOUBLE(Durbin, kCorrelation, 3, 1, 1.0 / 32, -5, levinson<false>, s, d, n, n > 0 ? d + n : nullptr),
-    DOUBLE(Schur, kCorrelation, 3, 1, q15, -15, levinson<true>, s, d, n, n > 0 ? d + n : nullptr),
-    DOUBLE(LPToReflection, kUniform, 400, q12, q15, -12, reflections, s, d, n),
-    FORM(LPToSpectrum, kUniform, 99, 1, q12, 4, 0x1p-21L, -12, spectrum, s, n, d, std::bit_width(n + 0u), 7),
-    FORM(LPToLSP, kUniform, 200, q12, q12, 1, 0x1p-36L, -12, pairs, s, d, n),
+    form({.name = "Durbin", .source = kCorrelation, .range = 3, .dstUnit = 0x1p-5, .reference = levinson<false>},
+         [](auto* s, auto* d, int n) { return durbin.scaled(-5, s, d, n, n > 0 ? d + n : nullptr); }),
+    form({.name = "Schur", .source = kCorrelation, .range = 3, .dstUnit = kQ15, .reference = levinson<true>},
+         [](auto* s, auto* d, int n) { return schur.scaled(-15, s, d, n, n > 0 ? d + n : nullptr); }),
+    form({.name = "LPToReflection", .range = 400, .srcUnit = kQ12, .dstUnit = kQ15, .reference = reflections},
+         [](auto* s, auto* d, int n) { return toReflection.scaled(-12, s, d, n); }),
+    form({.name = "LPToSpectrum",
+          .range = 99,
+          .dstUnit = kQ12,
+          .roundings = 4,
+          .noise = 0x1p-21L,
+          .reference = spectrum},
+         [](auto* s, auto* d, int n) { return toSpectrum.scaled(-12, s, n, d, std::bit_width(n + 0u), 7); }),
+    form({.name = "LPToLSP", .range = 200, .srcUnit = kQ12, .dstUnit = kQ12, .noise = 0x1p-36L, .reference = pairs},
+         [](auto* s, auto* d, int n) { return toPairs.scaled(-12, s, d, n); }),
     // The product of its quadratics is not backward stable.
-    FORM(LSPToLP, kPairs, 16384, q14, q14, 1, 0x1p-44L, -14, predictorOfPairs, s, d, n),
-    DOUBLE(LinearPrediction_Auto, kUniform, 32767, 1, q12, -12, autocorrelation<1>, s, n, d, n / 2 + 1),
-    DOUBLE(LinearPredictionNeg_Auto, kUniform, 32767, 1, q12, -12, autocorrelation<-1>, s, n, d, n / 2 + 1),
-    DOUBLE(LinearPrediction_Cov, kUniform, 99, 1, q12, -12, covariance, s, n, d, n / 4 + 1),
-    DOUBLE(LPToCepstrum, kUniform, 2, 1, 1.0 / 64, -6, cepstral<false>, s, d, n),
-    DOUBLE(CepstrumToLP, kUniform, 9, 1, 16, 4, cepstral<true>, s, d, n),
-    DOUBLE(ReflectionToLP, kUniform, 20000, q15, q12, -12, predictor, s, d, n),
-    SINGLE(ReflectionToAR, 0.5, -1, (1 - k) / (1 + k), s, d, n),
-    SINGLE(ReflectionToTrueAR, 0.5, -1, (1 + k) / (1 - k), s, d, n),
-    SINGLE(ReflectionToLAR, q12, -12, -2 * std::atanh(std::clamp(k, -0.875L, 0.875L)),
-           s, d, n, sizeof(*d) > 2 ? 0.875f : 28672),
-    HALVES(ReflectionToTilt, (std::fabs(k) - std::fabs(l)) / (k + l)),
-    HALVES(ReflectionToAbsTilt, (std::fabs(k) - std::fabs(l)) / (std::fabs(k) + std::fabs(l))),
+    form({.name = "LSPToLP",
+          .source = kPairs,
+          .range = 16384,
+          .srcUnit = kQ14,
+          .dstUnit = kQ14,
+          .noise = 0x1p-44L,
+          .reference = predictorOfPairs},
+         [](auto* s, auto* d, int n) { return ofPairs.scaled(-14, s, d, n); }),
+    form({.name = "LinearPrediction_Auto", .range = 32767, .dstUnit = kQ12, .reference = autocorrelation<1>},
+         [](auto* s, auto* d, int n) { return predictAuto.scaled(-12, s, n, d, n / 2 + 1); }),
+    form({.name = "LinearPredictionNeg_Auto", .range = 32767, .dstUnit = kQ12, .reference = autocorrelation<-1>},
+         [](auto* s, auto* d, int n) { return predictNegAuto.scaled(-12, s, n, d, n / 2 + 1); }),
+    form({.name = "LinearPrediction_Cov", .range = 99, .dstUnit = kQ12, .reference = covariance},
+         [](auto* s, auto* d, int n) { return predictCov.scaled(-12, s, n, d, n / 4 + 1); }),
+    form({.name = "LPToCepstrum", .range = 2, .dstUnit = 0x1p-6, .reference = cepstral<false>},
+         [](auto* s, auto* d, int n) { return toCepstrum.scaled(-6, s, d, n); }),
+    form({.name = "CepstrumToLP", .range = 9, .dstUnit = 16, .reference = cepstral<true>},
+         [](auto* s, auto* d, int n) { return ofCepstrum.scaled(4, s, d, n); }),
+    form({.name = "ReflectionToLP", .range = 20000, .srcUnit = kQ15, .dstUnit = kQ12, .reference = predictor},
+         [](auto* s, auto* d, int n) { return ofReflection.scaled(-12, s, d, n); }),
+    form({.name = "ReflectionToAR",
+          .range = 32768,
+          .srcUnit = kQ15,
+          .dstUnit = 0.5,
+          .roundings = kElementwise,
+          .noise = 0,
+          .reference = elementwise<areaRatioOf>},
+         [](auto* s, auto* d, int n) { return areaRatio.scaled(-1, s, d, n); }),
+    form({.name = "ReflectionToTrueAR",
+          .range = 32768,
+          .srcUnit = kQ15,
+          .dstUnit = 0.5,
+          .roundings = kElementwise,
+          .noise = 0,
+          .reference = elementwise<trueAreaRatioOf>},
+         [](auto* s, auto* d, int n) { return trueAreaRatio.scaled(-1, s, d, n); }),
+    form({.name = "ReflectionToLAR",
+          .range = 32768,
+          .srcUnit = kQ15,
+          .dstUnit = kQ12,
+          .roundings = kElementwise,
+          .noise = 0,
+          .reference = elementwise<logAreaRatioOf>},
+         [](auto* s, auto* d, int n) { return logAreaRatio.scaled(-12, s, d, n, sizeof(*d) > 2 ? 0.875f : 28672); }),
+    form({.name = "ReflectionToTilt",
+          .range = 32768,
+          .srcUnit = kQ15,
+          .dstUnit = kQ12,
+          .roundings = kElementwise,
+          .noise = 0,
+          .reference = ofHalves<tiltOf>},
+         [](auto* s, auto* d, int n) { return tilt.scaled(-12, s, s + n / 2, d, n - n / 2); }),
+    form({.name = "ReflectionToAbsTilt",
+          .range = 32768,
+          .srcUnit = kQ15,
+          .dstUnit = kQ12,
+          .roundings = kElementwise,
+          .noise = 0,
+          .reference = ofHalves<absTiltOf>},
+         [](auto* s, auto* d, int n) { return absTilt.scaled(-12, s, s + n / 2, d, n - n / 2); }),
 };
-// clang-format on
+const Form& formOf(const std::string& name) {
+    return *std::find_if(std::begin(kForms), std::end(kForms), [&](const Form& form) { return form.name == name; });
+}
 
 Shorts sourceOf(const Form& form, int n, Random& random) {
     Shorts x;
@@ -279,25 +379,27 @@ TEST(LinearPrediction, BothFormsFollowTheReferences) {
             for (int round = 0; round < 4; ++round) check(form, sourceOf(form, n, random), n);
         }
     }
-    for (const Form& form : {kForms[0], kForms[1]}) {  // the error is 0 at the beginning, 0 later, negative later
+    for (const Form& form :
+         {formOf("Durbin"), formOf("Schur")}) {  // the error is 0 at the beginning, 0 later, negative later
         for (const Shorts& r : {Shorts{0, 1, 1, 1}, {2, -2, 2, 2}, {2, 1, 4, 0}}) check(form, r, 3);
     }
     // A pole at 1, and none; a zero at 0; pairs that are close, and none; a singular matrix.
-    check(kForms[2], {2048, -4096, 0}, 3);
-    check(kForms[2], {-4096}, 1);
-    check(kForms[3], {1, 2, 4}, 3);
-    for (const Shorts& a : {Shorts{100, 4095}, {-7000, 4094}, {8190, 4095}, {0, 4097}}) check(kForms[4], a, 2);
-    for (const Shorts& x : {Shorts{1, 1, 2, 3, 5, 8, 13, 21}, {7, 1, 8, 9, 17, 26, 43, 69}}) check(kForms[8], x, 8);
+    check(formOf("LPToReflection"), {2048, -4096, 0}, 3);
+    check(formOf("LPToReflection"), {-4096}, 1);
+    check(formOf("LPToSpectrum"), {1, 2, 4}, 3);
+    for (const Shorts& a : {Shorts{100, 4095}, {-7000, 4094}, {8190, 4095}, {0, 4097}}) check(formOf("LPToLSP"), a, 2);
+    for (const Shorts& x : {Shorts{1, 1, 2, 3, 5, 8, 13, 21}, {7, 1, 8, 9, 17, 26, 43, 69}})
+        check(formOf("LinearPrediction_Cov"), x, 8);
 }
 
-// ---- rows
+// ---- rows ----------------------------------------------------------------------------------------------------------
 
 // Three rows of three between others' elements; one that cannot be converted lets `written` rows before it come out.
 template <class T, class... Scale>
 void checkRows(KelStatus (*rows)(const T*, int, T*, int, int, int, Scale...),
                KelStatus (*one)(const T*, T*, int, Scale...), T unit, KelStatus fault, int written, Scale... scale) {
-    expectChecks<Places{1, 5, 4}>({-8, -6, -37}, 1, rows);
-    expectChecks<Places{3, 5, 4}>({-8, -6, -37}, 1, rows);
+    expectChecks<Places{.step = 1, .height = 5, .width = 4}>({kelStatusNullPtr, kelStatusSize, kelStatusStep}, 1, rows);
+    expectChecks<Places{.step = 3, .height = 5, .width = 4}>({kelStatusNullPtr, kelStatusSize, kelStatusStep}, 1, rows);
     Guarded<T> src(11);
     std::vector<T> expected(13, 7);
     const auto check = [&](KelStatus status) {
@@ -325,7 +427,7 @@ TEST(LineSpectralPairs, RowsAndTheirFaults) {
     }
 }
 
-// ---- statuses
+// ---- statuses ------------------------------------------------------------------------------------------------------
 
 TEST(LpStatus, InOrderAndNothingWritten) {
     Kel32f x[4] = {}, y[4] = {};
@@ -338,23 +440,31 @@ TEST(LpStatus, InOrderAndNothingWritten) {
         EXPECT_EQ(form.floats(x, y, 0), kelStatusSize) << form.name;
         EXPECT_EQ(form.integers(s, t, 0), kelStatusSize) << form.name;
     }
-    expectNullChecks(kelsReflectionToTilt_32f, kelsReflectionToTilt_16s_Sfs, kelsReflectionToAbsTilt_32f,
-                     kelsReflectionToAbsTilt_16s_Sfs);
-    const auto checkOrders = [](auto... functions) { (expectSteps(functions, {0, 1}, {{3, 0, -6}, {3, 2, -6}}), ...); };
-    checkOrders(kelsLinearPrediction_Auto_32f, kelsLinearPredictionNeg_Auto_32f, kelsLinearPrediction_Cov_32f,
-                kelsLinearPrediction_Auto_16s_Sfs, kelsLinearPredictionNeg_Auto_16s_Sfs,
-                kelsLinearPrediction_Cov_16s_Sfs);
+    expectNullChecks(tilt, absTilt);
+    enum { kOrder = 3 };
+    const auto checkOrders = [](auto* f) {
+        expectSteps(f, {0, 1}, {{kOrder, 0, kelStatusSize}, {kOrder, 2, kelStatusSize}});
+    };
+    predictAuto.each(checkOrders);
+    predictNegAuto.each(checkOrders);
+    predictCov.each(checkOrders);
     // The error's pointer is looked at after the order, with which the loop above has it null.
     for (const KelStatus status : {kelsDurbin_32f(x, y, 1, nullptr), kelsSchur_32f(x, y, 1, nullptr),
                                    kelsDurbin_16s_Sfs(s, t, 1, nullptr, 0), kelsSchur_16s_Sfs(s, t, 1, nullptr, 0)}) {
         EXPECT_EQ(status, kelStatusNullPtr);
     }
-    // Arguments: source, 1 len, destination, 3 fftOrder.
-    const std::vector<Step> steps{{3, -1, -6}, {1, 4, -15}, {3, 31, -15}, {3, 2, -6}, {3, 0, -6}};
-    expectSteps(kelsLPToSpectrum_32f, {}, steps);
-    expectSteps(kelsLPToSpectrum_16s_Sfs, {}, steps);
-    expectSteps(kelsReflectionToLAR_32f, {0, 0, 1, 0}, {{3, 0, -7}, {3, 1, -7}, {3, NAN, -7}});
-    expectSteps(kelsReflectionToLAR_16s_Sfs, {0, 0, 1, 0}, {{3, 0, -7}});
+    enum { kLen = 1, kFFTOrder = 3 };
+    const std::vector<Step> steps{{kFFTOrder, -1, kelStatusSize},
+                                  {kLen, 4, kelStatusFftOrder},
+                                  {kFFTOrder, 31, kelStatusFftOrder},
+                                  {kFFTOrder, 2, kelStatusSize},
+                                  {kFFTOrder, 0, kelStatusSize}};
+    toSpectrum.each([&](auto* f) { expectSteps(f, {}, steps); });
+    enum { kThreshold = 3 };
+    std::vector<Step> thresholds{{kThreshold, 0, kelStatusOutOfRange}};
+    expectSteps(kelsReflectionToLAR_16s_Sfs, {0, 0, 1, 0}, thresholds);
+    thresholds.insert(thresholds.end(), {{kThreshold, 1, kelStatusOutOfRange}, {kThreshold, NAN, kelStatusOutOfRange}});
+    expectSteps(kelsReflectionToLAR_32f, {0, 0, 1, 0}, thresholds);
 }
 
 }  // namespace
