@@ -70,93 +70,64 @@ int place(const Call<T>& a) {
     return offset;
 }
 
+// How each kind of function takes the arguments of a call.
+template <class T, const auto& f>
+KelStatus oneMultiplier(const Call<T>& a) {
+    return f.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode);
+}
+template <class T, const auto& f>
+KelStatus twoMultipliers(const Call<T>& a) {
+    return f.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
+}
+template <class T, const auto& f>
+KelStatus columnMultipliers(const Call<T>& a) {
+    return f.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode);
+}
+template <class T, const auto& f>
+KelStatus copies(const Call<T>& a) {
+    return f(a.x, a.width, a.y, a.step, a.height);
+}
 template <class T>
-const Form<T> kAurora = {.kind = Kind::Aurora, .half = 4, .orders = 2, .run = [](const Call<T>& a) {
-                             return aurora.scaled(a.sf, a.x, a.y, a.step, a.height, a.mode);
-                         }};
+KelStatus wholeArray(const Call<T>& a) {
+    return evalDelta.scaled(a.sf, a.y, a.height, a.step, a.width, place(a), 3, a.v[0]);
+}
 template <class T>
-const Form<T> kAuroraMul = {.kind = Kind::Aurora, .half = 4, .orders = 2, .mul = true, .run = [](const Call<T>& a) {
-                                return auroraMul.scaled(a.sf, a.x, a.v, a.y, a.step, a.height, a.mode);
-                            }};
+KelStatus wholeArrayMul(const Call<T>& a) {
+    return evalDeltaMul.scaled(a.sf, a.y, a.v, a.height, a.step, a.width, place(a), 4);
+}
+template <class T>
+KelStatus auroraPlain(const Call<T>& a) {
+    return aurora.scaled(a.sf, a.x, a.y, a.step, a.height, a.mode);
+}
+template <class T>
+KelStatus auroraTimes(const Call<T>& a) {
+    return auroraMul.scaled(a.sf, a.x, a.v, a.y, a.step, a.height, a.mode);
+}
 
-// All but those of Aurora.
+template <class T>
+const Form<T> kAurora = {.kind = Kind::Aurora, .half = 4, .orders = 2, .run = auroraPlain<T>};
+template <class T>
+const Form<T> kAuroraMul = {.kind = Kind::Aurora, .half = 4, .orders = 2, .mul = true, .run = auroraTimes<T>};
+
+// All the others.
 template <class T>
 const std::vector<Form<T>> kForms = {
-    {.half = 1,
-     .orders = 1,
-     .run =
-         [](const Call<T>& a) { return deltaWin1.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode); }},
-    {.half = 1,
-     .orders = 1,
-     .run = [](const Call<T>& a) { return deltaW1.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode); }},
-    {.half = 1,
-     .orders = 2,
-     .run =
-         [](const Call<T>& a) {
-             return deltaDeltaWin1.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
-         }},
-    {.half = 1,
-     .orders = 2,
-     .run =
-         [](const Call<T>& a) {
-             return deltaDeltaW1.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
-         }},
-    {.half = 1,
-     .orders = 1,
-     .mul = true,
-     .run =
-         [](const Call<T>& a) { return deltaMulWin1.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode); }},
-    {.half = 1,
-     .orders = 2,
-     .mul = true,
-     .run =
-         [](const Call<T>& a) {
-             return deltaDeltaMulWin1.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode);
-         }},
-    {.half = 2,
-     .orders = 1,
-     .run =
-         [](const Call<T>& a) { return deltaWin2.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode); }},
-    {.half = 2,
-     .orders = 1,
-     .run = [](const Call<T>& a) { return deltaW2.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.mode); }},
-    {.half = 2,
-     .orders = 2,
-     .run =
-         [](const Call<T>& a) {
-             return deltaDeltaWin2.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
-         }},
-    {.half = 2,
-     .orders = 2,
-     .run =
-         [](const Call<T>& a) {
-             return deltaDeltaW2.scaled(a.sf, a.x, a.width, a.y, a.step, a.height, a.v[0], a.v[1], a.mode);
-         }},
-    {.half = 2,
-     .orders = 1,
-     .mul = true,
-     .run =
-         [](const Call<T>& a) { return deltaMulWin2.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode); }},
-    {.half = 2,
-     .orders = 2,
-     .mul = true,
-     .run =
-         [](const Call<T>& a) {
-             return deltaDeltaMulWin2.scaled(a.sf, a.x, a.v, a.width, a.y, a.step, a.height, a.mode);
-         }},
-    {.half = 0, .orders = 0, .run = [](const Call<T>& a) { return copyColumn(a.x, a.width, a.y, a.step, a.height); }},
-    {.half = 0, .orders = 0, .run = [](const Call<T>& a) { return copyCol(a.x, a.width, a.y, a.step, a.height); }},
-    {.kind = Kind::Whole,
-     .half = 3,
-     .orders = 1,
-     .run =
-         [](const Call<T>& a) { return evalDelta.scaled(a.sf, a.y, a.height, a.step, a.width, place(a), 3, a.v[0]); }},
-    {.kind = Kind::Whole,
-     .half = 4,
-     .orders = 1,
-     .mul = true,
-     .run =
-         [](const Call<T>& a) { return evalDeltaMul.scaled(a.sf, a.y, a.v, a.height, a.step, a.width, place(a), 4); }},
+    {.half = 1, .orders = 1, .run = oneMultiplier<T, deltaWin1>},
+    {.half = 1, .orders = 1, .run = oneMultiplier<T, deltaW1>},
+    {.half = 1, .orders = 2, .run = twoMultipliers<T, deltaDeltaWin1>},
+    {.half = 1, .orders = 2, .run = twoMultipliers<T, deltaDeltaW1>},
+    {.half = 1, .orders = 1, .mul = true, .run = columnMultipliers<T, deltaMulWin1>},
+    {.half = 1, .orders = 2, .mul = true, .run = columnMultipliers<T, deltaDeltaMulWin1>},
+    {.half = 2, .orders = 1, .run = oneMultiplier<T, deltaWin2>},
+    {.half = 2, .orders = 1, .run = oneMultiplier<T, deltaW2>},
+    {.half = 2, .orders = 2, .run = twoMultipliers<T, deltaDeltaWin2>},
+    {.half = 2, .orders = 2, .run = twoMultipliers<T, deltaDeltaW2>},
+    {.half = 2, .orders = 1, .mul = true, .run = columnMultipliers<T, deltaMulWin2>},
+    {.half = 2, .orders = 2, .mul = true, .run = columnMultipliers<T, deltaDeltaMulWin2>},
+    {.half = 0, .orders = 0, .run = copies<T, copyColumn>},
+    {.half = 0, .orders = 0, .run = copies<T, copyCol>},
+    {.kind = Kind::Whole, .half = 3, .orders = 1, .run = wholeArray<T>},
+    {.kind = Kind::Whole, .half = 4, .orders = 1, .mul = true, .run = wholeArrayMul<T>},
 };
 
 // ---- references ----------------------------------------------------------------------------------------------------
