@@ -1,17 +1,19 @@
-// Suppression gains from signal-to-noise ratios.
+// Suppression gains from signal-to-noise ratios.  In the integer forms ratios have kSnrBits fraction bits and gains have
+// kGainBits.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <limits>
 
-#include "core/vector/convert.h"
+#include "core/constants.h"
 #include "core/scaling.h"
-#include "core/simd/vec.h"
 #include "core/simd/elementary.h"
+#include "core/simd/vec.h"
+#include "core/vector/convert.h"
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::enhance {
 
 inline constexpr int kSnrBits = 15, kGainBits = 31;
 inline constexpr std::size_t kGainChunk = 128;
@@ -32,8 +34,7 @@ Vec<T> wienerGain(const Vec<T>& snr) {
 }
 
 inline void wienerGains(const Kel32f* snr, Kel32f* gain, std::size_t len) {
-    map(
-        gain, len, [](const Vec<Kel32f>& x) { return wienerGain(x); }, 0.0f, snr);
+    map(gain, len, wienerGain<Kel32f>, 0.0f, snr);
 }
 inline void wienerGains(const Kel32s* snr, Kel32s* gain, std::size_t len) {
     Kel64f chunk[kGainChunk];
@@ -41,8 +42,7 @@ inline void wienerGains(const Kel32s* snr, Kel32s* gain, std::size_t len) {
     for (std::size_t i = 0; i < len; i += kGainChunk) {
         const std::size_t n = std::min(kGainChunk, len - i);
         convertScaledUp(snr + i, chunk, n, exactPowerOfTwo(-kSnrBits));
-        map(
-            chunk, n, [](const Vec<Kel64f>& x) { return wienerGain(x); }, 0.0, chunk);
+        map(chunk, n, wienerGain<Kel64f>, 0.0, chunk);
         convertToInt(chunk, gain + i, n, -kGainBits, ToNearest());
     }
 }
@@ -53,7 +53,7 @@ inline void wienerGains(const Kel32s* snr, Kel32s* gain, std::size_t len) {
 // and for large v, and F, which lies between 0.94 and 1.04, brings what is missing.  It is a polynomial of
 // w = (v - 2.5) / (v + 2.5), which runs from -1 to 1, to 1.1e-7.
 struct EphraimMalahRule {
-    static constexpr Kel32f kCentre = 2.5f, kQuarterPi = 0.785398163f;
+    static constexpr Kel32f kCentre = 2.5f, kQuarterPi = static_cast<Kel32f>(kPi / 4);
     static constexpr Kel32f kTerms[] = {0.9658445679f,    0.03050982945f,    0.02242565014f,   -0.02786017908f,
                                         0.007706396614f,  -0.0009496129412f, 0.004842146779f,  -0.0007568079111f,
                                         -0.001558091515f, -0.001195272019f,  0.0007393365609f, 0.0002521456446f};
@@ -63,7 +63,7 @@ inline Vec<Kel32f> ephraimMalahGain(const Vec<Kel32f>& prior, const Vec<Kel32f>&
     using V = Vec<Kel32f>;
     using Rule = EphraimMalahRule;
     using Limits = std::numeric_limits<Kel32f>;
-    // Held to positive finite numbers; NaN passes.
+    // Limited to positive finite numbers; NaN passes.
     const V x = lesserOf(V(Limits::max()), prior);
     const V g = lesserOf(V(Limits::max()), greaterOf(V(Limits::min()), post));
     const V r = x / (x + 1.0f);
@@ -74,24 +74,22 @@ inline Vec<Kel32f> ephraimMalahGain(const Vec<Kel32f>& prior, const Vec<Kel32f>&
 }
 
 inline void ephraimMalahGains(const Kel32f* prior, const Kel32f* post, Kel32f* gain, std::size_t len) {
-    using V = Vec<Kel32f>;
-    map(
-        gain, len, [](const V& x, const V& g) { return ephraimMalahGain(x, g); }, 1.0f, prior, post);
+    map(gain, len, ephraimMalahGain, 1.0f, prior, post);
 }
 inline void ephraimMalahGains(const Kel32s* prior, const Kel32s* post, Kel32s* gain, std::size_t len) {
     constexpr Kel32s kLargestPost = 100 << kSnrBits;
     constexpr auto kUnit = static_cast<Kel32f>(exactPowerOfTwo(-kSnrBits));
-    Kel32s held[kGainChunk];
+    Kel32s limited[kGainChunk];
     Kel32f x[kGainChunk], g[kGainChunk];
     const NearestScope scope;
     for (std::size_t i = 0; i < len; i += kGainChunk) {
         const std::size_t n = std::min(kGainChunk, len - i);
-        for (std::size_t k = 0; k < n; ++k) held[k] = std::clamp(post[i + k], 1, kLargestPost);
+        for (std::size_t k = 0; k < n; ++k) limited[k] = std::clamp(post[i + k], 1, kLargestPost);
         convertScaledUp(prior + i, x, n, kUnit);
-        convertScaledUp(held, g, n, kUnit);
+        convertScaledUp(limited, g, n, kUnit);
         ephraimMalahGains(x, g, x, n);
         convertToInt(x, gain + i, n, -kGainBits, ToNearest());
     }
 }
 
-}  // namespace kels
+}  // namespace kels::enhance

@@ -5,11 +5,13 @@
 #include <bit>
 #include <cmath>
 #include <cstddef>
+#include <type_traits>
 
 #include "core/check.h"
-#include "core/vector/fill_copy.h"
+#include "core/layout.h"
 #include "core/scaling.h"
 #include "core/simd/vec.h"
+#include "core/vector/fill_copy.h"
 #include "kels/enhance.h"
 
 struct KelMCRAState_32s {
@@ -22,7 +24,7 @@ static_assert(sizeof(KelMCRAState_32s) == sizeof(KelMCRAState_32f));
 static_assert(sizeof(KelMCRAState_32f) == 64);
 #endif
 
-namespace kels {
+namespace kels::enhance {
 
 // ---- the state -----------------------------------------------------------------------------------------------------
 
@@ -36,26 +38,30 @@ inline void storeCoefficient(Kel64f value, int fractionBits, Kel32s& field) {
     field = roundSaturate<Kel32s>(value * exactPowerOfTwo(fractionBits));
 }
 
-constexpr bool validLength(int fftLen) {
-    return fftLen >= 8 && fftLen <= 8192;
-}
-constexpr bool validRate(int sampleRate) {
-    return sampleRate >= 8000 && sampleRate <= 48000;
-}
-
-// The record, four arrays of 4-byte elements, and a word that has always been asked for.
-constexpr int mcraSize(int fftLen) {
-    return static_cast<int>(sizeof(KelMCRAState_32f)) + 16 * (fftLen / 2 + 1) + 4;
+// The four arrays of 4-byte elements behind the record.
+template <class State>
+void arrange(Layout& layout, int fftLen, State& state) {
+    using T = std::remove_pointer_t<decltype(state.presence)>;
+    layout.take<State>(1, alignof(State));
+    for (T** const array : {&state.presence, &state.smoothed, &state.minimum, &state.tempMinimum})
+        *array = layout.take<T>(fftLen / 2 + 1, alignof(T));
 }
 
-// minWindow apart, which the two ways to begin compute differently.
+// In bytes: what is arranged, and a word to spare, for the published formula counts one.
+inline int mcraSize(int fftLen) {
+    KelMCRAState_32f unplaced;
+    Layout layout;
+    arrange(layout, fftLen, unplaced);
+    return static_cast<int>(layout.bytes(alignof(KelMCRAState_32f))) + 4;
+}
+
+// All but minWindow, which the two ways to begin compute differently.
 template <class State>
 void beginMcra(State& state, int sampleRate, int fftLen, int hop) {
-    const int half = fftLen / 2;
     const Kel64f r = 125.0 * hop / sampleRate;
     state.sampleRate = sampleRate;
     state.fftLen = fftLen;
-    state.orderBits = static_cast<Kel32s>(std::bit_width(static_cast<unsigned>(half)));
+    state.orderBits = static_cast<Kel32s>(std::bit_width(static_cast<unsigned>(fftLen / 2)));
     state.reserved = 0;
     state.hop = hop;
     state.frameCount = 0;
@@ -64,10 +70,8 @@ void beginMcra(State& state, int sampleRate, int fftLen, int hop) {
     storeCoefficient(std::pow(0.2, r), kAlphaBits, state.alphaP);
     storeCoefficient(std::pow(0.8, r), kAlphaBits, state.alphaS);
     storeCoefficient(5.0, kDeltaBits, state.delta);
-    state.presence = reinterpret_cast<decltype(state.presence)>(&state + 1);
-    state.smoothed = state.presence + half + 1;
-    state.minimum = state.smoothed + half + 1;
-    state.tempMinimum = state.minimum + half + 1;
+    Layout layout(&state);
+    arrange(layout, fftLen, state);
 }
 
 template <class State>
@@ -127,14 +131,14 @@ void update(const Kel32f* power, const KelMCRAState_32f& state, Kel32f* noise, s
     };
     constexpr std::size_t w = lanes<Kel32f>;
     std::size_t i = 0;
-    for (; i + w <= bins; i += w) {
-        step(
-            i, [](const Kel32f* p) { return load(p); }, [](Kel32f* p, const V& v) { store(p, v); });
-    }
+    const auto get = [](const Kel32f* p) { return load(p); };
+    const auto put = [](Kel32f* p, const V& v) { store(p, v); };
+    for (; i + w <= bins; i += w) step(i, get, put);
     const std::size_t rest = bins - i;
     if (rest == 0) return;
-    step(
-        i, [=](const Kel32f* p) { return loadPart(p, rest); }, [=](Kel32f* p, const V& v) { storePart(p, v, rest); });
+    const auto getRest = [=](const Kel32f* p) { return loadPart(p, rest); };
+    const auto putRest = [=](Kel32f* p, const V& v) { storePart(p, v, rest); };
+    step(i, getRest, putRest);
 }
 
 // from + share * (to - from), share in Q30.
@@ -173,4 +177,4 @@ void updateNoise(const T* power, State& state, T* noise) {
     state.firstFrame = 0;
 }
 
-}  // namespace kels
+}  // namespace kels::enhance

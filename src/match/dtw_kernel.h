@@ -11,22 +11,22 @@
 #include <utility>
 
 #include "core/memory.h"
-#include "core/simd/vec.h"
 #include "core/simd/transpose.h"
+#include "core/simd/vec.h"
 
-namespace kels {
+namespace kels::dtw {
 
-// The cost of what no path reaches.  Costs that overflow, or are not a number, are held to it.
+// The cost of what no path reaches.  Costs that overflow, or are not a number, count as it.
 inline constexpr Kel32f kUnreachable = std::numeric_limits<Kel32f>::max();
 
 // The inner indices lo..hi, both included, that paths may visit in one outer row.
-struct Span {
+struct InnerSpan {
     int64_t lo, hi;
 
     bool empty() const { return hi < lo; }
 };
 
-inline Span intersection(const Span& a, const Span& b) {
+inline InnerSpan intersection(const InnerSpan& a, const InnerSpan& b) {
     return {std::max(a.lo, b.lo), std::min(a.hi, b.hi)};
 }
 
@@ -36,7 +36,7 @@ class Band {
     Band(int64_t outerRows, int64_t innerRows, int delta)
         : last_(innerRows - 1), reach_(std::min<int64_t>(delta, last_)), lag_(reach_ + 2 * outerRows - last_) {}
 
-    Span at(int64_t outerRow) const {
+    InnerSpan at(int64_t outerRow) const {
         return {std::max<int64_t>(0, 2 * outerRow - lag_), std::min(reach_ + 2 * outerRow, last_)};
     }
 
@@ -152,7 +152,7 @@ Kel32f warp(const Rows& outer, int64_t outerRows, const TransposedRows& inner, i
     Kel32f* now = before + costRowSize(innerRows);
     std::fill(costs, costs + 2 * costRowSize(innerRows), 0.0f);  // a path begins anywhere in the first span, at no cost
 
-    Span span = band.at(0);
+    InnerSpan span = band.at(0);
     if (span.empty()) return kUnreachable;
     for (int64_t i = 0;;) {
         const OuterStep step = {outer[static_cast<std::ptrdiff_t>(i)],
@@ -175,4 +175,4 @@ Kel32f warp(const Rows& outer, int64_t outerRows, const TransposedRows& inner, i
     }
 }
 
-}  // namespace kels
+}  // namespace kels::dtw

@@ -9,7 +9,7 @@
 
 #include "kels/types.h"
 
-namespace kels {
+namespace kels::rank {
 
 template <class T>
 using SortKey = std::conditional_t<sizeof(T) == 8, uint64_t, uint32_t>;
@@ -115,4 +115,4 @@ class NthLargest {
     std::size_t n_;
 };
 
-}  // namespace kels
+}  // namespace kels::rank
