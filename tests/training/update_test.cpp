@@ -1,16 +1,29 @@
+// Re-estimation of Gaussians: formulas to the bit, sums of logarithms to a bound, and what they warn of.
 #include "kels/update.h"
 
 #include "kels/stats.h"
+#include "support/checks.h"
 #include "support/elements.h"
+#include "support/forms.h"
 #include "support/overlap.h"
 
 namespace {
 
-// A function by the element type T.
-#define F(name) std::get<sizeof(T) / 8>(std::tuple(&kels##name##_32f, &kels##name##_64f))
-#define COMPUTE std::get<sizeof(T) / 8>(std::tuple(&kelsDcsClustLCompute_32f64f, &kelsDcsClustLCompute_64f))
-
 using namespace test;
+
+constexpr auto accumulate = forms(kelsMeanVarAcc_32f, kelsMeanVarAcc_64f);
+constexpr auto updateMean = forms(kelsUpdateMean_32f, kelsUpdateMean_64f);
+constexpr auto updateVar = forms(kelsUpdateVar_32f, kelsUpdateVar_64f);
+constexpr auto updateWeight = forms(kelsUpdateWeight_32f, kelsUpdateWeight_64f);
+constexpr auto split = forms(kelsGaussianSplit_32f, kelsGaussianSplit_64f);
+constexpr auto merge = forms(kelsGaussianMerge_32f, kelsGaussianMerge_64f);
+constexpr auto mergeCost = forms(kelsGaussianDist_32f, kelsGaussianDist_64f);
+constexpr auto weightedSum = forms(kelsWeightedSum_32f, kelsWeightedSum_64f, kelsWeightedSum_16s);
+constexpr auto weightedSumHalf = forms(kelsWeightedSumHalf_32f, kelsWeightedSumHalf_64f, kelsWeightedSumHalf_16s);
+constexpr auto stateStatistics = forms(kelsDcsClustLAccumulate_32f, kelsDcsClustLAccumulate_64f);
+constexpr auto stateStatisticsDirect =
+    forms(kelsDcsClustLAccumulate_DirectVar_32f, kelsDcsClustLAccumulate_DirectVar_64f);
+constexpr auto clusterLikelihood = forms(kelsDcsClustLCompute_32f64f, kelsDcsClustLCompute_64f);
 
 template <class T>
 class Update : public testing::Test {
@@ -29,9 +42,9 @@ TYPED_TEST_SUITE(Update, FloatTypes);
 
 // The sum of the weights comes from their order, too.
 template <class T>
-KelStatus updateWeight(const T* acc, T* weight, int len, T occ, T floor) {
+KelStatus updateWeights(const T* acc, T* weight, int len, T occ, T floor) {
     T sum = 5, expected = 0;
-    const KelStatus status = F(UpdateWeight)(acc, weight, len, &sum, occ, floor);
+    const KelStatus status = updateWeight(acc, weight, len, &sum, occ, floor);
     for (int k = 0; k < len; ++k) expected += weight[k];
     EXPECT_TRUE(sameBits(sum, expected));
     return status;
@@ -39,44 +52,43 @@ KelStatus updateWeight(const T* acc, T* weight, int len, T occ, T floor) {
 
 TYPED_TEST(Update, FormulasToTheBit) {
     using T = TypeParam;
-    const Options options = {{1.7, 0.3, 100}, false, {0, 11}}, inPlace = {{1.7, 0.3, 100}, true, {0, 11}};
-    expectElements([](T a, T m, int, T occ) { return m + a / occ; }, inPlace, F(UpdateMean));
+    const Options options = {{1.7, 0.3, 100}, false, {kelStatusOk, kelStatusAllFloored}},
+                  inPlace = {{1.7, 0.3, 100}, true, {kelStatusOk, kelStatusAllFloored}};
+    expectElements([](T a, T m, int, T occ) { return m + a / occ; }, inPlace, updateMean.of<T>());
     const auto var = [](T a, T b, T floor, T, int, T p, T q) {
         const T v = b / q - (a / p) * (a / p);
         return v > floor ? v : floor;
     };
-    expectElements(var, inPlace, F(UpdateVar));
-    expectElements([](T a, T, int, T n, T floor) { return a / n > floor ? a / n : floor; }, inPlace, updateWeight<T>);
+    expectElements(var, inPlace, updateVar.of<T>());
+    expectElements([](T a, T, int, T n, T floor) { return a / n > floor ? a / n : floor; }, inPlace, updateWeights<T>);
     const auto accumulated = [](T x, T mean, T a, T b, int, T val) {
         return std::tuple(a + val * (x - mean), b + (x - mean) * (val * (x - mean)));
     };
-    expectElements(accumulated, options, F(MeanVarAcc));
-    const auto split = [](T mean, T v, T, T, int, T val) {
+    expectElements(accumulated, options, accumulate.of<T>());
+    const auto halves = [](T mean, T v, T, T, int, T val) {
         return std::tuple(mean + val * std::sqrt(v), mean - val * std::sqrt(v), v);
     };
-    expectElements(split, options, F(GaussianSplit));
+    expectElements(halves, options, split.of<T>());
     expectElements([](T m, T v, T, T, int, T occ) { return std::tuple(m * occ, (m * m + v) * occ); }, options,
-                   F(DcsClustLAccumulate_DirectVar));
+                   stateStatisticsDirect.of<T>());
     expectElements([](T m, T v, T, T, int, T occ) { return std::tuple(m * occ, (m * m + 1 / v) * occ); }, options,
-                   F(DcsClustLAccumulate));
+                   stateStatistics.of<T>());
 }
 
 TYPED_TEST(Update, ElementsFollowOneAnotherWhereArraysOverlap) {
     using T = TypeParam;
-    expectLoopWhereArraysOverlap<T, 2>([](const auto& p, int len) { F(UpdateMean)(p[0], p[1], len, T(1.7)); });
-    expectLoopWhereArraysOverlap<T, 4>([](const auto& p, int len) {
-        F(GaussianSplit)(p[0], p[1], p[2], p[3], len, T(0.3));
-    });
-    for (const auto statistics : {F(DcsClustLAccumulate), F(DcsClustLAccumulate_DirectVar)}) {
-        expectLoopWhereArraysOverlap<T, 4>([=](const auto& p, int len) {
-            statistics(p[0], p[1], p[2], p[3], len, T(1.7));
-        });
+    expectLoopWhereArraysOverlap<T, 2>([](const auto& p, int len) { updateMean.of<T>()(p[0], p[1], len, T(1.7)); });
+    expectLoopWhereArraysOverlap<T, 4>(
+        [](const auto& p, int len) { split.of<T>()(p[0], p[1], p[2], p[3], len, T(0.3)); });
+    for (const auto statistics : {stateStatistics.of<T>(), stateStatisticsDirect.of<T>()}) {
+        expectLoopWhereArraysOverlap<T, 4>(
+            [=](const auto& p, int len) { statistics(p[0], p[1], p[2], p[3], len, T(1.7)); });
     }
 }
 
 // Weights that cancel leave the signs.
 template <bool half>
-constexpr auto weightedSum = []<class T, class W>(T a, T b, T, int, W p, W q) -> T {
+constexpr auto expectedSum = []<class T, class W>(T a, T b, T, int, W p, W q) -> T {
     const W r = 1 / (p + q), sum = p + q == 0 ? a * p + b * q : a * (half ? r : p * r) + b * (q * r);
     const W signs = sum == 0 ? W(NAN) : sum * W(INFINITY), value = p + q == 0 ? signs : sum;
     if constexpr (std::is_integral_v<T>) return std::isnan(value) ? 0 : saturated<T>(value);
@@ -84,10 +96,9 @@ constexpr auto weightedSum = []<class T, class W>(T a, T b, T, int, W p, W q) ->
 };
 
 TEST(UpdateWeights, WeightedSums) {
-    const Options options = {{0.1, -0.1, 1, 2, -5, 6, 1e-3, 1e9, -0.9999e9}, true, {0, 6}};
-    expectElements(weightedSum<false>, options, kelsWeightedSum_32f, kelsWeightedSum_64f, kelsWeightedSum_16s);
-    expectElements(weightedSum<true>, options, kelsWeightedSumHalf_32f, kelsWeightedSumHalf_64f,
-                   kelsWeightedSumHalf_16s);
+    const Options options = {{0.1, -0.1, 1, 2, -5, 6, 1e-3, 1e9, -0.9999e9}, true, {kelStatusOk, kelStatusDivByZero}};
+    expectElements(expectedSum<false>, options, weightedSum);
+    expectElements(expectedSum<true>, options, weightedSumHalf);
 }
 
 // Warnings: all components are floored but one, if any, wherever it is; occupations that are negative or too small.
@@ -98,23 +109,27 @@ TYPED_TEST(Update, FloorsAndOccupations) {
         for (const int above : {-1, n / 2, n - 1}) {
             T acc[39] = {}, result[39];
             if (above >= 0) acc[above] = 3;
-            EXPECT_EQ(F(UpdateVar)(floor, acc, floor, result, n, 2, 2), above < 0 ? 11 : 0) << n;
-            EXPECT_EQ(updateWeight<T>(acc, result, n, 2, 0), above < 0 ? 11 : 0) << n;
+            EXPECT_EQ(updateVar(floor, acc, floor, result, n, 2, 2), above < 0 ? kelStatusAllFloored : kelStatusOk)
+                << n;
+            EXPECT_EQ(updateWeights<T>(acc, result, n, 2, 0), above < 0 ? kelStatusAllFloored : kelStatusOk) << n;
         }
     }
-    const std::pair<T, KelStatus> cases[] = {{-1, -67}, {NAN, -67},   {-normal, -67},
-                                             {0, 16},   {normal, 16}, {T(-0.0), 16}};
+    constexpr KelStatus negative = kelStatusNegOcc, vanishing = kelStatusZeroOcc;
+    const std::pair<T, KelStatus> cases[] = {{-1, negative}, {NAN, negative},     {-normal, negative},
+                                             {0, vanishing}, {normal, vanishing}, {T(-0.0), vanishing}};
     for (const auto& [occ, status] : cases) {
         T acc = 1, v = 7, sum = 7;
         Kel64f result = 7;
-        EXPECT_EQ(F(UpdateMean)(&acc, &v, 1, occ), status) << occ;
+        EXPECT_EQ(updateMean(&acc, &v, 1, occ), status) << occ;
         for (const T other : {T(1), T(0)}) {  // negative ones first, whichever argument they are
-            EXPECT_EQ(F(UpdateVar)(&acc, &acc, floor, &v, 1, other, occ), status) << occ;
-            EXPECT_EQ(F(UpdateVar)(&acc, &acc, floor, &v, 1, occ, other), status) << occ;
+            EXPECT_EQ(updateVar(&acc, &acc, floor, &v, 1, other, occ), status) << occ;
+            EXPECT_EQ(updateVar(&acc, &acc, floor, &v, 1, occ, other), status) << occ;
         }
-        EXPECT_EQ(F(UpdateWeight)(&acc, &v, 1, &sum, occ, -1), status) << occ;
+        EXPECT_EQ(updateWeight(&acc, &v, 1, &sum, occ, -1), status) << occ;
         EXPECT_TRUE(v == 7 && sum == 7);
-        EXPECT_EQ(COMPUTE(&acc, &acc, 1, &result, occ), status < 0 ? -67 : occ == 0 ? 16 : 8);
+        EXPECT_EQ(clusterLikelihood(&acc, &acc, 1, &result, occ), status < 0 ? negative
+                                                                  : occ == 0 ? vanishing
+                                                                             : kelStatusLogNegative);
         EXPECT_TRUE(status < 0 ? result == 7 : occ == 0 ? result == -1e10 : std::isnan(result));
     }
 }
@@ -149,8 +164,8 @@ TYPED_TEST(Update, Merge) {
         if (n % 5 == 0) v1[n - 1] = std::numeric_limits<T>::max() / 8192;
         const T w1 = this->positive(1)[0], w2 = this->positive(1)[0], total = w1 + w2;
         T det, cost;
-        ASSERT_EQ(F(GaussianMerge)(m1, v1, m2, v2, m, v, n, &det, w1, w2), 0);
-        EXPECT_EQ(F(GaussianDist)(m1, v1, m2, v2, n, &cost, w1, 3, w2, -5), 0);
+        ASSERT_EQ(merge(m1, v1, m2, v2, m, v, n, &det, w1, w2), kelStatusOk);
+        EXPECT_EQ(mergeCost(m1, v1, m2, v2, n, &cost, w1, 3, w2, -5), kelStatusOk);
         Logs logs;
         for (int k = 0; k < n; ++k) {
             const T mean = (w1 * m1[k] + w2 * m2[k]) / total;
@@ -166,8 +181,8 @@ TYPED_TEST(Update, Merge) {
         v1[n - 1] = v2[n - 1] = zero ? -1 : 0;
         v1[fault] = v2[fault] = zero ? 0 : -1;
         std::fill_n(m.data(), n, T(-7));
-        EXPECT_EQ(F(GaussianMerge)(m1, v1, m2, v2, m, v, n, &det, w1, w2), zero ? 7 : 8);
-        EXPECT_EQ(F(GaussianDist)(m1, v1, m2, v2, n, &cost, w1, 3, w2, -5), zero ? 7 : 8);
+        EXPECT_EQ(merge(m1, v1, m2, v2, m, v, n, &det, w1, w2), zero ? kelStatusLogZero : kelStatusLogNegative);
+        EXPECT_EQ(mergeCost(m1, v1, m2, v2, n, &cost, w1, 3, w2, -5), zero ? kelStatusLogZero : kelStatusLogNegative);
         EXPECT_TRUE(zero ? det == HUGE_VAL && cost == HUGE_VAL : std::isnan(det) && std::isnan(cost));
         for (int k = 0; k < n; ++k) EXPECT_EQ(m[k] == -7, k > fault) << n << " " << k;
     }
@@ -185,13 +200,13 @@ TYPED_TEST(Update, ClusterLikelihood) {
             logs.add(Kel64f{sqr[k]} * occ - Kel64f{sum[k]} * sum[k]);
         }
         Kel64f result;
-        EXPECT_EQ(COMPUTE(sum, sqr, n, &result, occ), 0);
+        EXPECT_EQ(clusterLikelihood(sum, sqr, n, &result, occ), kelStatusOk);
         const Real bound = occ * (logs.bound() + std::fabs(constant) * 0x1p-50L);
         EXPECT_TRUE(near(result, occ / 2 * (constant - logs.sum), bound)) << n;
         sum[n / 2] = sqr[n / 2] = 0;  // a component without a variance
-        EXPECT_TRUE(COMPUTE(sum, sqr, n, &result, occ) == 7 && result == -HUGE_VAL);
+        EXPECT_TRUE(clusterLikelihood(sum, sqr, n, &result, occ) == kelStatusLogZero && result == -HUGE_VAL);
         sqr[n - 1] = -1;
-        EXPECT_TRUE(COMPUTE(sum, sqr, n, &result, occ) == 8 && std::isnan(result));
+        EXPECT_TRUE(clusterLikelihood(sum, sqr, n, &result, occ) == kelStatusLogNegative && std::isnan(result));
     }
 }
 
@@ -216,13 +231,14 @@ TEST(Bhattacharyya, DistancesAndFaults) {
         const int fault = random.between(0, n - 1), kind = random.between(0, 3);
         const Kel32f limit = 1e-6f, bad = std::array{-1.0f, limit, 0.0f, -0.0f}[kind];  // below the double of that name
         const auto expect = [&]<class R>(auto f, R result, Real value, auto... sums) {
-            EXPECT_EQ(f(a[0], a[1], a[2], a[3], n, &result, sums...), 0);
+            EXPECT_EQ(f(a[0], a[1], a[2], a[3], n, &result, sums...), kelStatusOk);
             EXPECT_TRUE(near(result, value, bound)) << n;
             Guarded<Kel32f> faulty[] = {a[0].vector(), a[1].vector(), a[2].vector(), a[3].vector()};
             faulty[n % 4][n - 1] = kind == 0 ? 0 : -1;
             faulty[(n + 1) % 4][fault] = kind == 0 ? 0 : std::nextafter(limit, 1.0f);
             faulty[n % 4][fault] = bad;
-            EXPECT_EQ(f(faulty[0], faulty[1], faulty[2], faulty[3], n, &result, sums...), kind == 0 ? 8 : 7);
+            EXPECT_EQ(f(faulty[0], faulty[1], faulty[2], faulty[3], n, &result, sums...),
+                      kind == 0 ? kelStatusLogNegative : kelStatusLogZero);
             EXPECT_TRUE(kind == 0 ? std::isnan(result) : result == HUGE_VAL);
         };
         expect(kelsBhatDist_32f64f, 0.0, exact);
@@ -232,13 +248,13 @@ TEST(Bhattacharyya, DistancesAndFaults) {
     }
 }
 
-TYPED_TEST(Update, ChecksInOrder) {
-    using T = TypeParam;
-    expectVectorChecks({-8, -6}, F(UpdateMean), F(UpdateVar), F(UpdateWeight), F(MeanVarAcc), F(WeightedSum),
-                       F(WeightedSumHalf), F(DcsClustLAccumulate), F(DcsClustLAccumulate_DirectVar), COMPUTE);
-    expectVectorChecks({-6, -8}, kelsGaussianSplit_32f, F(GaussianMerge), F(GaussianDist));
-    expectVectorChecks({-8, -6}, kelsGaussianSplit_64f, kelsWeightedSum_16s, kelsWeightedSumHalf_16s,
+TEST(UpdateChecks, InOrder) {
+    const std::vector<KelStatus> pointersFirst = {kelStatusNullPtr, kelStatusSize};
+    const std::vector<KelStatus> lengthFirst = {kelStatusSize, kelStatusNullPtr};
+    expectVectorChecks(pointersFirst, updateMean, updateVar, updateWeight, accumulate, weightedSum, weightedSumHalf,
+                       stateStatistics, stateStatisticsDirect, clusterLikelihood, kelsGaussianSplit_64f,
                        kelsBhatDist_32f64f, kelsBhatDist_32f, kelsBhatDistSLog_32f64f, kelsBhatDistSLog_32f);
+    expectVectorChecks(lengthFirst, kelsGaussianSplit_32f, merge, mergeCost);
 }
 
 }  // namespace

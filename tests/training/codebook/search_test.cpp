@@ -20,24 +20,24 @@ void expectLists(const T* x, const Owned<T>& codebook, const std::vector<double>
     const auto expect = [&](int n, auto plainForm, auto distanceForm) {
         Guarded<Kel32s> plain(n), indices(n);
         Guarded<Distance<T>> distances(n);
-        ASSERT_EQ(plainForm(plain.data()), 0);
-        ASSERT_EQ(distanceForm(indices.data(), distances.data()), 0);
+        ASSERT_EQ(plainForm(plain.data()), kelStatusOk);
+        ASSERT_EQ(distanceForm(indices.data(), distances.data()), kelStatusOk);
         EXPECT_EQ(plain.vector(), std::vector(order.begin(), order.begin() + n));
         EXPECT_EQ(indices.vector(), plain.vector());
         for (int i = 0; i < n; ++i) ASSERT_EQ(distances[i], rounded<T>(exact[order[i]], scale));
     };
     for (const int n : {1, (codebook.size() + 1) / 2, codebook.size()}) {
         expect(
-            n, [&](auto* idx) { return VQ(VQSingle_Sort)(x, idx, c, n); },
-            [&](auto* idx, auto* dist) { return callScaled(VQ_DIST(Single_Sort), scale, x, idx, dist, c, n); });
+            n, [&](auto* idx) { return sort(x, idx, c, n); },
+            [&](auto* idx, auto* dist) { return sortWithDistances.scaled(scale, x, idx, dist, c, n); });
     }
     for (const Kel32f factor : {1.0f, 1.25f, 3.0f, HUGE_VALF}) {
         const double least = exact[order[0]], most = least == 0 ? 0 : least * factor * factor * 1.000001;
         const auto listed = std::count_if(exact.begin(), exact.end(), [=](double d) { return d <= most; });
         Kel32s n = -1, m = -1;
         expect(
-            static_cast<int>(listed), [&](auto* idx) { return VQ(VQSingle_Thresh)(x, idx, c, factor, &n); },
-            [&](auto* idx, auto* d) { return callScaled(VQ_DIST(Single_Thresh), scale, x, idx, d, c, factor, &m); });
+            static_cast<int>(listed), [&](auto* idx) { return listNear(x, idx, c, factor, &n); },
+            [&](auto* idx, auto* dist) { return listNearWithDistances.scaled(scale, x, idx, dist, c, factor, &m); });
         EXPECT_TRUE(n == listed && m == listed);
     }
 }
@@ -61,13 +61,15 @@ TYPED_TEST(Codebooks, FindsTheFirstOfTheNearestAndListsInOrder) {
         const auto vectors = some(count * width, reach);
         const auto weights = weighted ? smallIntegers<T>(random, width, 0, 3) : std::vector<T>();
         const Owned<T> codebook(vectors, weights, width, width, count, kelCdbkExhaustive);
-        ASSERT_EQ(codebook.status, 0);
+        ASSERT_EQ(codebook.status, kelStatusOk);
         const Guarded<T> src(some((height - 1) * step + width, 2 * reach));
         const auto indices = quantised(src, step, height, codebook);
         Guarded<Kel32s> again(height);
         Guarded<Distance<T>> distances(height);
         const auto call = [&] {
-            ASSERT_EQ(callScaled(VQ_DIST(), scale, src.data(), step, again, distances, height, codebook.get()), 0);
+            const KelStatus status = quantiseWithDistances.scaled(scale, src.data(), step, again.data(),
+                                                                  distances.data(), height, codebook.get());
+            ASSERT_EQ(status, kelStatusOk);
         };
         const auto check = [&] {
             EXPECT_EQ(again.vector(), indices);
@@ -97,7 +99,7 @@ TEST(VqSearch, FollowsTheToleranceFromPickToPick) {
         const Owned<Kel32f> codebook(vectors, {}, 1, 1, count, kelCdbkExhaustive);
         const Guarded<Kel32f> zero(1);
         Guarded<Kel32s> order(count);
-        ASSERT_EQ(kelsVQSingle_Sort_32f(zero.data(), order, codebook.get(), count), 0);
+        ASSERT_EQ(sort(zero.data(), order.data(), codebook.get(), count), kelStatusOk);
         Kel32f p = 0;
         for (int pick = 0, j = -1; pick < count; ++pick) {
             int next = j + 1;

@@ -1,5 +1,6 @@
 // Split quantisation, its inverse, and vectors from plain tables.
 #include <bit>
+#include <functional>
 
 #include "training/codebook/support.h"
 
@@ -7,9 +8,13 @@ namespace {
 
 using namespace test;
 
-// By the element type T and the type or width of indices.
-#define SPLIT(bits) std::get<sizeof(T) == 2>(std::tuple(&kelsSplitVQ_32f##bits, &kelsSplitVQ_16s##bits))
-#define FORM(bits) std::get<sizeof(T) == 2>(std::tuple(&kelsFormVectorVQ_##bits##32f, &kelsFormVectorVQ_##bits##16s))
+// Indices in words, in bytes, and packed bit by bit.
+constexpr auto splitToWords = forms(kelsSplitVQ_32f16s, kelsSplitVQ_16s16s);
+constexpr auto splitToBytes = forms(kelsSplitVQ_32f8u, kelsSplitVQ_16s8u);
+constexpr auto splitToBits = forms(kelsSplitVQ_32f1u, kelsSplitVQ_16s1u);
+constexpr auto formFromWords = forms(kelsFormVectorVQ_16s32f, kelsFormVectorVQ_16s16s);
+constexpr auto formFromBytes = forms(kelsFormVectorVQ_8u32f, kelsFormVectorVQ_8u16s);
+constexpr auto formFromBits = forms(kelsFormVectorVQ_1u32f, kelsFormVectorVQ_1u16s);
 
 // Codebooks of several widths, sizes and kinds, and rows to be cut.
 template <class T>
@@ -44,7 +49,7 @@ void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
         for (int k = 0; k < n; ++k) {
             const Owned<T>& codebook = parts.owned[k];
             Kel32s index = -1;
-            ASSERT_EQ(VQ(VQ)(src.data() + column, codebook.width(), &index, 1, codebook.get()), 0);
+            ASSERT_EQ(quantise(src.data() + column, codebook.width(), &index, 1, codebook.get()), kelStatusOk);
             indices[r * wholeStep + k] = static_cast<Kel16s>(index);
             std::copy_n(&codebook.codevectors()[index * codebook.width()], codebook.width(), &vectors[column]);
             column += codebook.width();
@@ -55,15 +60,15 @@ void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
     }
     const auto expect = [&]<class I>(auto split, auto form, int rowStep, const std::vector<I>& expected, int before) {
         Guarded<I> packed(std::vector<I>(expected.size(), static_cast<I>(before)));
-        ASSERT_EQ(split(src.data(), step, packed, rowStep, height, parts.codebooks.data(), n), 0);
+        ASSERT_EQ(split(src.data(), step, packed.data(), rowStep, height, parts.codebooks.data(), n), kelStatusOk);
         ASSERT_EQ(packed.vector(), expected);
         Guarded<T> dst(std::vector<T>(places, T(99)));
-        ASSERT_EQ(form(packed, rowStep, dst, step, height, parts.codebooks.data(), n), 0);
+        ASSERT_EQ(form(packed.data(), rowStep, dst.data(), step, height, parts.codebooks.data(), n), kelStatusOk);
         ASSERT_EQ(dst.vector(), vectors) << n << " streams, " << height << " rows, " << spare << " spare places";
     };
-    expect(SPLIT(16s), FORM(16s), wholeStep, indices, 77);
-    expect(SPLIT(8u), FORM(8u), wholeStep, std::vector<Kel8u>(indices.begin(), indices.end()), 77);
-    expect(SPLIT(1u), FORM(1u), bitStep, bits, 0xff);
+    expect(splitToWords, formFromWords, wholeStep, indices, 77);
+    expect(splitToBytes, formFromBytes, wholeStep, std::vector<Kel8u>(indices.begin(), indices.end()), 77);
+    expect(splitToBits, formFromBits, bitStep, bits, 0xff);
 }
 
 TYPED_TEST(Codebooks, StoresIndicesAndBringsTheirVectorsBack) {
@@ -89,42 +94,56 @@ TYPED_TEST(Codebooks, WritesNothingWhenMemoryIsOut) {
     const auto expect = [&]<class I>(auto split, int indexStep, I before) {
         failEachAllocation([&](int failing, const AllocationWatch& watch) {
             Guarded<I> dst(std::vector<I>(height * indexStep, before));
-            const KelStatus status = split(src.data(), parts.width, dst, indexStep, height, parts.codebooks.data(), n);
+            const KelStatus status =
+                split(src.data(), parts.width, dst.data(), indexStep, height, parts.codebooks.data(), n);
             EXPECT_EQ(status, watch.calls() > failing ? kelStatusNoMemory : kelStatusOk);
             const auto touched = std::count_if(dst.data(), dst.data() + dst.size(), [=](I x) { return x != before; });
             EXPECT_EQ(status == kelStatusNoMemory, touched == 0) << "allocation " << failing;
             EXPECT_EQ(watch.unreleased(), 0);
         });
     };
-    expect(SPLIT(16s), 2, Kel16s{77});
-    expect(SPLIT(8u), 2, Kel8u{77});
-    expect(SPLIT(1u), 5, Kel8u{0xff});
+    expect(splitToWords, 2, Kel16s{77});
+    expect(splitToBytes, 2, Kel8u{77});
+    expect(splitToBits, 5, Kel8u{0xff});
 }
 
-TYPED_TEST(Codebooks, ChecksInOrder) {
+TYPED_TEST(Codebooks, PartsAreCheckedInOrder) {
     using T = TypeParam;
-    expectChecks<Places{-1, -1, 6}>({-8, -6}, 1, SPLIT(16s), SPLIT(8u), SPLIT(1u), FORM(16s), FORM(8u), FORM(1u));
+    constexpr KelStatus null = kelStatusNullPtr, size = kelStatusSize;
+    expectChecks<Places{.width = 6}>({null, size}, 1, splitToWords, splitToBytes, splitToBits, formFromWords,
+                                     formFromBytes, formFromBits);
     Random random(47);
     Parts<T> parts(random, {{2, 5, 1}, {1, 300, 1}});
-    auto** const c = parts.codebooks.data();
-    Codebook<T>* holed[] = {c[0], nullptr};
-    const T src[8] = {};
-    Kel16s words[8] = {4, 299, 4, 300, 4, -1};  // indices outside in the last rows
-    Kel8u bits[] = {0xff, 0xff};                // index 7 of 5
-    T dst[8] = {9};
-    EXPECT_EQ(SPLIT(16s)(src, 0, words, 2, 1, holed, 2), kelStatusNullPtr);
-    EXPECT_EQ(FORM(16s)(words, 0, dst, 2, 1, holed, 2), kelStatusNullPtr);
-    // Steps and heights; indices outside; 300 codevectors in bytes, 12 bits in 11.
-    for (const KelStatus status : {SPLIT(16s)(src, 3, words, 0, 1, c, 2), SPLIT(16s)(src, 3, words, 2, 0, c, 2),
-                                   SPLIT(16s)(src, 2, words, 2, 1, c, 2), SPLIT(16s)(src, 3, words, 1, 1, c, 2),
-                                   FORM(16s)(words, 0, dst, 3, 1, c, 2), FORM(16s)(words, 2, dst, 3, 0, c, 2),
-                                   FORM(16s)(words, 2, dst, 2, 1, c, 2), FORM(16s)(words, 1, dst, 3, 1, c, 2),
-                                   FORM(16s)(words, 2, dst, 3, 2, c, 2), FORM(16s)(words + 4, 2, dst, 3, 1, c, 2),
-                                   SPLIT(8u)(src, 3, bits, 2, 1, c, 2), SPLIT(1u)(src, 3, bits, 11, 1, c, 2),
-                                   FORM(1u)(bits, 11, dst, 3, 1, c, 2), FORM(1u)(bits, 12, dst, 3, 1, c, 2)}) {
-        EXPECT_EQ(status, kelStatusSize);
+    auto** const both = parts.codebooks.data();
+    Codebook<T>* holed[] = {both[0], nullptr};
+    const T vectors[8] = {};
+    T formed[8] = {9};
+    Kel16s words[4] = {4, 299, 4, 300};  // the second row has an index outside
+    Kel8u bytes[2] = {0xff, 0xff};
+    struct Shape {
+        int vectorStep = 3, indexStep = 2, height = 1;
+    };
+    const auto split = [&](Shape shape, Codebook<T>** codebooks) {
+        return splitToWords(vectors, shape.vectorStep, words, shape.indexStep, shape.height, codebooks, 2);
+    };
+    const auto form = [&](Shape shape, Codebook<T>** codebooks) {
+        return formFromWords(words, shape.indexStep, formed, shape.vectorStep, shape.height, codebooks, 2);
+    };
+    for (const auto& run : {std::function(split), std::function(form)}) {
+        EXPECT_EQ(run({.vectorStep = 0}, holed), null);
+        for (const Shape& shape :
+             {Shape{.vectorStep = 0}, {.vectorStep = 2}, {.indexStep = 0}, {.indexStep = 1}, {.height = 0}}) {
+            EXPECT_EQ(run(shape, both), size);
+        }
     }
-    EXPECT_TRUE(dst[0] == 9 && bits[0] == 0xff && words[0] == 4);
+    EXPECT_EQ(form({.height = 2}, both), size);
+    words[1] = -1;
+    EXPECT_EQ(form({}, both), size);
+    EXPECT_EQ(splitToBytes(vectors, 3, bytes, 2, 1, both, 2), size) << "300 codevectors in bytes";
+    EXPECT_EQ(splitToBits(vectors, 3, bytes, 11, 1, both, 2), size) << "12 bits in 11";
+    EXPECT_EQ(formFromBits(bytes, 11, formed, 3, 1, both, 2), size) << "12 bits in 11";
+    EXPECT_EQ(formFromBits(bytes, 12, formed, 3, 1, both, 2), size) << "index 7 of 5";
+    EXPECT_TRUE(formed[0] == 9 && bytes[0] == 0xff && words[0] == 4);
 }
 
 // ---- plain tables --------------------------------------------------------------------------------------------------
@@ -150,24 +169,29 @@ void checkPlain(Form form, std::index_sequence<v...>) {
         indices[sizeof...(v) - 1][2] = static_cast<I>(last);
         return form(indices[v]..., from, dst, heights, width, step, 3);
     };
-    ASSERT_EQ(run(tables, widths, steps, 0), 0);
+    ASSERT_EQ(run(tables, widths, steps, 0), kelStatusOk);
     for (const int beyond : {1, -1}) EXPECT_EQ(run(tables, widths, steps, beyond), kelStatusSize);
     EXPECT_EQ(run(tables, zero, steps, 0), kelStatusSize);
     EXPECT_EQ(run(tables, widths, zero, 0), kelStatusSize);
     EXPECT_EQ(run(holed, widths, zero, 0), kelStatusNullPtr);
     EXPECT_EQ(dst.vector(), expected);
-    expectChecks<Places{-1, -1, 5 + sizeof...(v)}>({-8, -6}, 1, form);
+    constexpr int streams = 5 + sizeof...(v);
+    expectChecks<Places{.width = streams}>({kelStatusNullPtr, kelStatusSize}, 1, form);
 }
 
-#define CHECK_PLAIN(I, T)                                                                \
-    checkPlain<Kel##T, Kel##I>(kelsFormVector_##I##T, std::make_index_sequence<1>());    \
-    checkPlain<Kel##T, Kel##I>(kelsFormVector_2i_##I##T, std::make_index_sequence<2>()); \
-    checkPlain<Kel##T, Kel##I>(kelsFormVector_4i_##I##T, std::make_index_sequence<4>())
+// The forms for one, two and four arrays of indices.
+template <class T, class I, class One, class Two, class Four>
+void checkPlain(One one, Two two, Four four) {
+    checkPlain<T, I>(one, std::make_index_sequence<1>());
+    checkPlain<T, I>(two, std::make_index_sequence<2>());
+    checkPlain<T, I>(four, std::make_index_sequence<4>());
+}
+
 TEST(VqForm, TakesRowsOfPlainTables) {
-    CHECK_PLAIN(8u, 16s);
-    CHECK_PLAIN(16s, 16s);
-    CHECK_PLAIN(8u, 32f);
-    CHECK_PLAIN(16s, 32f);
+    checkPlain<Kel16s, Kel8u>(kelsFormVector_8u16s, kelsFormVector_2i_8u16s, kelsFormVector_4i_8u16s);
+    checkPlain<Kel16s, Kel16s>(kelsFormVector_16s16s, kelsFormVector_2i_16s16s, kelsFormVector_4i_16s16s);
+    checkPlain<Kel32f, Kel8u>(kelsFormVector_8u32f, kelsFormVector_2i_8u32f, kelsFormVector_4i_8u32f);
+    checkPlain<Kel32f, Kel16s>(kelsFormVector_16s32f, kelsFormVector_2i_16s32f, kelsFormVector_4i_16s32f);
 }
 
 }  // namespace

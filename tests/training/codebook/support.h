@@ -5,15 +5,41 @@
 #include <numeric>
 
 #include "kels/vq.h"
+#include "support/forms.h"
 #include "support/support.h"
 
 namespace test {
 
-// A function by the element type T: for names that end in it, for forms with distances, and for search kernels, whose
-// names hold its bits.
-#define VQ(name) std::get<sizeof(T) == 2>(std::tuple(&kels##name##_32f, &kels##name##_16s))
-#define VQ_DIST(name) std::get<sizeof(T) == 2>(std::tuple(&kelsVQDist##name##_32f, &kelsVQDist##name##_16s32s_Sfs))
-#define VQ_KERNEL(name) std::get<sizeof(T) == 2>(std::tuple(&kelsCdbk32VQ##name, &kelsCdbk16VQ##name))
+// ---- the interface, one name for both element types ----------------------------------------------------------------
+
+inline constexpr auto build = forms(kelsCdbkInitAlloc_L2_32f, kelsCdbkInitAlloc_L2_16s);
+inline constexpr auto buildWeighted = forms(kelsCdbkInitAlloc_WgtL2_32f, kelsCdbkInitAlloc_WgtL2_16s);
+inline constexpr auto buildInPlace = forms(kelsCdbkInit_L2_32f, kelsCdbkInit_L2_16s);
+inline constexpr auto release = forms(kelsCdbkFree_32f, kelsCdbkFree_16s);
+inline constexpr auto getCount = forms(kelsGetCdbkSize_32f, kelsGetCdbkSize_16s);
+inline constexpr auto getCodevectors = forms(kelsGetCodebook_32f, kelsGetCodebook_16s);
+inline constexpr auto quantise = forms(kelsVQ_32f, kelsVQ_16s);
+inline constexpr auto quantiseWithDistances = forms(kelsVQDist_32f, kelsVQDist_16s32s_Sfs);
+inline constexpr auto sort = forms(kelsVQSingle_Sort_32f, kelsVQSingle_Sort_16s);
+inline constexpr auto sortWithDistances = forms(kelsVQDistSingle_Sort_32f, kelsVQDistSingle_Sort_16s32s_Sfs);
+inline constexpr auto listNear = forms(kelsVQSingle_Thresh_32f, kelsVQSingle_Thresh_16s);
+inline constexpr auto listNearWithDistances = forms(kelsVQDistSingle_Thresh_32f, kelsVQDistSingle_Thresh_16s32s_Sfs);
+inline constexpr auto searchAll = forms(kelsCdbk32VQFull_A6, kelsCdbk16VQFull_A6);
+inline constexpr auto searchTree = forms(kelsCdbk32VQKMeans_A6, kelsCdbk16VQKMeans_A6);
+
+// The searches for one width each: of all codevectors, or through the tree.
+struct FixedWidth {
+    int width;
+    Forms<decltype(kelsCdbk32VQFull_A6_1), decltype(kelsCdbk16VQFull_A6_1)> searchAll, searchTree;
+};
+inline constexpr FixedWidth kFixedWidths[] = {
+    {1, forms(kelsCdbk32VQFull_A6_1, kelsCdbk16VQFull_A6_1), forms(kelsCdbk32VQKMeans_A6_1, kelsCdbk16VQKMeans_A6_1)},
+    {2, forms(kelsCdbk32VQFull_A6_2, kelsCdbk16VQFull_A6_2), forms(kelsCdbk32VQKMeans_A6_2, kelsCdbk16VQKMeans_A6_2)},
+    {4, forms(kelsCdbk32VQFull_A6_4, kelsCdbk16VQFull_A6_4), forms(kelsCdbk32VQKMeans_A6_4, kelsCdbk16VQKMeans_A6_4)},
+    {8, forms(kelsCdbk32VQFull_A6_8, kelsCdbk16VQFull_A6_8), forms(kelsCdbk32VQKMeans_A6_8, kelsCdbk16VQKMeans_A6_8)},
+};
+
+// ---- codebooks -----------------------------------------------------------------------------------------------------
 
 template <class T>
 class Codebooks : public testing::Test {};
@@ -25,18 +51,10 @@ using Codebook = std::conditional_t<sizeof(T) == 2, KelCdbk_16s, KelCdbk_32f>;
 template <class T>
 using Distance = std::conditional_t<sizeof(T) == 2, Kel32s, Kel32f>;
 
-// Calls a form with distances: floats have no scale.
-KelStatus callScaled(auto form, int scaleFactor, auto&&... arguments) {
-    if constexpr (std::is_invocable_v<decltype(form), decltype(arguments)...>)
-        return form(arguments...);
-    else
-        return form(arguments..., scaleFactor);
-}
-
 // A codebook with the five words that both types begin with.
 template <class T>
 struct Owned {
-    std::unique_ptr<Codebook<T>, KelStatus (*)(Codebook<T>*)> record{nullptr, VQ(CdbkFree)};
+    std::unique_ptr<Codebook<T>, KelStatus (*)(Codebook<T>*)> record{nullptr, release.of<Codebook<T>>()};
     KelStatus status = -1;
     bool weighted;
 
@@ -45,8 +63,8 @@ struct Owned {
         Codebook<T>* made = nullptr;
         const int height = (static_cast<int>(rows.size()) - width) / step + 1;
         const Guarded<T> src(rows), wgt(weights);
-        status = weighted ? VQ(CdbkInitAlloc_WgtL2)(&made, src.data(), wgt.data(), width, step, height, size, kind)
-                          : VQ(CdbkInitAlloc_L2)(&made, src.data(), width, step, height, size, kind);
+        status = weighted ? buildWeighted(&made, src.data(), wgt.data(), width, step, height, size, kind)
+                          : build(&made, src.data(), width, step, height, size, kind);
         EXPECT_EQ(made == nullptr, status < 0);
         record.reset(made);
     }
@@ -54,9 +72,10 @@ struct Owned {
     Kel32s word(int i) const { return reinterpret_cast<const Kel32s*>(get())[i]; }
     int size() const { return word(1); }
     int width() const { return word(2); }
+    int kind() const { return word(4); }
     std::vector<T> codevectors() const {
         Guarded<T> values(size() * width());
-        EXPECT_EQ(VQ(GetCodebook)(get(), values.data(), width()), 0);
+        EXPECT_EQ(getCodevectors(get(), values.data(), width()), kelStatusOk);
         return values.vector();
     }
 };
@@ -77,22 +96,18 @@ std::vector<double> squaredDistances(const T* x, const std::vector<C>& codevecto
 // agree.
 template <class T>
 std::vector<Kel32s> quantised(const Guarded<T>& src, int step, int height, const Owned<T>& codebook) {
-    const auto run = [&](auto form, KelStatus expected, auto... width) {
+    const auto run = [&](const auto& search, KelStatus expected, auto... width) {
         Guarded<Kel32s> indices(std::vector<Kel32s>(height, -1));
-        EXPECT_EQ(form(src.data(), step, indices, height, codebook.get(), width...), expected);
+        EXPECT_EQ(search(src.data(), step, indices.data(), height, codebook.get(), width...), expected);
         return indices.vector();
     };
-    const auto indices = run(VQ(VQ), 0);
+    const auto indices = run(quantise, kelStatusOk);
     if (codebook.weighted) return indices;
-    const bool full = codebook.word(4) == kelCdbkExhaustive;
-    EXPECT_EQ(run(full ? VQ_KERNEL(Full_A6) : VQ_KERNEL(KMeans_A6), 0, codebook.width()), indices);
-    const std::decay_t<decltype(VQ(VQ))> kernels[][2] = {{VQ_KERNEL(KMeans_A6_1), VQ_KERNEL(Full_A6_1)},
-                                                         {VQ_KERNEL(KMeans_A6_2), VQ_KERNEL(Full_A6_2)},
-                                                         {VQ_KERNEL(KMeans_A6_4), VQ_KERNEL(Full_A6_4)},
-                                                         {VQ_KERNEL(KMeans_A6_8), VQ_KERNEL(Full_A6_8)}};
-    for (int k = 0; k < 4; ++k) {
-        const bool fits = codebook.width() == 1 << k;
-        const auto again = run(kernels[k][full], fits ? kelStatusOk : kelStatusSize);
+    const bool full = codebook.kind() == kelCdbkExhaustive;
+    EXPECT_EQ(run(full ? searchAll : searchTree, kelStatusOk, codebook.width()), indices);
+    for (const FixedWidth& fixed : kFixedWidths) {
+        const bool fits = codebook.width() == fixed.width;
+        const auto again = run(full ? fixed.searchAll : fixed.searchTree, fits ? kelStatusOk : kelStatusSize);
         EXPECT_EQ(again, fits ? indices : std::vector<Kel32s>(height, -1));
     }
     return indices;

@@ -1,5 +1,6 @@
 // Construction of codebooks by splitting, and the search through the tree.
 #include <bit>
+#include <functional>
 
 #include "training/codebook/support.h"
 
@@ -78,7 +79,7 @@ std::vector<T> clusteredRows(Random& random, int height, int width) {
 }
 
 // The leaf that the search leads to by the public structure, in double precision; what stands in the nodes on the way.
-const KelCdbkNode* searchTree(const KelCdbk_32f& codebook, const Kel32f* x, const std::vector<Kel32f>& weights) {
+const KelCdbkNode* leafOf(const KelCdbk_32f& codebook, const Kel32f* x, const std::vector<Kel32f>& weights) {
     const auto d = [&](const KelCdbkNode* node) {
         const std::vector<Kel32f> centroid(node->centroid, node->centroid + codebook.width);
         return squaredDistances(x, centroid, weights, codebook.width)[0];
@@ -112,7 +113,7 @@ TYPED_TEST(Codebooks, SplitsByTheBookAndSearchesByTheTree) {
             PlainSplitting plain = {{rows.begin(), rows.end()}, {weights.begin(), weights.end()}, width, step, kind};
             while (plain.clusters() < size) plain.split();
             const Owned<T> codebook(rows, weights, width, step, size, kind);
-            ASSERT_EQ(codebook.status, 0);
+            ASSERT_EQ(codebook.status, kelStatusOk);
             const auto codevectors = codebook.codevectors();
             ASSERT_EQ(codevectors.size(), plain.centroids.size());
             const int compared = size < 70 ? size * width : 0;  // rounding decides between many small clusters
@@ -136,7 +137,7 @@ TYPED_TEST(Codebooks, SplitsByTheBookAndSearchesByTheTree) {
                 EXPECT_EQ(book.flags, weights.empty() ? 0 : kelCdbkWeighted);
                 EXPECT_EQ(book.indexBits, std::bit_width(size - 1u));
                 for (int i = 0; i < 100; ++i) {
-                    const KelCdbkNode* const leaf = searchTree(book, src.data() + i * step, weights);
+                    const KelCdbkNode* const leaf = leafOf(book, src.data() + i * step, weights);
                     ASSERT_TRUE(indices[i] == leaf->index && leaf->neighbourCount == neighbours);
                     auto d = squaredDistances(leaf->centroid, codevectors, weights, width);
                     d[leaf->index] = HUGE_VAL;
@@ -185,6 +186,10 @@ TYPED_TEST(Codebooks, ReleasesEverythingWhateverAllocationFails) {
     }
 }
 
+// Its arguments do not tell the type.
+template <class T>
+constexpr auto getSize = std::is_same_v<T, Kel32f> ? kelsCdbkGetSize_32f : kelsCdbkGetSize_16s;
+
 // In place: the size is enough wherever a pointer may stand, and searches work.
 TYPED_TEST(Codebooks, BuildsInCallerMemory) {
     using T = TypeParam;
@@ -193,13 +198,13 @@ TYPED_TEST(Codebooks, BuildsInCallerMemory) {
         const int step = width + 3, height = 21;
         const Guarded<T> src(smallIntegers<T>(random, (height - 1) * step + width, -9, 9));
         int bytes = 0;
-        ASSERT_EQ(VQ(CdbkGetSize)(width, step, height, height, 1, &bytes), 0);
+        ASSERT_EQ(getSize<T>(width, step, height, height, kelCdbkExhaustive, &bytes), kelStatusOk);
         Guarded<void*> memory((bytes + sizeof(void*) - 1) / sizeof(void*));
         auto* const codebook = reinterpret_cast<Codebook<T>*>(memory.data());
-        ASSERT_EQ(VQ(CdbkInit_L2)(codebook, src.data(), width, step, height, height, 1), 0);
+        ASSERT_EQ(buildInPlace(codebook, src.data(), width, step, height, height, kelCdbkExhaustive), kelStatusOk);
         Guarded<Kel32s> order(height), indices(height);
-        ASSERT_EQ(VQ(VQSingle_Sort)(src.data(), order, codebook, height), 0);
-        ASSERT_EQ(VQ(VQ)(src.data(), step, indices, height, codebook), 0);
+        ASSERT_EQ(sort(src.data(), order.data(), codebook, height), kelStatusOk);
+        ASSERT_EQ(quantise(src.data(), step, indices.data(), height, codebook), kelStatusOk);
         EXPECT_EQ(order[0], indices[0]);
         for (int i = 0; i < height; ++i) {
             ASSERT_TRUE(std::equal(&src[i * step], &src[i * step] + width, &src[indices[i] * step]));
@@ -211,58 +216,86 @@ TYPED_TEST(Codebooks, BuildsInCallerMemory) {
 
 TYPED_TEST(Codebooks, ConstructorsCheckInOrder) {
     using T = TypeParam;
-    constexpr KelStatus size = kelStatusSize, mode = kelStatusModeNotSupported, memory = kelStatusNoMemory;
-    const T rows[] = {1, 2}, negative[] = {1, -1};
+    constexpr KelStatus null = kelStatusNullPtr, size = kelStatusSize, kindless = kelStatusModeNotSupported;
+    constexpr int kUnknownKind = 4;
+    struct Arguments {
+        int width = 2, step = 2, height = 2, count = 2, kind = kUnknownKind;
+    };
+    const T rows[4] = {1, 2, 3, 4}, negative[2] = {1, -1}, weights[2] = {1, 1};
     Codebook<T>* made = nullptr;
-    expectChecks<Places{-1, -1, 2}>({-6, -8}, 1, VQ(CdbkInitAlloc_L2));
-    EXPECT_EQ(VQ(CdbkInitAlloc_L2)(&made, nullptr, 2, 1, 3, 2, 1), kelStatusNullPtr);
-    expectSteps(VQ(CdbkInitAlloc_L2), {0, 0, 2, 1, 3, 2, 4}, {{3, 2, mode}, {4, 1, size}, {4, 2, mode}, {5, 0, size}});
-    expectSteps(VQ(CdbkInitAlloc_L2), {0, 0, 3, 0, 1, 1, 1}, {{3, INT_MAX, memory}});  // the row step
-    expectChecks<Places{-1, 5, 3}>({-8, -6}, 1, VQ(CdbkInitAlloc_WgtL2));
-    expectSteps(VQ(CdbkInitAlloc_WgtL2), {0, 0, 0, 2, 1, 3, 2, 4}, {{4, 0, size}, {4, 2, mode}, {6, 4, size}});
-    expectSteps(VQ(CdbkInitAlloc_WgtL2), {0, 0, 0, 1, 1, 16384, 0, 4}, {{6, 16384, size}, {6, 16383, mode}});
-    EXPECT_EQ(VQ(CdbkInitAlloc_WgtL2)(&made, rows, negative, 2, 1, 1, 1, 4), size);
-    EXPECT_EQ(VQ(CdbkInitAlloc_WgtL2)(&made, rows, negative, 2, 2, 1, 1, 4), kelStatusBadArg);
-    expectChecks<Places{-1, 2, 0}>({-8, -6}, 1, VQ(CdbkGetSize));
-    expectSteps(VQ(CdbkGetSize), {2, 1, 3, 3, 0}, {{4, 1, size}, {4, 2, mode}});
-    expectSteps(VQ(CdbkGetSize), {3, INT_MAX, 16383, 16383}, {{4, 1, memory}, {2, 16384, size}, {3, 16384, size}});
-    expectChecks<Places{-1, 4, 2}>({-8, -6}, 1, VQ(CdbkInit_L2));
-    EXPECT_EQ(VQ(CdbkInit_L2)(nullptr, rows, 2, 2, 3, 3, 3), mode);
+    const auto plain = [&](Arguments a) { return build(&made, rows, a.width, a.step, a.height, a.count, a.kind); };
+    const auto weighted = [&](Arguments a) {
+        return buildWeighted(&made, rows, weights, a.width, a.step, a.height, a.count, a.kind);
+    };
+    for (const auto& call : {std::function(plain), std::function(weighted)}) {
+        for (const Arguments& a : {Arguments{.width = 0},
+                                   {.step = 1},
+                                   {.height = 0},
+                                   {.height = 1},
+                                   {.count = 0},
+                                   {.height = 16384, .count = 16384}}) {
+            EXPECT_EQ(call(a), size);
+        }
+        EXPECT_EQ(call({.height = 16384, .count = 16383}), kindless);
+        EXPECT_EQ(call({.kind = 0}), kindless);
+    }
+    EXPECT_EQ(plain({.width = 3, .step = INT_MAX, .height = 1, .count = 1, .kind = 1}), kelStatusNoMemory);
+    expectChecks<Places{.width = 2}>({size, null}, 1, build);
+    EXPECT_EQ(build(&made, static_cast<const T*>(nullptr), 2, 1, 3, 2, 1), null);
+    expectChecks<Places{.height = 5, .width = 3}>({null, size}, 1, buildWeighted);
+    EXPECT_EQ(buildWeighted(&made, rows, negative, 2, 1, 1, 1, kUnknownKind), size);
+    EXPECT_EQ(buildWeighted(&made, rows, negative, 2, 2, 1, 1, kUnknownKind), kelStatusBadArg);
     EXPECT_EQ(made, nullptr);
+
+    int bytes = -7;
+    const auto measure = [&](Arguments a) { return getSize<T>(a.width, a.step, a.height, a.count, a.kind, &bytes); };
+    EXPECT_EQ(measure({.width = 0}), kindless);
+    EXPECT_EQ(measure({.step = 1, .kind = 1}), size);
+    EXPECT_EQ(measure({.count = 3, .kind = 1}), size);
+    EXPECT_EQ(measure({.height = 16384, .count = 16384, .kind = 1}), size);
+    EXPECT_EQ(measure({.width = 3, .step = INT_MAX, .height = 16383, .count = 16383, .kind = 1}), kelStatusNoMemory);
+    EXPECT_EQ(bytes, -7);
+    expectChecks<Places{.height = 2, .width = 0}>({null, size}, 1, getSize<T>);
+    expectChecks<Places{.height = 4, .width = 2}>({null, size}, 1, buildInPlace);
+    EXPECT_EQ(buildInPlace(static_cast<Codebook<T>*>(nullptr), rows, 2, 2, 3, 3, 3), kindless);
 }
 
 TYPED_TEST(Codebooks, UsersOfCodebooksCheckInOrder) {
     using T = TypeParam;
-    expectNullChecks(VQ(GetCdbkSize), VQ(CdbkFree), VQ(VQSingle_Thresh), VQ_DIST(Single_Thresh));
-    expectChecks<Places{-1, -1, 2}>({-8, -6}, 1, VQ(GetCodebook));
-    expectChecks<Places{-1, 3, 1}>({-8, -6}, 1, VQ(VQ), VQ_KERNEL(Full_A6), VQ_KERNEL(Full_A6_1));
-    expectChecks<Places{-1, 4, 1}>({-8, -6}, 1, VQ_DIST());
-    expectChecks<Places{-1, -1, 3}>({-8, -6}, 1, VQ(VQSingle_Sort));
-    expectChecks<Places{-1, -1, 4}>({-8, -6}, 1, VQ_DIST(Single_Sort));
+    const std::vector<KelStatus> order = {kelStatusNullPtr, kelStatusSize};
+    expectNullChecks(getCount, release, listNear, listNearWithDistances);
+    expectChecks<Places{.width = 2}>(order, 1, getCodevectors);
+    expectChecks<Places{.height = 3, .width = 1}>(order, 1, quantise, searchAll, kFixedWidths[0].searchAll);
+    expectChecks<Places{.height = 4, .width = 1}>(order, 1, quantiseWithDistances);
+    expectChecks<Places{.width = 3}>(order, 1, sort);
+    expectChecks<Places{.width = 4}>(order, 1, sortWithDistances);
 
-    // A step below the width, another width, another kind, too many, a factor below 1.
-    Owned<T> owned({1, 2, 3, 4, 5, 6}, {}, 2, 2, 3, 1);
-    auto* const c = owned.get();
+    Owned<T> owned({1, 2, 3, 4, 5, 6}, {}, 2, 2, 3, kelCdbkExhaustive);
+    auto* const codebook = owned.get();
     T x[6] = {-7};
-    Kel32s i[3] = {-7}, n = -7;
-    Distance<T> d[3] = {};
+    Kel32s index[3] = {-7}, count = -7;
+    Distance<T> distance[3] = {};
+    constexpr int tooSmallStep = 1, otherWidth = 3, tooMany = 4, scale = 0;
     for (const KelStatus status :
-         {VQ(GetCodebook)(c, x, 1), VQ(VQ)(x, 1, i, 3, c), callScaled(VQ_DIST(), 0, x, 1, i, d, 3, c),
-          VQ_KERNEL(Full_A6)(x, 1, i, 3, c, 2), VQ_KERNEL(Full_A6)(x, 3, i, 3, c, 3), VQ(VQSingle_Sort)(x, i, c, 4),
-          callScaled(VQ_DIST(Single_Sort), 0, x, i, d, c, 4)}) {
+         {getCodevectors(codebook, x, tooSmallStep), quantise(x, tooSmallStep, index, 3, codebook),
+          quantiseWithDistances.scaled(scale, x, tooSmallStep, index, distance, 3, codebook),
+          searchAll(x, tooSmallStep, index, 3, codebook, 2), searchAll(x, 3, index, 3, codebook, otherWidth),
+          sort(x, index, codebook, tooMany), sortWithDistances.scaled(scale, x, index, distance, codebook, tooMany)}) {
         EXPECT_EQ(status, kelStatusSize);
     }
-    EXPECT_EQ(VQ_KERNEL(KMeans_A6)(x, 2, i, 3, c, 2), kelStatusModeNotSupported);
+    EXPECT_EQ(searchTree(x, 2, index, 3, codebook, 2), kelStatusModeNotSupported);
     for (const Kel32f factor : {0.999f, NAN}) {
-        EXPECT_EQ(VQ(VQSingle_Thresh)(x, i, c, factor, &n), kelStatusBadArg);
-        EXPECT_EQ(callScaled(VQ_DIST(Single_Thresh), 0, x, i, d, c, factor, &n), kelStatusBadArg);
+        EXPECT_EQ(listNear(x, index, codebook, factor, &count), kelStatusBadArg);
+        EXPECT_EQ(listNearWithDistances.scaled(scale, x, index, distance, codebook, factor, &count), kelStatusBadArg);
     }
-    EXPECT_TRUE(x[0] == -7 && i[0] == -7 && n == -7 && VQ(GetCdbkSize)(c, &n) == 0 && n == 3);
-    Kel32s& kind = reinterpret_cast<Kel32s*>(c)[4];
-    EXPECT_EQ(std::exchange(kind, 4), 1);
-    EXPECT_EQ(VQ(CdbkFree)(c), kelStatusUnknownKind);
-    kind = 1;
-    EXPECT_EQ(VQ(CdbkFree)(owned.record.release()), 0);
+    EXPECT_TRUE(x[0] == -7 && index[0] == -7 && count == -7);
+    EXPECT_EQ(getCount(codebook, &count), kelStatusOk);
+    EXPECT_EQ(count, 3);
+    Kel32s& kind = reinterpret_cast<Kel32s*>(codebook)[4];
+    EXPECT_EQ(std::exchange(kind, 4), kelCdbkExhaustive);
+    EXPECT_EQ(release(codebook), kelStatusUnknownKind);
+    kind = kelCdbkExhaustive;
+    EXPECT_EQ(release(owned.record.release()), kelStatusOk);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// Statistics of columns, moments and covariances beside sums in extended precision.
 #include "kels/stats.h"
 
 #include "support/block.h"
@@ -6,7 +7,9 @@
 namespace {
 
 using namespace test;
-const std::vector<KelStatus> kStepFirst{-37, -8, -6}, kStepBetween{-8, -37, -6}, kStepLast{-8, -6, -37};
+const std::vector<KelStatus> kStepFirst = {kelStatusStep, kelStatusNullPtr, kelStatusSize};
+const std::vector<KelStatus> kStepSecond = {kelStatusNullPtr, kelStatusStep, kelStatusSize};
+const std::vector<KelStatus> kStepLast = {kelStatusNullPtr, kelStatusSize, kelStatusStep};
 
 // Calls a function of either layout, which may take weights.
 template <class T, class F, class... A>
@@ -56,20 +59,27 @@ void forBlocks(Body body) {
     }
 }
 
+// One array with a step, or row pointers; whether rows have weights.
+enum Layout { kRowPointers, kOneArray };
+enum Weights { kUnweighted, kWeighted };
+
 // A rounding for each addition, each product and each square.
-template <class T, bool d2, bool weighted, class Mean, class Var, class Both>
+template <class T, Layout layout, Weights weighted, class Mean, class Var, class Both>
 void expectColumns(Mean meanColumn, Var varColumn, Both meanVarColumn) {
-    constexpr int step = d2 ? 2 - weighted : -1, height = d2 && weighted ? 3 : 1 + weighted, width = 3 + d2 + weighted;
-    expectChecks<Places{step, height, width}>(weighted ? kStepBetween : kStepFirst, 1, meanColumn);
-    expectChecks<Places{step, height, width + 1}>(weighted ? kStepBetween : kStepFirst, 2 - weighted, varColumn);
-    expectChecks<Places{step, height, width + 1}>(weighted ? kStepBetween : kStepLast, 2 - weighted, meanVarColumn);
+    constexpr int step = layout ? 2 - weighted : -1, height = layout && weighted ? 3 : 1 + weighted,
+                  width = 3 + layout + weighted;
+    constexpr Places ofOne = {.step = step, .height = height, .width = width};
+    constexpr Places ofTwo = {.step = step, .height = height, .width = width + 1};
+    expectChecks<ofOne>(weighted ? kStepSecond : kStepFirst, 1, meanColumn);
+    expectChecks<ofTwo>(weighted ? kStepSecond : kStepFirst, 2 - weighted, varColumn);
+    expectChecks<ofTwo>(weighted ? kStepSecond : kStepLast, 2 - weighted, meanVarColumn);
     forBlocks<T>([=](auto& x, Random& random, int h, int w) {
         if (h < 2) return;
         const Guarded<T> weights(weighted ? random.vector<T>(h) : std::vector<T>(h, 1)), given(random.vector<T>(w, 2));
         Guarded<T> mean(w), var(given.vector()), m(w), v(w);
-        EXPECT_EQ(call(meanColumn, x, weights.data(), mean, w), 0);
-        EXPECT_EQ(call(varColumn, x, weights.data(), var, var, w), 0);
-        EXPECT_EQ(call(meanVarColumn, x, weights.data(), m, v, w), 0);
+        EXPECT_EQ(call(meanColumn, x, weights.data(), mean, w), kelStatusOk);
+        EXPECT_EQ(call(varColumn, x, weights.data(), var, var, w), kelStatusOk);
+        EXPECT_EQ(call(meanVarColumn, x, weights.data(), m, v, w), kelStatusOk);
         EXPECT_TRUE(sameBits(m, mean.vector()));
         const Real r = weighted ? 1 : static_cast<Kel32f>(1.0L / h),
                    r1 = weighted ? 1 : static_cast<Kel32f>(1.0L / (h - 1));
@@ -84,30 +94,38 @@ void expectColumns(Mean meanColumn, Var varColumn, Both meanVarColumn) {
         }
     });
 }
-#define COLUMNS(form, type_layout) \
-    kels##form##MeanColumn_##type_layout, kels##form##VarColumn_##type_layout, kels##form##MeanVarColumn_##type_layout
+
 TEST(ColumnStatistics, Float) {
-    expectColumns<Kel32f, true, false>(COLUMNS(, 32f_D2));
-    expectColumns<Kel32f, false, false>(COLUMNS(, 32f_D2L));
-    expectColumns<Kel32f, true, false>(kelsMeanCol_32f_D2, kelsVarCol_32f_D2, kelsMeanVarCol_32f_D2);
-    expectColumns<Kel32f, false, false>(kelsMeanCol_32f_D2L, kelsVarCol_32f_D2L, kelsMeanVarCol_32f_D2L);
-    expectColumns<Kel32f, true, true>(COLUMNS(Weighted, 32f_D2));
-    expectColumns<Kel32f, false, true>(COLUMNS(Weighted, 32f_D2L));
-    expectColumns<Kel64f, true, true>(COLUMNS(Weighted, 64f_D2));
-    expectColumns<Kel64f, false, true>(COLUMNS(Weighted, 64f_D2L));
+    expectColumns<Kel32f, kOneArray, kUnweighted>(kelsMeanColumn_32f_D2, kelsVarColumn_32f_D2,
+                                                  kelsMeanVarColumn_32f_D2);
+    expectColumns<Kel32f, kRowPointers, kUnweighted>(kelsMeanColumn_32f_D2L, kelsVarColumn_32f_D2L,
+                                                     kelsMeanVarColumn_32f_D2L);
+    expectColumns<Kel32f, kOneArray, kUnweighted>(kelsMeanCol_32f_D2, kelsVarCol_32f_D2, kelsMeanVarCol_32f_D2);
+    expectColumns<Kel32f, kRowPointers, kUnweighted>(kelsMeanCol_32f_D2L, kelsVarCol_32f_D2L, kelsMeanVarCol_32f_D2L);
+}
+
+TEST(ColumnStatistics, Weighted) {
+    expectColumns<Kel32f, kOneArray, kWeighted>(kelsWeightedMeanColumn_32f_D2, kelsWeightedVarColumn_32f_D2,
+                                                kelsWeightedMeanVarColumn_32f_D2);
+    expectColumns<Kel32f, kRowPointers, kWeighted>(kelsWeightedMeanColumn_32f_D2L, kelsWeightedVarColumn_32f_D2L,
+                                                   kelsWeightedMeanVarColumn_32f_D2L);
+    expectColumns<Kel64f, kOneArray, kWeighted>(kelsWeightedMeanColumn_64f_D2, kelsWeightedVarColumn_64f_D2,
+                                                kelsWeightedMeanVarColumn_64f_D2);
+    expectColumns<Kel64f, kRowPointers, kWeighted>(kelsWeightedMeanColumn_64f_D2L, kelsWeightedVarColumn_64f_D2L,
+                                                   kelsWeightedMeanVarColumn_64f_D2L);
 }
 
 // Sums to `unit` for each addition, rounded once more; whatever the width and the neighbours.
 template <class T, class D, class Round, class Sums, class AddSums, class... Scale>
 void expectSums(Round round, Real unit, Sums sums, AddSums addSums, Scale... scaleFactor) {
-    expectChecks<Places{1, 2, 5}>(kStepFirst, 1, sums, addSums);
+    expectChecks<Places{.step = 1, .height = 2, .width = 5}>(kStepFirst, 1, sums, addSums);
     forBlocks<T>([=](auto& x, Random& random, int h, int w) {
         Guarded<D> a(w), b(w), aI(random.vector<D>(w, 20)), bI(random.vector<D>(w, 30)), one(1), two(1);
         const auto oldA = aI.vector(), oldB = bI.vector();
         const auto added = [](D p, D q) { return std::is_integral_v<D> ? saturated<D>(Real(p) + q) : p + q; };
-        EXPECT_EQ(sums(x.d2, x.step, h, a, b, w, scaleFactor...), 0);
-        EXPECT_EQ(addSums(x.d2, x.step, h, aI, bI, w, scaleFactor...), 0);
-        EXPECT_EQ(sums(x.d2 + w / 2, x.step, h, one, two, 1, scaleFactor...), 0);
+        EXPECT_EQ(sums(x.d2, x.step, h, a, b, w, scaleFactor...), kelStatusOk);
+        EXPECT_EQ(addSums(x.d2, x.step, h, aI, bI, w, scaleFactor...), kelStatusOk);
+        EXPECT_EQ(sums(x.d2 + w / 2, x.step, h, one, two, 1, scaleFactor...), kelStatusOk);
         EXPECT_TRUE(one[0] == a[w / 2] && two[0] == b[w / 2]);
         for (int j = 0; j < w; ++j) {
             const auto exact = Moments(x, j);
@@ -129,10 +147,6 @@ TEST(ColumnStatistics, Sums) {
 
 // ---- 16 bits ---------------------------------------------------------------------------------------------------------
 
-// Both layouts give the first and the second result, or have the first one given.
-#define EXPECT_BOTH(first, second, form, ...)                               \
-    expect(first, second, kels##form##_D2##__VA_OPT__(Sfs), ##__VA_ARGS__); \
-    expect(first, second, kels##form##_D2L##__VA_OPT__(Sfs), ##__VA_ARGS__)
 TEST(ColumnStatistics, Fixed) {
     int sf = -3;
     forBlocks<Kel16s>([&](auto& x, auto&, int h, int w) {
@@ -151,24 +165,30 @@ TEST(ColumnStatistics, Fixed) {
             own32[j] = saturated<Kel32s>(scaled(sum.second - squared));
             whole[j] = saturated<Kel32s>(std::trunc(product(sum.second - std::trunc(squared), h - 1)));
         }
-        const auto expect = [&](const auto& first, const auto& second, auto f, auto... scaleFactor) {
-            Guarded a(first), b(second);
-            std::fill_n(b.data(), w, 7);
-            inEveryRoundingMode([&] { EXPECT_EQ(call<Kel16s>(f, x, nullptr, a, b, w, scaleFactor...), 0); },
-                                [&] { EXPECT_TRUE(a.vector() == first && b.vector() == second) << sf; });
+        // Both layouts give the first and the second result, or have the first one given.
+        const auto expectBoth = [&](const auto& first, const auto& second, auto oneArray, auto rowPointers,
+                                    auto... scaleFactor) {
+            const auto expect = [&](auto f) {
+                Guarded a(first), b(second);
+                std::fill_n(b.data(), w, 7);
+                const auto run = [&] { EXPECT_EQ(call<Kel16s>(f, x, nullptr, a, b, w, scaleFactor...), kelStatusOk); };
+                inEveryRoundingMode(run, [&] { EXPECT_TRUE(a.vector() == first && b.vector() == second) << sf; });
+            };
+            expect(oneArray);
+            expect(rowPointers);
         };
         const auto expectMean = [&](auto f) {
             Guarded<Kel16s> m(w);
-            inEveryRoundingMode([&] { EXPECT_EQ(call<Kel16s>(f, x, nullptr, m, w), 0); },
+            inEveryRoundingMode([&] { EXPECT_EQ(call<Kel16s>(f, x, nullptr, m, w), kelStatusOk); },
                                 [&] { EXPECT_EQ(m.vector(), mean); });
         };
         expectMean(kelsMeanColumn_16s_D2);
         expectMean(kelsMeanColumn_16s_D2L);
         if (h < 2) return;
-        EXPECT_BOTH(half, var, VarColumn_16s, sf);
-        EXPECT_BOTH(mean, own, MeanVarColumn_16s, sf);
-        EXPECT_BOTH(mean32, own32, MeanVarColumn_16s32s, sf);
-        EXPECT_BOTH(mean, whole, MeanVarColumn_16s16s32s);
+        expectBoth(half, var, kelsVarColumn_16s_D2Sfs, kelsVarColumn_16s_D2LSfs, sf);
+        expectBoth(mean, own, kelsMeanVarColumn_16s_D2Sfs, kelsMeanVarColumn_16s_D2LSfs, sf);
+        expectBoth(mean32, own32, kelsMeanVarColumn_16s32s_D2Sfs, kelsMeanVarColumn_16s32s_D2LSfs, sf);
+        expectBoth(mean, whole, kelsMeanVarColumn_16s16s32s_D2, kelsMeanVarColumn_16s16s32s_D2L);
     });
 }
 
@@ -192,9 +212,9 @@ TEST(Moments, VarianceFromSums) {
 // Extended precision all the way, and one rounding to double; nothing is written between the rows.
 template <class T, class D2, class D2L>
 void expectCovariance(D2 blocks, D2L lists) {
-    expectChecks<Places{1, 2, 5}>(kStepLast, 1, blocks);
-    expectChecks<Places{6, 2, 5}>(kStepLast, 1, blocks);
-    expectChecks<Places{-1, 1, 4}>(kStepLast, 1, lists);
+    expectChecks<Places{.step = 1, .height = 2, .width = 5}>(kStepLast, 1, blocks);
+    expectChecks<Places{.step = 6, .height = 2, .width = 5}>(kStepLast, 1, blocks);
+    expectChecks<Places{.height = 1, .width = 4}>(kStepLast, 1, lists);
     Random random(6);
     for (const auto& [h, w] : {std::pair(50, 39), {1, 1}, {2, 2}, {5, 3}, {20, 4}, {1, 5}, {2, 7}, {5, 8}, {20, 13}}) {
         Block<T> x(h, w, w + (w + h) % 3, [&] { return random.value<T>(4); });
@@ -206,8 +226,8 @@ void expectCovariance(D2 blocks, D2L lists) {
         auto expected = before;
         std::vector<Kel64f*> rows;
         for (int i = 0; i < w; ++i) rows.push_back(&again[i * step]);
-        EXPECT_EQ(blocks(x.d2, x.step, h, m, matrix, w, step, val), 0);
-        EXPECT_EQ(lists(x.pointers.data(), h, m, rows.data(), w, val), 0);
+        EXPECT_EQ(blocks(x.d2, x.step, h, m, matrix, w, step, val), kelStatusOk);
+        EXPECT_EQ(lists(x.pointers.data(), h, m, rows.data(), w, val), kelStatusOk);
         for (int i = 0; i < w * w; ++i) {
             const int row = std::min(i / w, i % w), column = std::max(i / w, i % w);
             __float128 sum = 0, magnitude = 0;
@@ -233,12 +253,13 @@ TEST(Covariance, AboutTheMeanOfTheHigherColumn) {
 }
 
 TEST(Statistics, ChecksInTheirOrder) {
-    expectChecks<Places{2, 1, 4}>(kStepFirst, 1, kelsMeanColumn_16s_D2);
-    expectChecks<Places{2, 1, 5}>(kStepLast, 2, kelsVarColumn_16s_D2Sfs, kelsMeanVarColumn_16s_D2Sfs,
-                                  kelsMeanVarColumn_16s32s_D2Sfs, kelsMeanVarColumn_16s16s32s_D2);
-    expectChecks<Places{-1, 1, 3}>(kStepLast, 1, kelsMeanColumn_16s_D2L);
-    expectChecks<Places{-1, 1, 4}>(kStepLast, 2, kelsVarColumn_16s_D2LSfs, kelsMeanVarColumn_16s_D2LSfs,
-                                   kelsMeanVarColumn_16s32s_D2LSfs, kelsMeanVarColumn_16s16s32s_D2L);
+    expectChecks<Places{.step = 2, .height = 1, .width = 4}>(kStepFirst, 1, kelsMeanColumn_16s_D2);
+    expectChecks<Places{.step = 2, .height = 1, .width = 5}>(
+        kStepLast, 2, kelsVarColumn_16s_D2Sfs, kelsMeanVarColumn_16s_D2Sfs, kelsMeanVarColumn_16s32s_D2Sfs,
+        kelsMeanVarColumn_16s16s32s_D2);
+    expectChecks<Places{.height = 1, .width = 3}>(kStepLast, 1, kelsMeanColumn_16s_D2L);
+    expectChecks<Places{.height = 1, .width = 4}>(kStepLast, 2, kelsVarColumn_16s_D2LSfs, kelsMeanVarColumn_16s_D2LSfs,
+                                                  kelsMeanVarColumn_16s32s_D2LSfs, kelsMeanVarColumn_16s16s32s_D2L);
     expectVectorChecks(kStepLast, kelsNewVar_32f, kelsNewVar_32f_I, kelsNewVar_32s_Sfs, kelsNewVar_32s_ISfs);
 }
 
