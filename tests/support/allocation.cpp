@@ -1,43 +1,55 @@
 #include "support/allocation.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 
 namespace {
-thread_local bool watching = false;
-thread_local int failAtCall, mallocCalls, live;
-}  // namespace
+thread_local test::AllocationWatch* watching = nullptr;
+}
 
 extern "C" {
 void* __real_malloc(std::size_t size);
 void __real_free(void* p);
 
 void* __wrap_malloc(std::size_t size) {
-    if (watching && mallocCalls++ == failAtCall) return nullptr;
-    void* const p = __real_malloc(size);
-    live += watching && p != nullptr;
-    return p;
+    return watching == nullptr ? __real_malloc(size) : watching->allocate(size, __real_malloc);
 }
 void __wrap_free(void* p) {
-    live -= watching && p != nullptr;
+    if (watching != nullptr) watching->release(p);
     __real_free(p);
 }
 }
 
 namespace test {
 
-AllocationWatch::AllocationWatch(int failAt) {
-    watching = true;
-    failAtCall = failAt;
-    mallocCalls = live = 0;
+AllocationWatch::AllocationWatch(int failAt) : failAt_(failAt), outer_(watching) {
+    watching = this;
 }
 AllocationWatch::~AllocationWatch() {
-    watching = false;
+    watching = outer_;
 }
-int AllocationWatch::calls() const {
-    return mallocCalls;
+void AllocationWatch::restart(int failAt, std::size_t largest, int fill) {
+    failAt_ = failAt;
+    largest_ = largest;
+    fill_ = fill;
+    calls_ = refusals_ = 0;
 }
-int AllocationWatch::unreleased() const {
-    return live;
+void* AllocationWatch::allocate(std::size_t size, void* (*allocator)(std::size_t)) {
+    const bool refused = calls_++ == failAt_ || size > largest_;
+    void* const p = refused ? nullptr : allocator(size);
+    refusals_ += refused;
+    if (p == nullptr) return p;
+    if (fill_ >= 0) std::memset(p, fill_, size);
+    ++unreleased_;
+    blocks_.push_back({p, size});
+    return p;
+}
+void AllocationWatch::release(void* p) {
+    if (p == nullptr) return;
+    --unreleased_;
+    const auto found = std::find_if(blocks_.begin(), blocks_.end(), [p](const Block& b) { return b.at == p; });
+    if (found != blocks_.end()) blocks_.erase(found);
 }
 
 }  // namespace test

@@ -1,20 +1,43 @@
 // Lets the n-th allocation of a call fail and counts what is not released.
 #pragma once
 
-#include <gtest/gtest.h>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 #include "kels/core.h"
 
 namespace test {
 
 // While an object lives, this thread's calls of malloc are counted and the one with number `failAt` (from 0) gives
-// null; -1 lets all succeed.
+// null; -1 lets all succeed.  Of several objects the youngest watches.
 class AllocationWatch {
   public:
+    struct Block {
+        void* at;
+        std::size_t size;
+    };
     explicit AllocationWatch(int failAt = -1);
     ~AllocationWatch();
-    int calls() const;       // of malloc
-    int unreleased() const;  // successful calls less calls of free
+    AllocationWatch(const AllocationWatch&) = delete;
+    AllocationWatch& operator=(const AllocationWatch&) = delete;
+
+    int calls() const { return calls_; }                          // of malloc
+    int refusals() const { return refusals_; }                    // of these, those that were given null
+    int unreleased() const { return unreleased_; }                // successful calls less calls of free
+    const std::vector<Block>& blocks() const { return blocks_; }  // what is not released
+
+    // Counts calls from 0 again; refuses also what is larger than `largest`; fills blocks with a byte unless it is -1.
+    void restart(int failAt, std::size_t largest = SIZE_MAX, int fill = -1);
+
+    void* allocate(std::size_t size, void* (*allocator)(std::size_t));
+    void release(void* p);
+
+  private:
+    int failAt_, fill_ = -1, calls_ = 0, refusals_ = 0, unreleased_ = 0;
+    std::size_t largest_ = SIZE_MAX;
+    std::vector<Block> blocks_;
+    AllocationWatch* outer_;
 };
 
 // Runs `attempt` with its first allocation failing, then its second, and so on until it allocates no further.
@@ -30,25 +53,6 @@ void failEachAllocation(Attempt attempt) {
         }
         if (calls <= n) return;
     }
-}
-
-// For objects whose release keeps their own small block: whichever allocation of make(&object) fails, the object is null
-// (after the first) or `release` takes it, even twice; `released` sees it last.
-template <class T, class Make, class Released>
-void expectReleasable(Make make, KelStatus (*release)(T*), Released released) {
-    failEachAllocation([&](int n, const AllocationWatch& watch) {
-        auto* object = reinterpret_cast<T*>(&n);
-        const KelStatus status = make(&object);
-        EXPECT_EQ(status, watch.calls() > n ? kelStatusNoMemory : kelStatusOk);
-        EXPECT_EQ(object == nullptr, n == 0);
-        if (object == nullptr) return;
-        for (int twice = 0; twice < 2; ++twice) {
-            EXPECT_EQ(release(object), kelStatusOk);
-            EXPECT_EQ(watch.unreleased(), 1);
-        }
-        released(object);
-        kelsFree(object);
-    });
 }
 
 }  // namespace test

@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "kels/types.h"
+
+#include "support/allocation.h"
 #include "support/forms.h"
 
 namespace test {
@@ -125,5 +127,24 @@ struct Apart<f> {
 };
 template <auto f>
 constexpr auto apart = &Apart<f>::call;
+
+// For objects whose release keeps their own small block: whichever allocation of make(&object) fails, the object is null
+// (after the first) or `release` takes it, even twice; `released` sees it last.
+template <class T, class Make, class Released>
+void expectReleasable(Make make, KelStatus (*release)(T*), Released released) {
+    failEachAllocation([&](int n, const AllocationWatch& watch) {
+        auto* object = reinterpret_cast<T*>(&n);
+        const KelStatus status = make(&object);
+        EXPECT_EQ(status, watch.calls() > n ? kelStatusNoMemory : kelStatusOk);
+        EXPECT_EQ(object == nullptr, n == 0);
+        if (object == nullptr) return;
+        for (int twice = 0; twice < 2; ++twice) {
+            EXPECT_EQ(release(object), kelStatusOk);
+            EXPECT_EQ(watch.unreleased(), 1);
+        }
+        released(object);
+        kelsFree(object);
+    });
+}
 
 }  // namespace test

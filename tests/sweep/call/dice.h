@@ -1,0 +1,36 @@
+// Random choices, fast and repeatable.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+namespace sweep {
+
+class Dice {
+  public:
+    explicit Dice(uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 1) {}
+    uint64_t bits() {
+        state_ += 0x9E3779B97F4A7C15U;
+        uint64_t z = state_;
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9U;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBU;
+        return z ^ (z >> 31);
+    }
+    int64_t between(int64_t low, int64_t high) {  // both included
+        return low + static_cast<int64_t>(bits() % (static_cast<uint64_t>(high - low) + 1));
+    }
+    bool oneIn(int n) { return bits() % static_cast<uint64_t>(n) == 0; }
+    double uniform() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
+    // A full random mantissa over some binades, of either sign.
+    double ordinary() {
+        const uint64_t b = bits();
+        const double mantissa = 1 + static_cast<double>(b >> 11) * 0x1p-53;
+        return std::bit_cast<double>(std::bit_cast<uint64_t>(mantissa) + ((b & 15) << 52) - (uint64_t{8} << 52)) *
+               (b & 16 ? 1 : -1);
+    }
+
+  private:
+    uint64_t state_;
+};
+
+}  // namespace sweep

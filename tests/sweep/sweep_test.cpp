@@ -1,0 +1,208 @@
+// Every exported function, tried by its rule: faults alone and in pairs, good calls over different garbage, failing
+// allocations, rounding modes, use in place, calls from several threads.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <set>
+#include <thread>
+
+#include "sweep/call/call.h"
+
+namespace sweep {
+namespace {
+
+// What a crash leaves of the call that it happened in.
+Call* current = nullptr;
+void onCrash(int signal) {
+    if (current != nullptr) std::fprintf(stderr, "signal %d in %s\n", signal, current->text().c_str());
+    _exit(3);
+}
+
+Memory& memory() {
+    static Memory* const all = new Memory;
+    return *all;
+}
+
+// A way in which an argument is chosen.
+struct Choice {
+    enum How { Null, Value, Below, Above, Beside } how;
+    std::size_t argument;
+    double value = 0;
+    std::size_t other = 0;
+    void apply(Call& call) const {
+        if (how == Null) call.setNull(argument);
+        if (how == Value) call.pin(argument, value);
+        if (how == Below || how == Above) call.pinBeyond(argument, how == Above);
+        if (how == Beside) call.pinBeside(argument, other, value);
+    }
+};
+
+// Null for each pointer; for each scalar the ends of its type, zero, what overflows 32 bits when multiplied, what is
+// next to the numbers of the checks, to its range and to the other scalars.
+std::vector<Choice> choices(const Signature& s) {
+    std::vector<double> numbers;
+    for (const Check& check : s.checks) {
+        for (const double v : check.expression.numbers()) numbers.push_back(v);
+    }
+    std::vector<Choice> all;
+    for (std::size_t a = 0; a < s.arguments.size(); ++a) {
+        const Argument& argument = s.arguments[a];
+        if (argument.trusted) continue;
+        if (!argument.scalar) {
+            if (!s.notes("nonull") && !argument.nullable) all.push_back({Choice::Null, a});
+            continue;
+        }
+        if (argument.low) all.insert(all.end(), {{Choice::Below, a}, {Choice::Above, a}});
+        if (argument.type.kind == Kind::Float) {
+            for (const double v : {0.0, -1.0, std::nan(""), HUGE_VAL, -HUGE_VAL}) all.push_back({Choice::Value, a, v});
+            for (const double v : numbers) {
+                for (const double near : {v, v * (1 - 1e-6), v * (1 + 1e-6)}) all.push_back({Choice::Value, a, near});
+            }
+        } else {
+            for (const double v : {0.0, -1.0, -0x1p31, 0x1p31 - 1, 0x1p16, 0x1p30 + 1})
+                all.push_back({Choice::Value, a, v});
+            for (const double v : numbers) {
+                for (const double near : {v - 1, v, v + 1}) all.push_back({Choice::Value, a, near});
+            }
+            for (std::size_t other = 0; other < s.arguments.size(); ++other) {
+                if (other == a || !s.arguments[other].scalar || s.arguments[other].type.kind != Kind::Int) continue;
+                all.push_back({Choice::Beside, a, -1, other});
+                all.push_back({Choice::Beside, a, 1, other});
+            }
+        }
+    }
+    return all;
+}
+
+// What is wrong with the call under these choices, faulty or not.
+std::string tryChoices(const Signature& s, uint64_t seed, std::initializer_list<const Choice*> chosen,
+                       bool* faulty = nullptr) {
+    Dice dice(seed);
+    Call call(s, memory(), dice, 20);
+    for (const Choice* choice : chosen) choice->apply(call);
+    if (!call.prepare()) return "";
+    current = &call;
+    const bool fault = call.expected() != 0;
+    if (faulty != nullptr) *faulty = fault;
+    const std::string wrong = fault ? call.tryFault() : call.tryGood();
+    current = nullptr;
+    return wrong.empty() ? "" : call.text() + ": " + wrong;
+}
+
+class Sweep : public ::testing::TestWithParam<int> {
+  protected:
+    static constexpr int kParts = 4;
+    static void SetUpTestSuite() {
+        for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) std::signal(signal, onCrash);
+    }
+    // Every function of this part, the first few failures of each.
+    template <class Try>
+    void each(Try attempt) {
+        const auto& all = signatures();
+        for (std::size_t n = static_cast<std::size_t>(GetParam()); n < all.size(); n += kParts) {
+            int failures = 0;
+            attempt(all[n], [&](const std::string& wrong) {
+                if (!wrong.empty() && ++failures <= 3) ADD_FAILURE() << wrong;
+            });
+        }
+    }
+    // Good calls with what `attempt` says is wrong with each.
+    void eachGood(int times, int largest, std::string (Call::*attempt)()) {
+        each([&](const Signature& s, auto report) {
+            for (int k = 0; k < times; ++k) {
+                Dice dice(static_cast<uint64_t>(k) + 1);
+                Call call(s, memory(), dice, largest);
+                if (!call.prepare() || call.expected() != 0) continue;
+                current = &call;
+                const std::string wrong = (call.*attempt)();
+                report(wrong.empty() ? "" : call.text() + ": " + wrong);
+                current = nullptr;
+            }
+        });
+    }
+};
+
+TEST_P(Sweep, FaultsHaveTheirStatusAndWriteNothing) {
+    each([](const Signature& s, auto report) {
+        const std::vector<Choice> all = choices(s);
+        uint64_t seed = 1;
+        int faults = 0;
+        for (const Choice& choice : all) {
+            bool faulty = false;
+            report(tryChoices(s, ++seed, {&choice}, &faulty));
+            faults += faulty;
+        }
+        Dice dice(7);
+        for (int k = 0; k < 300 && all.size() > 1; ++k) {
+            const auto last = static_cast<int64_t>(all.size()) - 1;
+            const Choice &first = all[static_cast<std::size_t>(dice.between(0, last))],
+                         &second = all[static_cast<std::size_t>(dice.between(0, last))];
+            if (first.argument != second.argument) report(tryChoices(s, ++seed, {&first, &second}));
+        }
+        if (!s.checks.empty() && faults == 0) report(std::string(s.function.name) + ": no fault was tried");
+    });
+}
+
+TEST_P(Sweep, GoodCallsDependOnTheirArgumentsAlone) {
+    eachGood(120, 40, &Call::tryGood);
+}
+TEST_P(Sweep, LongArraysToo) {
+    eachGood(20, 700, &Call::tryGood);
+}
+TEST_P(Sweep, EveryAllocationMayFail) {
+    eachGood(24, 200, &Call::tryFailingAllocations);
+}
+TEST_P(Sweep, ControlWordsStayAndIntegersRoundInTheirOwnWay) {
+    eachGood(30, 40, &Call::tryRoundingModes);
+}
+TEST_P(Sweep, DestinationsMayBeSourcesWhereTheRuleSaysSo) {
+    eachGood(60, 60, &Call::tryInPlace);
+}
+
+TEST_P(Sweep, ThreadsShareWhatIsOnlyRead) {
+    constexpr std::size_t kThreads = 4;
+    static Memory* const memories = new Memory[kThreads];
+    each([](const Signature& s, auto report) {
+        std::vector<std::unique_ptr<Dice>> dice;
+        std::vector<std::unique_ptr<Call>> threadCalls;
+        for (std::size_t t = 0; t < kThreads; ++t) {
+            dice.push_back(std::make_unique<Dice>(5));
+            threadCalls.push_back(std::make_unique<Call>(s, memories[t], *dice[t], 60));
+            if (!threadCalls[t]->prepare() || threadCalls[t]->expected() != 0 || !threadCalls[t]->reusable()) return;
+        }
+        for (auto& call : threadCalls) call->shareWith(*threadCalls[0]);
+        std::vector<std::thread> threads;
+        std::vector<KelStatus> statuses(kThreads);
+        for (std::size_t t = 0; t < kThreads; ++t) {
+            threads.emplace_back([&, t] { statuses[t] = threadCalls[t]->plainCall(); });
+        }
+        for (auto& thread : threads) thread.join();
+        for (std::size_t t = 1; t < kThreads; ++t) {
+            const bool same = statuses[t] == statuses[0] && threadCalls[t]->outputs() == threadCalls[0]->outputs();
+            report(same ? "" : threadCalls[t]->text() + ": another result on another thread");
+        }
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(, Sweep, ::testing::Range(0, 4));
+
+// Names that the library exports and the table does not know, or the other way round.
+TEST(Table, HasARuleForEveryExportedFunction) {
+    std::ifstream in(KELS_EXPORTED_NAMES);
+    std::set<std::string> exported, ruled(apart().begin(), apart().end());
+    for (std::string name; in >> name;) exported.insert(name);
+    ASSERT_GT(exported.size(), 700U);
+    for (const Signature& s : signatures()) {
+        EXPECT_TRUE(ruled.insert(s.function.name).second) << s.function.name << " has two rules";
+    }
+    for (const std::string& name : exported) EXPECT_TRUE(ruled.count(name)) << name << " has no rule";
+    for (const std::string& name : ruled) EXPECT_TRUE(exported.count(name)) << name << " is not exported";
+}
+
+}  // namespace
+}  // namespace sweep
