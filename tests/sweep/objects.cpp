@@ -166,6 +166,16 @@ Object detector(Dice& dice, int) {
     return object;
 }
 
+// A state in bytes, as its Init leaves it.
+template <auto sizeOf, auto init>
+Object stateBytes(Dice&, int) {
+    int bytes;
+    MAKE(sizeOf(&bytes));
+    Object object = inMemory(bytes);
+    MAKE(init(object.memory->data()));
+    return object;
+}
+
 // ---- scoring, training ----------------------------------------------------------------------------------------------
 
 template <class Matrix, class T>
@@ -310,6 +320,12 @@ const std::map<std::string, ObjectKind> kKinds = {
     {"DCT_16s", handle<kelsDCTLifterFree_16s, KelDCTLifterState_16s>(dct_16s)},
     {"DCTBuffer_16s", handle<kelsDCTLifterFree_16s, KelDCTLifterState_16s>(dctBuffer_16s)},
     {"VAD", {detector, nothing, nothing}},
+    {"Nest", {stateBytes<kelsVADNestGetBufSize_Aurora_32f, kelsVADNestInit_Aurora_32f>, nothing, nothing}},
+    {"Gain",
+     {stateBytes<kelsGainFactorizationGetBufSize_Aurora_32f, kelsGainFactorizationInit_Aurora_32f>, nothing, nothing}},
+    {"LowHigh",
+     {stateBytes<kelsLowHighFilterGetBufSize_Aurora_32f, kelsLowHighFilterInit_Aurora_32f>, nothing, nothing}},
+    {"HighBand", {stateBytes<kelsHighBandGetBufSize_Aurora_32f, kelsHighBandInit_Aurora_32f>, nothing, nothing}},
     {"Block_16s", owned<kelsBlockDMatrixFree_16s, KelBlockDMatrix_16s>(block_16s)},
     {"Block_32f", owned<kelsBlockDMatrixFree_32f, KelBlockDMatrix_32f>(block_32f)},
     {"Block_64f", owned<kelsBlockDMatrixFree_64f, KelBlockDMatrix_64f>(block_64f)},

@@ -109,5 +109,6 @@ Rules codebookRules();
 Rules matchRules();
 Rules enhanceRules();
 Rules resampleRules();
+Rules auroraRules();
 
 }  // namespace sweep

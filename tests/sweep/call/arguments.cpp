@@ -52,8 +52,6 @@ std::size_t sizeOf(const Argument& argument) {
 
 }  // namespace
 
-long Call::calls = 0;
-
 Call::Call(const Signature& signature, Memory& memory, Dice& dice, int largest)
     : s_(signature), memory_(memory), dice_(dice), largest_(largest) {
     const std::size_t n = s_.arguments.size();
