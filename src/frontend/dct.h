@@ -6,7 +6,7 @@
 
 #include "core/check.h"
 #include "core/scaling.h"
-#include "core/simd/rows.h"
+#include "core/simd/row_sums.h"
 #include "core/simd/vec.h"
 #include "core/vector/convert.h"
 #include "kels/dct.h"

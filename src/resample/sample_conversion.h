@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include "core/scaling.h"
-#include "core/simd/rows.h"
+#include "core/simd/part_vector.h"
 #include "core/simd/vec.h"
 #include "core/vector/convert.h"
 #include "kels/types.h"

@@ -7,7 +7,7 @@
 #include "core/scaling.h"
 #include "core/simd/in_order.h"
 #include "core/simd/integers.h"
-#include "core/simd/rows.h"
+#include "core/simd/part_vector.h"
 #include "core/simd/vec.h"
 #include "core/vector/fill_copy.h"
 #include "kels/types.h"

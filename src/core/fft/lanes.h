@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "core/simd/floats.h"
+#include "core/fft/floats.h"
 #include "kels/types.h"
 
 namespace kels {

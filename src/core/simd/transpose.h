@@ -10,6 +10,19 @@
 
 namespace kels {
 
+// Four values of each of four rows turned over: dst[k * stride + j] = rows[j][k].
+inline void transpose4(const float* const rows[4], float* dst, std::size_t stride) {
+    __m128 a = _mm_loadu_ps(rows[0]);
+    __m128 b = _mm_loadu_ps(rows[1]);
+    __m128 c = _mm_loadu_ps(rows[2]);
+    __m128 d = _mm_loadu_ps(rows[3]);
+    _MM_TRANSPOSE4_PS(a, b, c, d);
+    _mm_storeu_ps(dst, a);
+    _mm_storeu_ps(dst + stride, b);
+    _mm_storeu_ps(dst + 2 * stride, c);
+    _mm_storeu_ps(dst + 3 * stride, d);
+}
+
 // Component k of row j goes to data[k * stride + j]; stride >= height.
 template <class Rows, class T>
 void transpose(const Rows& rows, std::size_t height, std::size_t width, T* data, std::size_t stride) {

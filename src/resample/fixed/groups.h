@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "core/simd/rows.h"
+#include "core/simd/row_sums.h"
 #include "core/simd/vec.h"
 #include "resample/fixed/state.h"
 #include "resample/sample_conversion.h"

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "core/simd/rows.h"
+#include "core/simd/row_sums.h"
 #include "core/simd/vec.h"
 #include "resample/fixed/state.h"
 #include "resample/sample_conversion.h"

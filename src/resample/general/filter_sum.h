@@ -6,7 +6,7 @@
 #include <cstddef>
 
 #include "core/memory.h"
-#include "core/simd/rows.h"
+#include "core/simd/row_sums.h"
 #include "core/simd/vec.h"
 #include "resample/sample_conversion.h"
 

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "core/memory.h"
-#include "core/simd/rows.h"
+#include "core/simd/row_sums.h"
 #include "core/simd/vec.h"
 #include "resample/general/filter_rows.h"
 #include "resample/general/filter_sum.h"

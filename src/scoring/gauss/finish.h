@@ -24,7 +24,7 @@
 #include <cstdint>
 
 #include "core/scaling.h"
-#include "core/simd/rows.h"
+#include "core/simd/row_sums.h"
 #include "kels/types.h"
 
 namespace kels::gauss {

@@ -23,7 +23,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "core/simd/rows.h"
+#include "core/simd/row_sums.h"
 #include "core/simd/vec.h"
 #include "kels/types.h"
 

@@ -36,7 +36,8 @@
 
 #include "core/check.h"
 #include "core/rows.h"
-#include "core/simd/rows.h"
+#include "core/simd/part_vector.h"
+#include "core/simd/row_sums.h"
 #include "core/simd/vec.h"
 #include "scoring/gauss/finish.h"
 #include "scoring/gauss/terms.h"

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "core/simd/pieces.h"
+#include "scoring/log/pieces.h"
 #include "core/simd/vec.h"
 #include "kels/types.h"
 #include "scoring/log/constants.h"

@@ -9,7 +9,8 @@
 #include <limits>
 #include <type_traits>
 
-#include "core/simd/rows.h"
+#include "core/simd/part_vector.h"
+#include "core/simd/row_sums.h"
 #include "core/simd/vec.h"
 #include "training/codebook/codebook.h"
 #include "training/codebook/tree/node.h"
