@@ -1,5 +1,5 @@
-// Suppression gains from signal-to-noise ratios.  In the integer forms ratios have kSnrBits fraction bits and gains have
-// kGainBits.
+// Suppression gains from signal-to-noise ratios.  In the integer forms ratios have kSnrBits fraction bits and gains
+// have kGainBits.
 #pragma once
 
 #include <algorithm>
@@ -49,8 +49,8 @@ inline void wienerGains(const Kel32s* snr, Kel32s* gain, std::size_t len) {
 
 // ---- Ephraim and Malah ---------------------------------------------------------------------------------------------
 
-// The gain is sqrt(r (r + (pi/4) / g)) F(v), with r = x / (1 + x) and v = r g: the first factor has its limits for small
-// and for large v, and F, which lies between 0.94 and 1.04, brings what is missing.  It is a polynomial of
+// The gain is sqrt(r (r + (pi/4) / g)) F(v), with r = x / (1 + x) and v = r g: the first factor has its limits for
+// small and for large v, and F, which lies between 0.94 and 1.04, brings what is missing.  It is a polynomial of
 // w = (v - 2.5) / (v + 2.5), which runs from -1 to 1, to 1.1e-7.
 struct EphraimMalahRule {
     static constexpr Kel32f kCentre = 2.5f, kQuarterPi = static_cast<Kel32f>(kPi / 4);
