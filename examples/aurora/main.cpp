@@ -13,7 +13,7 @@
 #include "common/aurora_stream.h"
 #include "common/sample_input.h"
 #include "common/sound_output.h"
-#include "resample/stream.h"
+#include "common/stream.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "common/sound_output.h"
-#include "stream.h"
+#include "common/stream.h"
 
 namespace {
 

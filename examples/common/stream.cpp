@@ -1,4 +1,4 @@
-#include "stream.h"
+#include "common/stream.h"
 
 #include <algorithm>
 #include <cmath>
