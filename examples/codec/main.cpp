@@ -11,6 +11,7 @@
 #include <numbers>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kels.h"
@@ -196,9 +197,10 @@ void run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const bool help = argc == 2 && std::string_view(argv[1]) == "--help";
     if (argc < 2 || argv[1][0] == '-') {
-        std::fprintf(stderr, "usage: codec RECORDING.wav|FOLDER...\n");
-        return 2;
+        std::fprintf(help ? stdout : stderr, "usage: codec RECORDING.wav|FOLDER...\n");
+        return help ? 0 : 2;
     }
     try {
         run(argc, argv);
