@@ -85,7 +85,7 @@ template <int kStride, class Sum, class T, class Score>
 __attribute__((noinline)) void plain(Problem<T, Score>& p) {
     loops<kStride, Sum>(p);
 }
-// The order of sums freed by hand: eight partial sums, which the compiler makes a vector of.
+// The order of sums left to the compiler, which makes vectors of them.
 template <int kStride>
 FREE_ORDER void freeOrder(Problem<float, float>& p) {
     for (int g = 0; g < kRows; ++g) {

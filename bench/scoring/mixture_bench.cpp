@@ -1,5 +1,5 @@
-// One vector under a mixture of `components` Gaussians of 39 dimensions: the log likelihood of the mixture, beside Eigen
-// (scores and log-sum-exp in its vectorised functions), OpenBLAS (the expanded form as one product, then the same
+// One vector under a mixture of `components` Gaussians of 39 dimensions: the log likelihood of the mixture, beside
+// Eigen (scores and log-sum-exp in its vectorised functions), OpenBLAS (the expanded form as one product, then the same
 // log-sum-exp), and plain loops at -O3 with the C library's functions.  64 vectors a round, the mixture stays in cache.
 #include <benchmark/benchmark.h>
 #include <kels.h>
@@ -24,8 +24,12 @@ constexpr int kWidth = 39, kVectors = 64;
 // Components close enough that several of them matter for a vector.
 struct Mixture {
     explicit Mixture(const benchmark::State& state)
-        : components(static_cast<int>(state.range(0))), means(size(components)), ivars(size(components)),
-          constants(static_cast<std::size_t>(components)), vectors(size(kVectors)), scores(kVectors) {
+        : components(static_cast<int>(state.range(0))),
+          means(size(components)),
+          ivars(size(components)),
+          constants(static_cast<std::size_t>(components)),
+          vectors(size(kVectors)),
+          scores(kVectors) {
         std::mt19937 engine(11);
         std::normal_distribution<float> mean(0, 0.3f), value(0, 1);
         std::uniform_real_distribution<float> variance(0.8f, 1.2f);

@@ -89,13 +89,12 @@ auto inOrder(const Arguments<S, R>& a) {
     }
 }
 
-// Calls action(scorer) for a function of this kind.  Its types, its layout and whether it has a scale factor are read off
-// its parameters.
+// Calls action(scorer) for a function of this kind.  Its types, its layout and whether it has a scale factor are read
+// off its parameters.
 template <Kind kind, class Action, class... A>
 void withScorer(const std::string& name, KelStatus (*f)(A...), const Action& action) {
-    using S = std::remove_const_t<std::remove_pointer_t<std::conditional_t<
-        std::is_pointer_v<std::remove_pointer_t<std::tuple_element_t<0, std::tuple<A...>>>>,
-        std::remove_pointer_t<std::tuple_element_t<0, std::tuple<A...>>>, std::tuple_element_t<0, std::tuple<A...>>>>>;
+    using Pointed = std::remove_pointer_t<std::tuple_element_t<0, std::tuple<A...>>>;
+    using S = std::remove_const_t<std::remove_pointer_t<Pointed>>;
     constexpr bool wide = (std::is_same_v<A, Kel64f*> || ...), integer = (std::is_same_v<A, Kel32s*> || ...);
     using R = std::conditional_t<wide, Kel64f, std::conditional_t<integer, Kel32s, Kel32f>>;
     constexpr bool rowPointers = (std::is_same_v<A, const S**> || ...);

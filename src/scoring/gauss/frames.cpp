@@ -1,4 +1,5 @@
 // Frames of floats under one Gaussian: scores and Mahalanobis distances.
+// Names with a 1 forward to those without it.
 #include "kels/block.h"
 
 #include "scoring/checks.h"

@@ -1,4 +1,5 @@
 // Frames of 16-bit integers under one Gaussian.
+// Forms without a scale factor, and Low forms whose scores are floats, forward to the scaled ones.
 #include "kels/block.h"
 
 #include "scoring/checks.h"

@@ -1,4 +1,5 @@
 // One vector under many Gaussians: scores and Mahalanobis distances.
+// Names with a 2 forward to those of MultiMix, and forms without a scale factor to the scaled ones.
 #include "kels/block.h"
 
 #include "scoring/checks.h"

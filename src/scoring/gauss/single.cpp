@@ -1,4 +1,5 @@
 // One vector under one Gaussian, with inverse variances or unit variances.
+// Forms without a scale factor, and Low forms whose scores are floats, forward to the scaled ones.
 #include "kels/gauss.h"
 
 #include "core/check.h"

@@ -1,4 +1,5 @@
 // Running sums of frames: the log likelihood so far of each frame.
+// Names with a 1 forward to those without it; forms without a scale factor, and Low forms, forward to the scaled ones.
 #include "kels/mixture.h"
 
 #include "scoring/checks.h"

@@ -1,4 +1,6 @@
 // Running maxima of frames: the best score so far of each frame.
+// Names with a 1 forward to those without it; forms without a scale factor, and Low forms whose scores are floats,
+// forward to the scaled ones.
 #include "kels/mixture.h"
 
 #include "scoring/checks.h"

@@ -1,4 +1,5 @@
 // One vector under a mixture of Gaussians.
+// Low forms forward to the scaled ones.
 #include "kels/mixture.h"
 
 #include "scoring/checks.h"

@@ -1,4 +1,6 @@
 // Running maxima and sums of one vector under many Gaussians.
+// Names with a 2 forward to those of MultiMix; forms without a scale factor, and Low forms whose scores are floats,
+// forward to the scaled ones.
 #include "kels/mixture.h"
 
 #include "scoring/checks.h"
