@@ -6,6 +6,7 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
+#include "support/forms.h"
 #include "support/support.h"
 
 namespace {
@@ -14,12 +15,9 @@ using namespace test;
 
 constexpr Kel32f kFar = 3.4028235e38f, kInf = HUGE_VALF;
 
-template <class T>
-constexpr std::pair kForms(&kelsDTW_L2_32f_D2, &kelsDTW_L2_32f_D2L);
-template <>
-constexpr std::pair kForms<Kel8u>(&kelsDTW_L2_8u32s_D2Sfs, &kelsDTW_L2_8u32s_D2LSfs);
-template <>
-constexpr std::pair kForms<Kel16s>(&kelsDTW_L2Low_16s32s_D2Sfs, &kelsDTW_L2Low_16s32s_D2LSfs);
+constexpr auto warpD2 = forms(kelsDTW_L2_32f_D2, kelsDTW_L2_8u32s_D2Sfs, kelsDTW_L2Low_16s32s_D2Sfs);
+constexpr auto warpD2L = forms(kelsDTW_L2_32f_D2L, kelsDTW_L2_8u32s_D2LSfs, kelsDTW_L2Low_16s32s_D2LSfs);
+
 template <class T>
 using Dist = std::conditional_t<std::is_same_v<T, Kel32f>, Kel32f, Kel32s>;
 
@@ -46,10 +44,12 @@ struct Sequence {
 // What both layouts give.
 template <class T, class... Scale>
 Dist<T> warp(Sequence<T>& a, Sequence<T>& b, int delta, Dist<T> beam, Scale... scale) {
-    const auto [d2, d2l] = kForms<T>;
     Dist<T> dist = -1, other = -2;
-    EXPECT_EQ(d2(a.block, a.height, b.block, b.height, a.width, a.step, &dist, delta, beam, scale...), 0);
-    EXPECT_EQ(d2l(a.list.data(), a.height, b.list.data(), b.height, a.width, &other, delta, beam, scale...), 0);
+    const KelStatus d2 =
+        warpD2(a.block.data(), a.height, b.block.data(), b.height, a.width, a.step, &dist, delta, beam, scale...);
+    const KelStatus d2l =
+        warpD2L(a.list.data(), a.height, b.list.data(), b.height, a.width, &other, delta, beam, scale...);
+    EXPECT_TRUE(d2 == kelStatusOk && d2l == kelStatusOk) << d2 << " and " << d2l;
     EXPECT_EQ(dist, other);
     return dist;
 }
@@ -169,10 +169,14 @@ TEST(DtwFloat, Rules) {
 }
 
 TYPED_TEST(Dtw, StatusesInOrder) {
-    const auto [d2, d2l] = kForms<TypeParam>;
-    expectChecks<Places{-1, 1, 4}>({-8, -6}, 1, d2, d2l);
-    expectChecks<Places{-1, 3, 4}>({-8, -6}, 1, d2, d2l);
-    expectChecks<Places{-1, -1, 5}>({-8, -6}, 1, d2);  // a step below the width
+    constexpr int kHeight1 = 1, kHeight2 = 3, kWidth = 4, kStep = 5;
+    const auto d2 = warpD2.of<TypeParam>();
+    const auto d2l = warpD2L.of<TypeParam>();
+    const std::vector<KelStatus> order = {kelStatusNullPtr, kelStatusSize};
+    expectChecks<Places{.step = -1, .height = kHeight1, .width = kWidth}>(order, 1, d2, d2l);
+    expectChecks<Places{.step = -1, .height = kHeight2, .width = kWidth}>(order, 1, d2, d2l);
+    // A step below the width counts as a wrong size.
+    expectChecks<Places{.step = -1, .height = -1, .width = kStep}>(order, 1, d2);
 }
 
 TYPED_TEST(Dtw, EveryFailedAllocationIsReported) {
@@ -199,12 +203,12 @@ TYPED_TEST(Dtw, EveryFailedAllocationIsReported) {
         kelsDTW_L2_32f_D2(small.data(), 125, small.data(), 120, 13, 13, small.data(), 120, 1);
         EXPECT_EQ(watch.calls(), 0);
     } else {
-        run(kForms<TypeParam>.first, 0);
+        run(warpD2.of<TypeParam>(), 0);
         // Copies that cannot be counted.
         const TypeParam* row = nullptr;
         for (const auto& [height1, height2] : {std::pair(INT_MAX, 1), {1, INT_MAX}}) {
             Kel32s dist = 7;
-            EXPECT_EQ(kForms<TypeParam>.second(&row, height1, &row, height2, INT_MAX, &dist, 0, 0, 0), -9);
+            EXPECT_EQ(warpD2L(&row, height1, &row, height2, INT_MAX, &dist, 0, 0, 0), kelStatusNoMemory);
             EXPECT_EQ(dist, 7);
         }
     }

@@ -3,6 +3,7 @@
 #include <compare>
 #include <numeric>
 
+#include "support/forms.h"
 #include "support/overlap.h"
 #include "support/support.h"
 
@@ -12,12 +13,7 @@ using namespace test;
 
 // ---- the N-th largest ----------------------------------------------------------------------------------------------
 
-template <class T>
-constexpr auto kNthMax = kelsNthMaxElement_32f;
-template <>
-constexpr auto kNthMax<Kel64f> = kelsNthMaxElement_64f;
-template <>
-constexpr auto kNthMax<Kel32s> = kelsNthMaxElement_32s;
+constexpr auto nthMax = forms(kelsNthMaxElement_32f, kelsNthMaxElement_64f, kelsNthMaxElement_32s);
 
 template <class T>
 class NthMax : public ::testing::Test {};
@@ -42,7 +38,7 @@ TYPED_TEST(NthMax, IsTheElementAtThatPlaceWhateverTheOrder) {
             const Guarded<T> src(v);
             for (int n = 0; n < len; n += n < 7 || n > len - 8 || len < 70 ? 1 : len / 9) {
                 Guarded<T> result(1);
-                ASSERT_EQ(kNthMax<T>(src.data(), len, n, result), 0);
+                ASSERT_EQ(nthMax(src.data(), len, n, result.data()), 0);
                 ASSERT_TRUE(std::strong_order(result[0], sorted[n]) == 0) << n << " of " << len << ": " << result[0];
             }
         }
@@ -51,12 +47,18 @@ TYPED_TEST(NthMax, IsTheElementAtThatPlaceWhateverTheOrder) {
 
 TYPED_TEST(NthMax, ChecksAndMemory) {
     using T = TypeParam;
-    expectVectorChecks({-8, -6}, kNthMax<T>);
-    expectSteps(kNthMax<T>, {0, 5, 0, 0}, {{2, -1, -5}, {2, 5, -5}, {2, INT_MAX, -5}, {1, 0, -6}});
+    constexpr int kLen = 1, kN = 2;
+    const auto form = nthMax.of<T>();
+    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, form);
+    expectSteps(form, {0, 5, 0, 0},
+                {{kN, -1, kelStatusBadArg},
+                 {kN, 5, kelStatusBadArg},
+                 {kN, INT_MAX, kelStatusBadArg},
+                 {kLen, 0, kelStatusSize}});
     const std::vector<T> v(5000, T(3));
     failEachAllocation([&](int failing, const AllocationWatch& watch) {
         T result(77);
-        EXPECT_EQ(kNthMax<T>(v.data(), 5000, 9, &result), failing == 0 ? kelStatusNoMemory : kelStatusOk);
+        EXPECT_EQ(nthMax(v.data(), 5000, 9, &result), failing == 0 ? kelStatusNoMemory : kelStatusOk);
         EXPECT_EQ(result, T(failing == 0 ? 77 : 3));
         EXPECT_EQ(watch.unreleased(), 0);
     });
@@ -129,17 +131,23 @@ void checkSpans(KelStatus (*own)(const S*, D*, int, Kel32f, Kel32f, Kel32f),
 // The cuts stand at `place`, the range behind them.
 template <class... A>
 void checkArguments(KelStatus (*f)(A...), const std::array<double, sizeof...(A)>& good, int place) {
-    expectVectorChecks({-8, -6}, f);
-    expectSteps(f, good,
-                {{place, -0.1, -5}, {place, NAN, -5}, {place, 1, -5}, {place + 1, 1.1, -5}, {place + 1, NAN, -5}});
-    expectSteps(f, good, {{place + 2, -1, -5}, {place + 2, NAN, -5}});
+    const int low = place, high = place + 1, range = place + 2;
+    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, f);
+    for (const auto& [which, value] : {std::pair(low, -0.1),
+                                       {low, double(NAN)},
+                                       {low, 1.0},
+                                       {high, 1.1},
+                                       {high, double(NAN)},
+                                       {range, -1.0},
+                                       {range, double(NAN)}})
+        expectSteps(f, good, {{which, value, kelStatusBadArg}});
 }
 template <class Own, class Given>
 void checkForms(Own own, Given given) {
     checkSpans(own, given);
     checkArguments(own, {0, 0, 1, 0, 1, 1}, 3);
     checkArguments(given, {0, 0, 1, 2, 2, 0, 1, 1}, 5);
-    expectSteps(given, {0, 0, 1, 2, 2, 0, 1, 1}, {{3, 3, -5}});
+    expectSteps(given, {0, 0, 1, 2, 2, 0, 1, 1}, {{3, 3, kelStatusBadArg}});  // valMin above valMax
 }
 
 TEST(Normalize, MapsTheSpanBetweenTheCuts) {
@@ -158,9 +166,8 @@ TEST(Normalize, MapsTheSpanBetweenTheCuts) {
 }
 
 TEST(Normalize, ElementsFollowOneAnotherWhereArraysOverlap) {
-    expectLoopWhereArraysOverlap<Kel32f, 2>([](const auto& p, int len) {
-        kelsNormalizeInRangeMinMax_32f(p[0], p[1], len, 0, 2.9f, 0.1f, 0.9f, 2.7f);
-    });
+    expectLoopWhereArraysOverlap<Kel32f, 2>(
+        [](const auto& p, int len) { kelsNormalizeInRangeMinMax_32f(p[0], p[1], len, 0, 2.9f, 0.1f, 0.9f, 2.7f); });
 }
 
 // ---- unit curve ----------------------------------------------------------------------------------------------------
@@ -203,11 +210,12 @@ TEST(UnitCurve, SixteenBitsAreExactBeforeOneRounding) {
 }
 
 TEST(Ranking, PointersAreCheckedBeforeLengths) {
-    expectVectorChecks({-8, -6}, kelsScaleLM_32f, kelsLMThreshold_32f, kelsScaleLM_16s32s, kelsUnitCurve_32f,
-                       kelsUnitCurve_32f_I, kelsNormalizeInRange_32f_I, kelsNormalizeInRange_16s_I,
+    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsScaleLM_32f, kelsLMThreshold_32f, kelsScaleLM_16s32s,
+                       kelsUnitCurve_32f, kelsUnitCurve_32f_I, kelsNormalizeInRange_32f_I, kelsNormalizeInRange_16s_I,
                        kelsNormalizeInRangeMinMax_32f_I, kelsNormalizeInRangeMinMax_16s_I);
-    expectChecks<Places{-1, -1, 3}>({-8, -6}, 1, kelsUnitCurve_16s_Sfs);
-    expectChecks<Places{-1, -1, 2}>({-8, -6}, 1, kelsUnitCurve_16s_ISfs);
+    const std::vector<KelStatus> order = {kelStatusNullPtr, kelStatusSize};
+    expectChecks<Places{.step = -1, .height = -1, .width = 3}>(order, 1, kelsUnitCurve_16s_Sfs);
+    expectChecks<Places{.step = -1, .height = -1, .width = 2}>(order, 1, kelsUnitCurve_16s_ISfs);
 }
 
 }  // namespace

@@ -47,8 +47,8 @@ TEST(KernelFunctions, ElementsFollowOneAnotherWhereArraysOverlap) {
 }
 
 TEST(KernelFunctions, CheckPointersThenLength) {
-    expectVectorChecks({-8, -6}, kelsSinC_32f, kelsSinC_64f, kelsSinC_32f64f, kelsSinC_32f_I, kelsSinC_64f_I,
-                       kelsExpNegSqr_32f, kelsExpNegSqr_64f, kelsExpNegSqr_32f64f, kelsExpNegSqr_32f_I,
+    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsSinC_32f, kelsSinC_64f, kelsSinC_32f64f, kelsSinC_32f_I,
+                       kelsSinC_64f_I, kelsExpNegSqr_32f, kelsExpNegSqr_64f, kelsExpNegSqr_32f64f, kelsExpNegSqr_32f_I,
                        kelsExpNegSqr_64f_I);
 }
 
