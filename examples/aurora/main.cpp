@@ -165,8 +165,7 @@ void run(std::vector<std::string> arguments) {
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + (argc > 0), argv + argc);
     if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h")) {
-        std::fputs(kUsage, stdout);
-        return 0;
+        return std::fputs(kUsage, stdout) < 0 || std::fflush(stdout) != 0;
     }
     try {
         run(arguments);

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/sound_input.h"
 #include "kels.h"
 
 namespace {
@@ -39,7 +40,6 @@ struct Release {
 using FilterBank = std::unique_ptr<KelFilterBank_32f, Release<kelsFBankFree_32f>>;
 using Cosine = std::unique_ptr<KelDCTLifterState_32f, Release<kelsDCTLifterFree_32f>>;
 using Codebook = std::unique_ptr<KelCdbk_32f, Release<kelsCdbkFree_32f>>;
-using Sound = std::unique_ptr<SNDFILE, Release<sf_close>>;
 
 // Rows of kWidth features, one behind the other.
 struct Features {
@@ -50,14 +50,13 @@ struct Features {
 // ---- features ------------------------------------------------------------------------------------------------------
 
 void appendFeatures(const std::filesystem::path& file, Features& features) {
-    SF_INFO info{};
-    const Sound input(sf_open(file.c_str(), SFM_READ, &info));
-    if (!input) throw std::runtime_error(file.string() + ": " + sf_strerror(nullptr));
+    common::SoundInput input(file);
+    const SF_INFO& info = input.info();
     if (info.channels != 1 || info.samplerate < 4000 || info.frames > 1 << 26)
-        throw std::runtime_error(file.string() + ": is not one channel of at least 4 kHz and a sane length");
+        input.fail("is not one channel of at least 4 kHz and a sane length");
     std::vector<float> samples(static_cast<std::size_t>(info.frames));
     samples.resize(
-        static_cast<std::size_t>(std::max<sf_count_t>(0, sf_read_float(input.get(), samples.data(), info.frames))));
+        static_cast<std::size_t>(input.read(samples.data(), info.frames)));
 
     const int frame = info.samplerate / 40, step = info.samplerate / kFramesPerSecond;
     constexpr int filters = 23;
@@ -200,10 +199,11 @@ int main(int argc, char** argv) {
     const bool help = argc == 2 && std::string_view(argv[1]) == "--help";
     if (argc < 2 || argv[1][0] == '-') {
         std::fprintf(help ? stdout : stderr, "usage: codec RECORDING.wav|FOLDER...\n");
-        return help ? 0 : 2;
+        return !help ? 2 : std::fflush(stdout) != 0;
     }
     try {
         run(argc, argv);
+        if (std::fflush(stdout) != 0) throw std::runtime_error("standard output cannot be written");
     } catch (const std::exception& error) {
         std::fprintf(stderr, "error: %s\n", error.what());
         return 1;

@@ -12,11 +12,9 @@ namespace common {
 SampleInput::SampleInput(const std::string& name, int rate)
     : name_(name == "-" ? "standard input" : name), rate_(rate) {
     if (name == "-") return;
-    SF_INFO info{};
-    file_.reset(sf_open(name.c_str(), SFM_READ, &info));
-    if (!file_) fail(sf_strerror(nullptr));
-    if (info.channels != 1) fail("has more channels than one");
-    rate_ = info.samplerate;
+    file_.emplace(name);
+    if (file_->info().channels != 1) fail("has more channels than one");
+    rate_ = file_->info().samplerate;
 }
 
 void SampleInput::fail(const std::string& why) const {
@@ -27,8 +25,7 @@ const std::vector<float>& SampleInput::read(std::size_t count) {
     samples_.resize(count);
     if (file_) {
         constexpr float kFullScale = 32768;
-        const sf_count_t got = sf_readf_float(file_.get(), samples_.data(), static_cast<sf_count_t>(count));
-        if (sf_error(file_.get()) != SF_ERR_NO_ERROR) fail("is damaged");
+        const sf_count_t got = file_->read(samples_.data(), static_cast<sf_count_t>(count));
         samples_.resize(static_cast<std::size_t>(got));
         for (float& x : samples_) x *= kFullScale;
         return samples_;

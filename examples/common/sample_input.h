@@ -2,10 +2,11 @@
 #ifndef COMMON_SAMPLE_INPUT_H
 #define COMMON_SAMPLE_INPUT_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "sound_output.h"
+#include "sound_input.h"
 
 namespace common {
 
@@ -24,7 +25,7 @@ class SampleInput {
   private:
     std::string name_;
     int rate_;
-    SoundFile file_;  // null for standard input
+    std::optional<SoundInput> file_;  // none for standard input
     std::vector<float> samples_;
     std::vector<short> integers_;
 };

@@ -14,11 +14,19 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "common/sound_output.h"
+#include "common/sound_input.h"
 
 namespace {
+
+constexpr const char* kUsage = R"(usage: denoise IN OUT
+
+Takes steady noise out of the sound file IN, of 8 to 48 kHz and any number of channels, and writes the WAV file OUT.
+
+Exit status: 0 if all is well, 1 if something failed (OUT is then left as it was), 2 if the command line is wrong.
+)";
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr float kMemory = 0.98F;      // of the decision-directed rule: what the last frame counts
@@ -128,12 +136,10 @@ class Denoiser {
 };
 
 void denoise(const char* from, const char* to) {
-    SF_INFO info{};
-    const common::SoundFile in(sf_open(from, SFM_READ, &info));
-    if (!in) throw std::runtime_error(std::string(from) + ": " + sf_strerror(nullptr));
+    common::SoundInput in(from);
+    const SF_INFO info = in.info();
     common::refuseToOverwrite(from, to);
-    if (info.samplerate < 8000 || info.samplerate > 48000)
-        throw std::runtime_error(std::string(from) + ": is not sampled at 8 to 48 kHz");
+    if (info.samplerate < 8000 || info.samplerate > 48000) in.fail("is not sampled at 8 to 48 kHz");
     std::vector<Denoiser> channels;
     for (int c = 0; c < info.channels; ++c) channels.emplace_back(info.samplerate);
 
@@ -146,7 +152,7 @@ void denoise(const char* from, const char* to) {
     Signal block(static_cast<std::size_t>(hop) * info.channels), one(hop);
     sf_count_t wanted = 0, skip = channels[0].delay();
     for (bool ended = false; !ended || wanted > 0;) {
-        const sf_count_t got = ended ? 0 : sf_readf_float(in.get(), block.data(), hop);
+        const sf_count_t got = ended ? 0 : in.read(block.data(), hop);
         ended = got < hop;
         wanted += got;
         std::fill(block.begin() + got * info.channels, block.end(), 0.0F);  // after the end, until all is out
@@ -163,16 +169,16 @@ void denoise(const char* from, const char* to) {
         out.write(block.data(), count);
         wanted -= count;
     }
-    if (sf_error(in.get()) != SF_ERR_NO_ERROR) throw std::runtime_error(std::string(from) + ": is damaged");
     out.finish();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    const bool help = argc == 2 && std::string_view(argv[1]) == "--help";
     if (argc != 3) {
-        std::fputs("usage: denoise IN OUT\n", stderr);
-        return 2;
+        const bool told = std::fputs(kUsage, help ? stdout : stderr) >= 0 && std::fflush(stdout) == 0;
+        return help ? !told : 2;
     }
     try {
         denoise(argv[1], argv[2]);

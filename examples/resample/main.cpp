@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#include "common/sound_output.h"
+#include "common/sound_input.h"
 #include "common/stream.h"
 
 namespace {
@@ -103,12 +103,9 @@ class Progress {
 };
 
 void convert(const Job& job) {
-    SF_INFO info{};
-    const common::SoundFile input(sf_open(job.in.c_str(), SFM_READ, &info));
-    if (!input) throw std::runtime_error(job.in + ": cannot be read as audio: " + sf_strerror(nullptr));
+    common::SoundInput input(job.in);
+    SF_INFO info = input.info();
     const int inRate = info.samplerate, channels = info.channels;
-    if (inRate < 1 || channels < 1)
-        throw std::runtime_error(job.in + ": states no valid sampling rate or channel count");
     common::refuseToOverwrite(job.in, job.out);
 
     const Resampler resampler(inRate, job.rate, job.quality);
@@ -143,14 +140,11 @@ void convert(const Job& job) {
     {
         Progress progress(headerFrames);
         constexpr sf_count_t all = std::numeric_limits<sf_count_t>::max();
-        // What counts is what can be read, whatever length the header states.
-        while (const sf_count_t n = sf_readf_float(input.get(), frames.data(), block)) {
+        while (const sf_count_t n = input.read(frames.data(), block)) {
             pass(n, all);
             readFrames += n;
             progress.at(readFrames);
         }
-        if (sf_error(input.get()) != SF_ERR_NO_ERROR)
-            throw std::runtime_error(job.in + ": is damaged: " + sf_strerror(input.get()));
         // Silence behind the end, until the output is as long as the input was.
         const auto wanted =
             static_cast<sf_count_t>(std::llround(static_cast<long double>(readFrames) * job.rate / inRate));
@@ -169,8 +163,8 @@ int main(int argc, char** argv) {
     try {
         for (int i = 1; i < argc; ++i) {
             if (std::string_view(argv[i]) == "--help" || std::string_view(argv[i]) == "-h") {
-                std::cout << kUsage;
-                return 0;
+                std::cout << kUsage << std::flush;
+                return std::cout ? 0 : 1;
             }
         }
         convert(parse(argc, argv));

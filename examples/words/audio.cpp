@@ -1,10 +1,10 @@
 #include "audio.h"
 
-#include <sndfile.h>
-
 #include <cctype>
 #include <charconv>
 #include <tuple>
+
+#include "common/sound_input.h"
 
 namespace words {
 namespace {
@@ -12,50 +12,28 @@ namespace {
 constexpr sf_count_t kBlockFrames = 4096;
 constexpr int kMaxSamples = 1 << 26;  // 64 M samples: over two hours at 8 kHz, and no sane recording of a word
 
-struct CloseFile {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-
-[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& why) {
-    throw std::runtime_error(file.string() + ": " + why);
-}
-
 }  // namespace
 
 Recording readRecording(const std::filesystem::path& file) {
-    // Asked first, because libsndfile words these differently from version to version.
-    std::error_code error;
-    const auto status = std::filesystem::status(file, error);
-    if (!std::filesystem::exists(status)) refuse(file, "no such file");
-    if (std::filesystem::is_directory(status)) refuse(file, "is a folder, not a recording");
-    if (std::filesystem::is_regular_file(status) && std::filesystem::file_size(file, error) == 0 && !error)
-        refuse(file, "is empty");
-
-    SF_INFO info{};
-    const std::unique_ptr<SNDFILE, CloseFile> input(sf_open(file.c_str(), SFM_READ, &info));
-    if (!input) refuse(file, std::string("cannot be read as audio: ") + sf_strerror(nullptr));
-    if (info.samplerate < 1 || info.channels < 1) refuse(file, "states no valid sample rate or channel count");
-
-    // The header's length is not trusted: what counts is what can be read.
-    std::vector<float> block(static_cast<std::size_t>(kBlockFrames * info.channels));
+    common::SoundInput input(file);
+    const int channels = input.info().channels;
+    std::vector<float> block(static_cast<std::size_t>(kBlockFrames * channels));
     std::vector<float> samples;
-    while (const sf_count_t frames = sf_readf_float(input.get(), block.data(), kBlockFrames)) {
-        if (frames < 0) break;
-        if (samples.size() + static_cast<std::size_t>(frames) > kMaxSamples) refuse(file, "is too long");
+    while (const sf_count_t frames = input.read(block.data(), kBlockFrames)) {
+        if (samples.size() + static_cast<std::size_t>(frames) > kMaxSamples) input.fail("is too long");
         const float* next = block.data();
         for (sf_count_t i = 0; i < frames; ++i) {
             float sum = 0;
-            for (int channel = 0; channel < info.channels; ++channel) sum += *next++;
-            samples.push_back(sum / static_cast<float>(info.channels));
+            for (int channel = 0; channel < channels; ++channel) sum += *next++;
+            samples.push_back(sum / static_cast<float>(channels));
         }
     }
-    if (sf_error(input.get()) != SF_ERR_NO_ERROR) refuse(file, std::string("is damaged: ") + sf_strerror(input.get()));
-    if (samples.empty()) refuse(file, "holds no samples");
-    for (const float sample : samples)
-        if (!(sample >= -1e6F && sample <= 1e6F)) refuse(file, "holds samples that are not finite numbers");
+    for (const float sample : samples) {
+        if (!(sample >= -1e6F && sample <= 1e6F)) input.fail("holds samples far beyond full scale");
+    }
 
     Recording recording;
-    recording.rate = info.samplerate;
+    recording.rate = input.info().samplerate;
     recording.samples = Vector(static_cast<int>(samples.size()));
     check(kelsCopy_32f(samples.data(), recording.samples.data(), recording.samples.size()), "kelsCopy_32f");
     return recording;
