@@ -1,6 +1,6 @@
 # kels_arch_flags(ARCH OUT): the compiler flags of an instruction set.
-# On i386 float arithmetic goes through SSE2, so that both ABIs round alike, and the stack is realigned on entry, because
-# callers built for the original ABI keep it aligned to 4 bytes only.
+# On i386 float arithmetic goes through SSE2, so that both ABIs round alike, and the stack is realigned on entry: that ABI
+# promises an alignment to 4 bytes only, and vectors need 16.
 function(kels_arch_flags arch out)
   if(arch STREQUAL "i386")
     set(pointer_size 4)

@@ -1,3 +1,4 @@
+// Processor services.  ps_* are names that the interface fixes for what reads and writes the control registers.
 #include "kels/cpu.h"
 
 #include <cpuid.h>

@@ -1,3 +1,4 @@
+// The allocator that everything the library hands out comes from.
 #include "core/memory.h"
 
 #include <cstdlib>

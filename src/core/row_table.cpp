@@ -1,3 +1,4 @@
+// Tables of rows are allocated and laid out here.
 #include "core/row_table.h"
 
 #include <algorithm>

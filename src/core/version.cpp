@@ -1,3 +1,4 @@
+// The version record.
 #include "kels/core.h"
 
 namespace {

@@ -1,3 +1,4 @@
+// Processor services: against the view of the system, and on the control registers themselves.
 #include <array>
 #include <bit>
 #include <cfenv>

@@ -1,3 +1,4 @@
+// The allocator, tables of rows, and the version record.
 #include "core/row_table.h"
 
 #include <cstring>

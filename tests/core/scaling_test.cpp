@@ -1,3 +1,4 @@
+// Shifts, roots and the rounding mode of the scaling helpers.
 #include "core/scaling.h"
 
 #include <cmath>

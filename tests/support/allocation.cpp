@@ -1,3 +1,4 @@
+// malloc and free as tests see them: counted, and failing on demand.
 #include "support/allocation.h"
 
 #include <algorithm>

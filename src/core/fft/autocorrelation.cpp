@@ -4,14 +4,15 @@
 #include <algorithm>
 
 #include "core/check.h"
+#include "core/fft/pack.h"
+#include "core/fft/transform.h"
 #include "core/memory.h"
 #include "core/simd/accurate_sum.h"
 #include "core/vector/fill_copy.h"
 #include "kels/core.h"
 #include "kels/fft.h"
 
-using namespace kels;
-
+namespace kels {
 namespace {
 
 // From this many lags on the transforms are worth their while.
@@ -24,30 +25,30 @@ void correlateDirectly(const Kel32f* src, int srcLen, Kel32f* dst, int lags) {
 // The inverse transform of |X|^2, with as many zeros behind the source as keep the lags from wrapping around.
 KelStatus correlateBySpectrum(const Kel32f* src, int srcLen, Kel32f* dst, int lags) {
     int order = 1;
-    while ((int64_t{1} << order) < 2 * static_cast<int64_t>(srcLen)) ++order;
+    while ((int64_t{1} << order) < 2 * int64_t{srcLen}) ++order;
+    if (order > kMaxFftOrder) return kelStatusFftOrder;
     KelFFTSpec_R_32f* spec = nullptr;
-    KelStatus status = kelsFFTInitAlloc_R_32f(&spec, order, kelFftDivInvByN, kelHintNone);
-    if (status != kelStatusOk) return status;
-    const int n = 1 << order;
-    Kel32f* const x = allocate<Kel32f>(n);
-    if (x == nullptr) {
-        status = kelStatusNoMemory;
-    } else {
-        copy(src, x, toSize(srcLen));
-        zero(x + srcLen, toSize(n - srcLen));
-        status = kelsFFTFwd_RToPack_32f(x, x, spec, nullptr);
-        if (status == kelStatusOk) status = kelsMulPackConj_32f_I(x, x, n);
-        if (status == kelStatusOk) status = kelsFFTInv_PackToR_32f(x, x, spec, nullptr);
-        if (status == kelStatusOk) copy(x, dst, toSize(lags));
+    const KelStatus fault = buildSpec(&spec, order, kelFftDivInvByN, kelHintNone);
+    if (fault != kelStatusOk) return fault;
+    const std::size_t n = std::size_t{1} << order;
+    const std::size_t used = toSize(srcLen);
+    Kel32f* const x = allocate<Kel32f>(static_cast<int64_t>(n));
+    const WorkBuffer work(*spec, nullptr);
+    const bool failed = x == nullptr || work.failed();
+    if (!failed) {
+        copy(src, x, used);
+        zero(x + used, n - used);
+        forwardToPack(*spec, x, x, work.floats());
+        multiplyPackedConj(x, x, n);
+        inverseFromPack(*spec, x, x, work.floats());
+        copy(x, dst, toSize(lags));
     }
     kelsFree(x);
-    kelsFFTFree_R_32f(spec);
-    return status;
+    releaseSpec(spec);
+    return failed ? kelStatusNoMemory : kelStatusOk;
 }
 
 }  // namespace
-
-namespace kels {
 
 KelStatus autocorrelate(const Kel32f* src, int srcLen, Kel32f* dst, int dstLen) {
     const int lags = std::min(srcLen, dstLen);
@@ -62,6 +63,8 @@ KelStatus autocorrelate(const Kel32f* src, int srcLen, Kel32f* dst, int dstLen) 
 }
 
 }  // namespace kels
+
+using namespace kels;
 
 KelStatus kelsAutoCorr_32f(const Kel32f* pSrc, int srcLen, Kel32f* pDst, int dstLen) {
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;

@@ -1,3 +1,4 @@
+// Specifications are built here: their factors, tables of twiddles, and sizes of scratch memory.
 #include "core/fft/spec.h"
 
 #include <algorithm>
@@ -95,8 +96,7 @@ bool buildSteppedTables(KelFFTSpec_R_32f& spec) {
     return true;
 }
 
-}  // namespace
-
+// The tables that orders from kFirstTableOrder on need; false when memory is out or the tables cannot be counted.
 bool buildTables(KelFFTSpec_R_32f& spec) {
     if (spec.order < kFirstTableOrder) return true;
     const NearestScope scope;
@@ -116,8 +116,79 @@ bool buildTables(KelFFTSpec_R_32f& spec) {
     return true;
 }
 
-void freeTables(KelFFTSpec_R_32f& spec) {
-    kelsFree(spec.tables);
+// False for a flag that is none of the four.
+bool setScaling(KelFFTSpec_R_32f& spec, int flag) {
+    const auto n = static_cast<long double>(int64_t{1} << spec.order);
+    spec.factor = 1;
+    switch (flag) {
+        case kelFftDivFwdByN:
+            spec.forwardScaled = 1;
+            spec.factor = static_cast<Kel32f>(1 / n);
+            return true;
+        case kelFftDivInvByN:
+            spec.inverseScaled = 1;
+            spec.factor = static_cast<Kel32f>(1 / n);
+            return true;
+        case kelFftDivBySqrtN:
+            spec.forwardScaled = 1;
+            spec.inverseScaled = 1;
+            spec.factor = static_cast<Kel32f>(1 / std::sqrt(n));
+            return true;
+        case kelFftNoDiv:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+KelStatus buildSpec(KelFFTSpec_R_32f** ppSpec, int order, int flag, int hint) {
+    auto* const spec = allocateCleared<KelFFTSpec_R_32f>(1);
+    if (spec == nullptr) return kelStatusNoMemory;
+    spec->identifier = kFloatSpec;
+    spec->order = order;
+    spec->hint = hint;
+    const KelStatus status = !setScaling(*spec, flag) ? kelStatusFftFlag
+                             : !buildTables(*spec)    ? kelStatusNoMemory
+                                                      : kelStatusOk;
+    if (status != kelStatusOk) {
+        kelsFree(spec);
+        return status;
+    }
+    *ppSpec = spec;
+    return kelStatusOk;
+}
+
+KelStatus buildSpec(KelFFTSpec_R_16s32s** ppSpec, int order, int flag, int hint) {
+    const int64_t bufferBytes = spectrumBytes(order) + scratchBytes(order);
+    if (bufferBytes > std::numeric_limits<Kel32s>::max()) return kelStatusNoMemory;
+    auto* const spec = allocateCleared<KelFFTSpec_R_16s32s>(1);
+    if (spec == nullptr) return kelStatusNoMemory;
+    const KelStatus status = buildSpec(&spec->inner, order, flag, hint);
+    if (status != kelStatusOk) {
+        kelsFree(spec);
+        return status;
+    }
+    spec->identifier = kIntegerSpec;
+    spec->order = order;
+    spec->flag = flag;
+    spec->hint = hint;
+    spec->bufferSize = static_cast<Kel32s>(bufferBytes);
+    *ppSpec = spec;
+    return kelStatusOk;
+}
+
+void releaseSpec(KelFFTSpec_R_32f* spec) {
+    if (spec == nullptr) return;
+    kelsFree(spec->tables);
+    kelsFree(spec);
+}
+
+void releaseSpec(KelFFTSpec_R_16s32s* spec) {
+    if (spec == nullptr) return;
+    releaseSpec(spec->inner);
+    kelsFree(spec);
 }
 
 int64_t scratchBytes(int order) {

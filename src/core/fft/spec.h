@@ -61,19 +61,18 @@ constexpr int columnBits(int order) {
     return order - 1 - rowBits(order);
 }
 
-// Builds the tables that orders from kFirstTableOrder on need; false when memory is out or the tables cannot be counted.
-bool buildTables(KelFFTSpec_R_32f& spec);
-void freeTables(KelFFTSpec_R_32f& spec);
+// A specification for an order from 0 to kMaxFftOrder.  On a fault nothing stays allocated and *ppSpec is as it was.
+KelStatus buildSpec(KelFFTSpec_R_32f** ppSpec, int order, int flag, int hint);
+KelStatus buildSpec(KelFFTSpec_R_16s32s** ppSpec, int order, int flag, int hint);
+void releaseSpec(KelFFTSpec_R_32f* spec);  // null is allowed
+void releaseSpec(KelFFTSpec_R_16s32s* spec);
 
 // Bytes of scratch memory that a transform needs, alignment included.
 int64_t scratchBytes(int order);
 
-// Bytes of the N + 2 spectrum values of the integer form, up to the next boundary of its work buffer, and of all of it.
+// Bytes of the N + 2 spectrum values of the integer form, up to the next boundary of its work buffer.
 constexpr int64_t spectrumBytes(int order) {
     return (int64_t{sizeof(Kel32f)} << order) + 16;
-}
-inline int64_t integerBufferBytes(int order) {
-    return spectrumBytes(order) + scratchBytes(order);
 }
 
 // The scratch memory of one call: the caller's buffer from its first 16-byte boundary, or an allocation that lives as

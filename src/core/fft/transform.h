@@ -1,104 +1,16 @@
-// The real transforms: complex transform and recombination put together, for the layouts of spectra.
+// The real transforms of a specification, without checks.
 #pragma once
 
-#include <cstddef>
-
-#include "core/fft/lanes.h"
-#include "core/fft/real.h"
 #include "core/fft/spec.h"
 
 namespace kels {
 
-inline FourStepTables stepTables(const KelFFTSpec_R_32f& spec) {
-    return {rowBits(spec.order), columnBits(spec.order), spec.laneTwiddles,
-            spec.rowTwiddles,    spec.stepTwiddles,      spec.crossTwiddles};
-}
+// src and dst may be the same array.  All of src has been read before an inverse transform writes to dst.
+void forwardToCcs(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f* scratch);
+void forwardToPack(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f* scratch);
+void inverseFromPack(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f* scratch);
 
-inline PaddedUnits<kWidestFloats> steppedMatrix(const KelFFTSpec_R_32f& spec, Kel32f* scratch) {
-    return {scratch, columnBits(spec.order)};
-}
-
-// The complex transform of N/2 points, for orders that have tables.
-template <int W, class Source, class Sink>
-inline void transformInCache(const KelFFTSpec_R_32f& spec, Kel32f* scratch, Source source, Sink sink) {
-    if constexpr (W == 4) {
-        if (spec.order == kFirstTableOrder) return transformEight(spec.crossTwiddles, source, sink);
-    }
-    transformInCache<W>(spec.order - 1, spec.laneTwiddles, spec.crossTwiddles, scratch, source, sink);
-}
-template <class Source, class Sink>
-inline void transformInSteps(const KelFFTSpec_R_32f& spec, Kel32f* scratch, Source source, Sink sink) {
-    const auto matrix = steppedMatrix(spec, scratch);
-    Kel32f* const lines = matrix.at(std::size_t{1} << (spec.order - 1));
-    transformInSteps(stepTables(spec), matrix, lines, source, sink);
-}
-
-// Through tables, W lanes at a time; see below for what they give.
-template <int W>
-inline SpectrumEnds forwardByTables(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, std::size_t firstPair,
-                                    Kel32f factor, Kel32f* scratch) {
-    const std::size_t m = std::size_t{1} << (spec.order - 1);
-    if (spec.order < kFirstSteppedOrder) {
-        transformInCache<W>(spec, scratch, ConstPairs<W>{src}, Units<W>{dst});
-    } else if constexpr (W == kWidestFloats) {
-        transformInSteps(spec, scratch, ConstPairs<W>{src}, Units<W>{dst});
-    }
-    return separate<W>(m, {spec.forwardRotation, spec.forwardRotation + m / 2}, 0.5f * factor, dst, firstPair);
-}
-template <int W>
-inline void inverseByTables(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f factor,
-                            Kel32f* scratch) {
-    const std::size_t m = std::size_t{1} << (spec.order - 1);
-    const Rotation rotation = {spec.inverseRotation, spec.inverseRotation + m / 2};
-    if (spec.order < kFirstSteppedOrder) {
-        const Units<W> units{scratch};
-        unite<W>(m, rotation, factor, src, units);
-        transformInCache<W>(spec, scratch, units, SwappedPairs<W>{dst});
-    } else if constexpr (W == kWidestFloats) {
-        const auto matrix = steppedMatrix(spec, scratch);
-        unite<W>(m, rotation, factor, src, matrix);
-        transformInSteps(spec, scratch, matrix, SwappedPairs<W>{dst});
-    }
-}
-
-// The spectrum of src: the ends are returned, the pairs of frequencies 1 .. N/2-1 stand from dst[firstPair] on.
-inline SpectrumEnds forward(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, std::size_t firstPair,
-                            Kel32f* scratch) {
-    const Kel32f factor = spec.forwardScaled != 0 ? spec.factor : 1.0f;
-    if (spec.order >= kFirstWideOrder)
-        return forwardByTables<kWidestFloats>(spec, src, dst, firstPair, factor, scratch);
-    if (spec.order >= kFirstTableOrder) return forwardByTables<4>(spec, src, dst, firstPair, factor, scratch);
-    const std::size_t n = std::size_t{1} << spec.order;
-    Kel32f packed[8];
-    forwardDirect(spec.order, src, packed, factor);
-    for (std::size_t i = 1; i + 1 < n; ++i) dst[firstPair + i - 1] = packed[i];
-    return {packed[0], packed[n - 1]};
-}
-
-inline void forwardToCcs(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f* scratch) {
-    const SpectrumEnds ends = forward(spec, src, dst, 2, scratch);
-    const std::size_t n = std::size_t{1} << spec.order;
-    dst[0] = ends.dc;
-    dst[1] = 0;
-    if (n > 1) {
-        dst[n] = ends.nyquist;
-        dst[n + 1] = 0;
-    }
-}
-
-inline void forwardToPack(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f* scratch) {
-    const SpectrumEnds ends = forward(spec, src, dst, 1, scratch);
-    const std::size_t n = std::size_t{1} << spec.order;
-    dst[0] = ends.dc;
-    if (n > 1) dst[n - 1] = ends.nyquist;
-}
-
-// All of src has been read before anything is written to dst.
-inline void inverseFromPack(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel32f* scratch) {
-    const Kel32f factor = spec.inverseScaled != 0 ? spec.factor : 1.0f;
-    if (spec.order >= kFirstWideOrder) return inverseByTables<kWidestFloats>(spec, src, dst, factor, scratch);
-    if (spec.order >= kFirstTableOrder) return inverseByTables<4>(spec, src, dst, factor, scratch);
-    inverseDirect(spec.order, src, dst, factor);
-}
+// To integers times 2^-scaleFactor.  kelStatusNoMemory where no buffer is given and there is none.
+KelStatus forwardToCcs(const KelFFTSpec_R_16s32s& spec, const Kel16s* src, Kel32s* dst, int scaleFactor, Kel8u* buffer);
 
 }  // namespace kels

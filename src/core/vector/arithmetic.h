@@ -6,36 +6,36 @@
 #include <limits>
 
 #include "core/check.h"
-#include "core/vector/fill_copy.h"
 #include "core/scaling.h"
 #include "core/simd/vec.h"
+#include "core/vector/fill_copy.h"
 
 namespace kels {
 
 template <class T>
 void add(const T* a, const T* b, T* dst, std::size_t len) {
-    map(
-        dst, len, [](auto x, auto y) { return x + y; }, T(), a, b);
+    const auto sum = [](const Vec<T>& x, const Vec<T>& y) { return x + y; };
+    map(dst, len, sum, T(), a, b);
 }
 
 template <class T>
 void subtract(const T* a, const T* b, T* dst, std::size_t len) {
-    map(
-        dst, len, [](auto x, auto y) { return x - y; }, T(), a, b);
+    const auto difference = [](const Vec<T>& x, const Vec<T>& y) { return x - y; };
+    map(dst, len, difference, T(), a, b);
 }
 
 template <class T>
 void multiply(const T* a, const T* b, T* dst, std::size_t len) {
-    map(
-        dst, len, [](auto x, auto y) { return x * y; }, T(), a, b);
+    const auto product = [](const Vec<T>& x, const Vec<T>& y) { return x * y; };
+    map(dst, len, product, T(), a, b);
 }
 
 // A constant 0 copies, also where the sum would differ from the source (-0, signalling NaN).
 template <class T>
 void addConstant(const T* src, T c, T* dst, std::size_t len) {
     if (c == 0) return copy(src, dst, len);
-    map(
-        dst, len, [=](auto x) { return x + c; }, T(), src);
+    const auto sum = [=](const Vec<T>& x) { return x + c; };
+    map(dst, len, sum, T(), src);
 }
 
 // A constant 1 leaves every element as it is, and 0 gives zeros whatever the elements are.
@@ -46,8 +46,8 @@ void multiplyByConstant(const T* src, T c, T* dst, std::size_t len) {
     } else if (c == 0) {
         zero(dst, len);
     } else {
-        map(
-            dst, len, [=](auto x) { return x * c; }, T(), src);
+        const auto product = [=](const Vec<T>& x) { return x * c; };
+        map(dst, len, product, T(), src);
     }
 }
 
@@ -58,21 +58,19 @@ KelStatus divide(const T* a, const T* b, T* dst, std::size_t len) {
     constexpr T kInfinity = std::numeric_limits<T>::infinity();
     using V = Vec<T>;
     typename V::mask_type substituted(false);
-    map(
-        dst, len,
-        [&](const V& divisor, const V& dividend) {
-            V quotient = dividend / divisor;
-            const auto faulty = !(magnitude(divisor) > T(0));
-            if (stdx::any_of(faulty)) {
-                substituted = substituted || faulty;
-                V substitute(-kInfinity);
-                stdx::where(dividend > T(0), substitute) = kInfinity;
-                stdx::where(dividend == T(0), substitute) = std::numeric_limits<T>::quiet_NaN();
-                stdx::where(faulty, quotient) = substitute;
-            }
-            return quotient;
-        },
-        T(1), a, b);
+    const auto quotientOf = [&](const V& divisor, const V& dividend) {
+        V quotient = dividend / divisor;
+        const auto faulty = !(magnitude(divisor) > T(0));
+        if (stdx::any_of(faulty)) {
+            substituted = substituted || faulty;
+            V substitute(-kInfinity);
+            stdx::where(dividend > T(0), substitute) = kInfinity;
+            stdx::where(dividend == T(0), substitute) = std::numeric_limits<T>::quiet_NaN();
+            stdx::where(faulty, quotient) = substitute;
+        }
+        return quotient;
+    };
+    map(dst, len, quotientOf, T(1), a, b);
     return stdx::any_of(substituted) ? kelStatusDivByZero : kelStatusOk;
 }
 
@@ -101,15 +99,15 @@ inline void multiplyScaled(const Kel16s* a, const Kel16s* b, Kel16s* dst, std::s
 // Of two elements src only where it compares so; where one is NaN the destination's element stays.
 template <class T>
 void keepGreater(const T* src, T* srcDst, std::size_t len) {
-    map(
-        srcDst, len, [](const Vec<T>& x, const Vec<T>& y) { return greaterOf(x, y); }, T(), src, srcDst);
+    const auto greater = [](const Vec<T>& x, const Vec<T>& y) { return greaterOf(x, y); };
+    map(srcDst, len, greater, T(), src, srcDst);
 }
 
 template <class T>
 void keepLesser(const T* src, T* srcDst, std::size_t len) {
     if constexpr (std::is_floating_point_v<T>) {
-        map(
-            srcDst, len, [](const Vec<T>& x, const Vec<T>& y) { return lesserOf(x, y); }, T(), src, srcDst);
+        const auto lesser = [](const Vec<T>& x, const Vec<T>& y) { return lesserOf(x, y); };
+        map(srcDst, len, lesser, T(), src, srcDst);
     } else {
         for (std::size_t i = 0; i < len; ++i) srcDst[i] = std::min(src[i], srcDst[i]);
     }

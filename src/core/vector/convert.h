@@ -5,8 +5,8 @@
 #include <cstddef>
 
 #include "core/scaling.h"
-#include "core/simd/vec.h"
 #include "core/simd/integers.h"
+#include "core/simd/vec.h"
 
 namespace kels {
 

@@ -24,19 +24,6 @@ Weight** allocateWeights(int rows, int cols) {
     return table;
 }
 
-KelStatus makeSpec(KelFFTSpec_R_32f** ppSpec, int order) {
-    return kelsFFTInitAlloc_R_32f(ppSpec, order, kelFftNoDiv, kelHintAccurate);
-}
-KelStatus makeSpec(KelFFTSpec_R_16s32s** ppSpec, int order) {
-    return kelsFFTInitAlloc_R_16s32s(ppSpec, order, kelFftNoDiv, kelHintAccurate);
-}
-void freeSpec(KelFFTSpec_R_32f* pSpec) {
-    if (pSpec != nullptr) kelsFFTFree_R_32f(pSpec);
-}
-void freeSpec(KelFFTSpec_R_16s32s* pSpec) {
-    if (pSpec != nullptr) kelsFFTFree_R_16s32s(pSpec);
-}
-
 // The centres and the two tables of weights.
 template <class Bank>
 bool allocateTriangles(Bank& bank) {
@@ -53,7 +40,7 @@ bool allocateTriangles(Bank& bank) {
 // The bank's own transform and the buffer that it runs in.
 template <class Bank>
 bool allocateTransform(Bank& bank) {
-    if (makeSpec(&bank.fftSpec, bank.fftOrder) != kelStatusOk) return false;
+    if (buildSpec(&bank.fftSpec, bank.fftOrder, kelFftNoDiv, kelHintAccurate) != kelStatusOk) return false;
     const int64_t workBytes = int64_t{bank.fftSpec->bufferSize} + 15;  // of any alignment
     const int64_t bufLen = int64_t{bank.fftLen2} + 2 + (workBytes + 3) / 4;
     return (bank.fftBuf = allocateCleared<typename Bank::Weight>(bufLen)) != nullptr;
@@ -85,7 +72,7 @@ void release(Bank& bank) {
     kelsFree(bank.rising);
     kelsFree(bank.falling);
     kelsFree(bank.fftBuf);
-    freeSpec(bank.fftSpec);
+    releaseSpec(bank.fftSpec);
     bank.centres = nullptr;
     bank.rising = nullptr;
     bank.falling = nullptr;

@@ -1,3 +1,4 @@
+// Real transforms against the definition in extended precision, products of spectra, autocorrelation.
 #include <algorithm>
 #include <complex>
 #include <memory>

@@ -1,3 +1,4 @@
+// Dot products, sums and extrema.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
