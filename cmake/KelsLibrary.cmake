@@ -1,6 +1,6 @@
 # kels_arch_flags(ARCH OUT): the compiler flags of an instruction set.
-# On i386 float arithmetic goes through SSE2, so that both ABIs round alike, and the stack is realigned on entry: that ABI
-# promises an alignment to 4 bytes only, and vectors need 16.
+# On i386 float arithmetic goes through SSE2, so that both ABIs round alike, and the stack is realigned on entry: that
+# ABI promises an alignment to 4 bytes only, and vectors need 16.
 function(kels_arch_flags arch out)
   if(arch STREQUAL "i386")
     set(pointer_size 4)
@@ -36,8 +36,8 @@ endfunction()
 # folder.
 # -ffp-contract=off: the order and rounding of operations is part of many contracts; fused operations are written out.
 # -fno-math-errno: the library reports by status, never by errno, and the square root stays one instruction.
-# No exceptions, no RTTI, C linkage of the link step and --as-needed, for CMake names the C++ library to it all the same:
-# the result needs libc and libm alone.
+# No exceptions, no RTTI, C linkage of the link step and --as-needed, for CMake names the C++ library to it all the
+# same: the result needs libc and libm alone.
 function(kels_add_library target arch subfolder)
   kels_arch_flags(${arch} arch_flags)
   add_library(${target}_objects OBJECT ${kels_sources})

@@ -1,19 +1,48 @@
-/* Aligned memory, the version record and one-dimensional vector kernels.
+/** @defgroup core Memory, version and vectors
  *
- * All kernels: a null pointer gives -8 (kelStatusNullPtr), a length below 1 then gives -6 (kelStatusSize); where a
- * function has further checks they follow in the order given.  Arrays belong to the caller.  An operation may run in
- * place (destination the same array as a source); otherwise arrays must not overlap unless stated.
+ * Aligned memory, the version record, and functions on one-dimensional arrays.
+ *
+ * @code{.c}
+ * float* x = kelsMalloc_32f(100);
+ * float energy = 0;
+ * if (x != NULL && kelsSet_32f(0.5f, x, 100) == kelStatusOk && kelsDotProd_32f(x, x, 100, &energy) == kelStatusOk) {
+ *     printf("%.1f\n", energy);
+ * }
+ * kelsFree(x);
+ * @endcode
+ *
+ * ## Ownership
+ * Arrays belong to the caller.  The destination may be the same array as a source; otherwise arrays must not overlap
+ * unless a group allows it.
+ *
+ * ## Accuracy
+ * Element-wise results are those of one IEEE operation in the caller's rounding mode, or a stated number of units in
+ * the last place (ULP) from the exact value.  Integer results are rounded as stated in every rounding mode of the
+ * caller.
+ *
+ * ## Checks, in order
+ * 1. kelStatusNullPtr: a pointer is null.
+ * 2. kelStatusSize: len is below 1.
+ * 3. What a group states.
+ *
+ * ## Threads
+ * There is no shared state, except that the allocator is that of the C library.
+ *
+ * ## Source
+ * Sums follow T. Ogita, S. M. Rump and S. Oishi, "Accurate Sum and Dot Product", SIAM J. Sci. Comput. 26(6), 2005.
+ * @{
  */
 #ifndef KELS_CORE_H
 #define KELS_CORE_H
 
-#include "types.h"
+#include "kels/types.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/* ---- memory and version ------------------------------------------------------------------------------------------ */
+/** @name Memory and version
+ * @{ */
 
 /* n elements, 32-byte aligned and not cleared; null when n is below 1, the size in bytes does not fit, or memory is
  * out.  The block belongs to the caller until kelsFree; the word just before it is the library's.
@@ -37,8 +66,10 @@ typedef struct {
 
 /* The library's constant version record: the same pointer on every call. */
 KELS_API const KelLibVersion* kelsrGetLibVersion(void);
+/** @} */
 
-/* ---- fill, copy, move -------------------------------------------------------------------------------------------- */
+/** @name Fill, copy, move
+ * @{ */
 
 /* pDst[i] = val, or 0.  Arrays of some megabytes are written past the caches. */
 KELS_API KelStatus kelsSet_8u(Kel8u val, Kel8u* pDst, int len);
@@ -57,8 +88,10 @@ KELS_API KelStatus kelsCopy_16s(const Kel16s* pSrc, Kel16s* pDst, int len);
 KELS_API KelStatus kelsCopy_32f(const Kel32f* pSrc, Kel32f* pDst, int len);
 KELS_API KelStatus kelsCopy_64f(const Kel64f* pSrc, Kel64f* pDst, int len);
 KELS_API KelStatus kelsMove_32f(const Kel32f* pSrc, Kel32f* pDst, int len);
+/** @} */
 
-/* ---- conversion -------------------------------------------------------------------------------------------------- */
+/** @name Conversion
+ * @{ */
 
 /* The same value in another type; 32s to 32f rounds to the nearest float, ties to even. */
 KELS_API KelStatus kelsConvert_8u32f(const Kel8u* pSrc, Kel32f* pDst, int len);
@@ -73,8 +106,8 @@ KELS_API KelStatus kelsConvert_32s32f_Sfs(const Kel32s* pSrc, Kel32f* pDst, int 
 KELS_API KelStatus kelsConvert_16s64f_Sfs(const Kel16s* pSrc, Kel64f* pDst, int len, int scaleFactor);
 
 /* pDst[i] = pSrc[i] * 2^-scaleFactor as an integer: rounded to the nearest with ties to even for rndMode 1, toward zero
- * for every other rndMode, and saturated.  NaN gives the smallest integer.  The exponent -scaleFactor is held to
- * -150..128.  The caller's own rounding mode has no influence and is left as it is.
+ * for every other rndMode, and saturated.  NaN gives the smallest integer.  scaleFactor is held to -128..150.  The
+ * caller's own rounding mode has no influence and is left as it is.
  */
 KELS_API KelStatus kelsConvert_32f16s_Sfs(const Kel32f* pSrc, Kel16s* pDst, int len, int rndMode, int scaleFactor);
 KELS_API KelStatus kelsConvert_32f32s_Sfs(const Kel32f* pSrc, Kel32s* pDst, int len, int rndMode, int scaleFactor);
@@ -85,8 +118,10 @@ KELS_API KelStatus kelsConvert_32s16s_Sfs(const Kel32s* pSrc, Kel16s* pDst, int 
 
 /* The nearest float; values beyond the largest float become +-3.4028235e38, and NaN becomes -3.4028235e38. */
 KELS_API KelStatus kelsConvert_64f32f(const Kel64f* pSrc, Kel32f* pDst, int len);
+/** @} */
 
-/* ---- element-wise arithmetic ------------------------------------------------------------------------------------- */
+/** @name Element-wise arithmetic
+ * @{ */
 
 /* pSrcDst[i] += pSrc[i]; pDst[i] = pSrc[i] + val, which for val 0 (of either sign) is a copy to the bit. */
 KELS_API KelStatus kelsAdd_32f_I(const Kel32f* pSrc, Kel32f* pSrcDst, int len);
@@ -115,14 +150,14 @@ KELS_API KelStatus kelsMulC_32f_I(Kel32f val, Kel32f* pSrcDst, int len);
 KELS_API KelStatus kelsMulC_64f_I(Kel64f val, Kel64f* pSrcDst, int len);
 
 /* pDst[i] = pSrc2[i] / pSrc1[i]: the divisor comes first.  Where the divisor is 0 or NaN the result is +infinity for a
- * positive dividend, NaN for a dividend of 0, -infinity for any other (negative or NaN), and the call returns 6
- * (kelStatusDivByZero) after all elements are written.
+ * positive dividend, NaN for a dividend of 0, -infinity for any other (negative or NaN), and the call returns
+ * kelStatusDivByZero after all elements are written.
  */
 KELS_API KelStatus kelsDiv_32f(const Kel32f* pSrc1, const Kel32f* pSrc2, Kel32f* pDst, int len);
 KELS_API KelStatus kelsDiv_64f(const Kel64f* pSrc1, const Kel64f* pSrc2, Kel64f* pDst, int len);
 
-/* Multiplication by 1/val, with the particular cases of MulC for 1/val.  A val that is 0 or NaN gives -10
- * (kelStatusDivByZeroErr) and nothing is written.
+/* Multiplication by 1/val, with the particular cases of MulC for 1/val.  A val that is 0 or NaN gives
+ * kelStatusDivByZeroErr, and nothing is written.
  */
 KELS_API KelStatus kelsDivC_32f(const Kel32f* pSrc, Kel32f val, Kel32f* pDst, int len);
 KELS_API KelStatus kelsDivC_32f_I(Kel32f val, Kel32f* pSrcDst, int len);
@@ -133,8 +168,10 @@ KELS_API KelStatus kelsDivC_64f_I(Kel64f val, Kel64f* pSrcDst, int len);
 KELS_API KelStatus kelsMaxEvery_32f_I(const Kel32f* pSrc, Kel32f* pSrcDst, int len);
 KELS_API KelStatus kelsMinEvery_32f_I(const Kel32f* pSrc, Kel32f* pSrcDst, int len);
 KELS_API KelStatus kelsMinEvery_32s_I(const Kel32s* pSrc, Kel32s* pSrcDst, int len);
+/** @} */
 
-/* ---- sums and extrema -------------------------------------------------------------------------------------------- */
+/** @name Sums and extrema
+ * @{ */
 
 /* *pDp = sum of pSrc1[i] * pSrc2[i].  The float forms lose no more than an 80-bit accumulator rounded once at the end,
  * also where the terms cancel; kelsDotProd_32f is in nearly all cases the correctly rounded sum.  The 16-bit forms sum
@@ -146,7 +183,7 @@ KELS_API KelStatus kelsDotProd_32f64f(const Kel32f* pSrc1, const Kel32f* pSrc2, 
 KELS_API KelStatus kelsDotProd_16s64s(const Kel16s* pSrc1, const Kel16s* pSrc2, int len, int64_t* pDp);
 KELS_API KelStatus kelsDotProd_16s32f(const Kel16s* pSrc1, const Kel16s* pSrc2, int len, Kel32f* pDp);
 
-/* *pSum = sum of pSrc[i].  hint 1 (kelHintFast) sums in single precision within blocks of 32768 elements and adds the
+/* *pSum = sum of pSrc[i].  The hint kelHintFast sums in single precision within blocks of 32768 elements and adds the
  * blocks in extended precision; every other hint is as accurate as the dot product above.  An array that is not aligned
  * to 4 bytes is summed element by element in extended precision.
  */
@@ -167,21 +204,23 @@ KELS_API KelStatus kelsMin_64f(const Kel64f* pSrc, int len, Kel64f* pMin);
 /* The same with its index, from 0.  A null pIndx is allowed: only the value is wanted. */
 KELS_API KelStatus kelsMaxIndx_32f(const Kel32f* pSrc, int len, Kel32f* pMax, int* pIndx);
 KELS_API KelStatus kelsMaxIndx_64f(const Kel64f* pSrc, int len, Kel64f* pMax, int* pIndx);
+/** @} */
 
-/* ---- absolute value, roots, logarithm, magnitude ----------------------------------------------------------------- */
+/** @name Absolute value, roots, logarithm, magnitude
+ * @{ */
 
 /* pDst[i] = |pSrc[i]|, exact; the sign of NaN is cleared too. */
 KELS_API KelStatus kelsAbs_64f(const Kel64f* pSrc, Kel64f* pDst, int len);
 
-/* pSrcDst[i] = its square root.  A negative element becomes NaN, and the call returns 3 (kelStatusSqrtNegative) after
- * all elements are done.
+/* pSrcDst[i] = its square root.  A negative element becomes NaN, and the call returns kelStatusSqrtNegative after all
+ * elements are done.
  */
 KELS_API KelStatus kelsSqrt_64f_I(Kel64f* pSrcDst, int len);
 
 /* pDst[i] = ln(pSrc[i]) * 2^-scaleFactor.  For scaleFactor >= 0 the logarithm is first rounded to the nearest integer
  * (0..21) and then shifted right without rounding; for scaleFactor < 0 the scaled logarithm is computed in double
  * precision and rounded to the nearest, saturated.  0 and negative elements give -2147483648 whatever the scale; the
- * first of them decides the status, 7 (kelStatusLogZero) or 8 (kelStatusLogNegative).
+ * first of them decides the status, kelStatusLogZero or kelStatusLogNegative.
  */
 KELS_API KelStatus kelsLn_32s_Sfs(const Kel32s* pSrc, Kel32s* pDst, int len, int scaleFactor);
 KELS_API KelStatus kelsLn_32s_ISfs(Kel32s* pSrcDst, int len, int scaleFactor);
@@ -195,15 +234,16 @@ KELS_API KelStatus kelsMagnitude_32sc_Sfs(const Kel32sc* pSrc, Kel32s* pDst, int
 
 /* x becomes 1 / sqrt(x), in the integer forms times 2^-scaleFactor, rounded to the nearest and saturated.  An element
  * below the threshold is replaced by the threshold itself (not its root; in the integer forms unscaled).  A threshold
- * not above 0, or below 1 in the integer forms, gives -5 (kelStatusBadArg); 4 (kelStatusNoOperation) is returned when
- * every element was below it.  32s16s takes separate arrays.
+ * not above 0, or below 1 in the integer forms, gives kelStatusBadArg.  kelStatusNoOperation is returned when every
+ * element was below it.  32s16s takes separate arrays.
  */
 KELS_API KelStatus kelsRecSqrt_32f(Kel32f* pSrcDst, int len, Kel32f threshold);
 KELS_API KelStatus kelsRecSqrt_32s_Sfs(Kel32s* pSrcDst, int len, Kel32s threshold, int scaleFactor);
 KELS_API KelStatus kelsRecSqrt_32s16s_Sfs(const Kel32s* pSrc, Kel16s* pDst, int len, Kel32s threshold, int scaleFactor);
+/** @} */
 
 #ifdef __cplusplus
 }
 #endif
-
+/** @} */
 #endif

@@ -1,19 +1,37 @@
-/* What the processor can do, and the floating-point control state of the calling thread.
+/** @defgroup cpu Processor services
  *
- * For applications: no other function of the library looks at the processor or is changed by what is set here, except
- * that arithmetic without a stated rounding follows the rounding mode.  Queries return 1 for yes and 0 for no.  The
- * control functions act on the calling thread alone.
+ * What the processor can do, and the floating-point control state of the calling thread, for applications that look
+ * after either themselves.
+ *
+ * @code{.c}
+ * const unsigned int before = kel_control87(0, 0);
+ * kel_control87(kelFpuPrecision53, kelFpuPrecisionMask);
+ * // ... arithmetic of the x87 unit with the precision of a double ...
+ * kel_control87(before, kelFpuPrecisionMask);
+ * if (kel_is_vbz_extension() == 0) puts("this processor has no SSE2");
+ * @endcode
+ *
+ * ## What it computes
+ * Queries return 1 for yes and 0 for no.  They ask the processor anew in every call.
+ *
+ * No other function of the library looks at the processor, and none is changed by what is set here, except that
+ * arithmetic without a stated rounding follows the rounding mode.
+ *
+ * ## Threads
+ * The control functions act on the calling thread alone.
+ * @{
  */
 #ifndef KELS_CPU_H
 #define KELS_CPU_H
 
-#include "types.h"
+#include "kels/types.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/* ---- processor --------------------------------------------------------------------------------------------------- */
+/** @name Processor
+ * @{ */
 
 KELS_API int kel_has_cpuid(void);         /* the CPUID instruction: bit 21 of the flags register can be changed */
 KELS_API int kel_max_cpuid_input(void);   /* the highest standard CPUID leaf, 0 without CPUID */
@@ -33,10 +51,12 @@ KELS_API int kel_get_talvine_ident(void);
 
 /* The time-stamp counter. */
 KELS_API uint64_t kel_get_talvine_counter(void);
+/** @} */
 
-/* ---- control registers, in their hardware layout ----------------------------------------------------------------- */
+/** @name Control registers, in their hardware layout
+ * @{ */
 
-/* MXCSR takes its power-on value 0x1F80: exceptions masked, rounding to nearest, flags clear.  Returns the old value. */
+/* MXCSR takes its power-on value 0x1F80: exceptions masked, rounding to nearest, flags clear.  Returns what it was. */
 KELS_API int kel_clear_ssx(void);
 
 /* Writes the x87 control word, or MXCSR (of which bits 16 to 31 do not exist and are ignored). */
@@ -51,8 +71,10 @@ KELS_API void kel_set_rc_ssx(int cw);
 
 /* Whether MXCSR has the bit that treats denormals as zeros (bit 6). */
 KELS_API int kel_tst_daz_ssx(void);
+/** @} */
 
-/* ---- x87 unit in a layout of symbols ----------------------------------------------------------------------------- */
+/** @name The x87 unit, in a layout of symbols
+ * @{ */
 
 /* Exceptions: masked (control word) or raised (status). */
 enum {
@@ -82,22 +104,25 @@ enum {
 /* Infinity control: kept by the register, without effect. */
 enum { kelFpuAffineInfinity = 0x40000 };
 
-/* Replaces the bits of the control word that are set in mask by those of newCw and returns the resulting word; with mask
- * 0 only reads.
+/* Replaces the bits of the control word that are set in mask by those of newCw, and returns the resulting word.  With
+ * mask 0 it only reads.
  */
 KELS_API unsigned int kel_control87(unsigned int newCw, unsigned int mask);
 
 /* The raised exceptions; clear87 also clears them and returns what they were. */
 KELS_API unsigned int kel_status87(void);
 KELS_API unsigned int kel_clear87(void);
+/** @} */
 
-/* ---- classification ---------------------------------------------------------------------------------------------- */
+/** @name Classification
+ * @{ */
 
 KELS_API int kel_isnan(double x);  /* 1 for NaN */
 KELS_API int kel_finite(double x); /* 0 for infinities and NaN */
+/** @} */
 
 #ifdef __cplusplus
 }
 #endif
-
+/** @} */
 #endif

@@ -1,28 +1,53 @@
-/* Scalar types, status codes and conventions shared by every function of the library.
+/** @defgroup types Types, statuses and conventions
  *
- * Conventions
- * -----------
- * Names.  kels + operation + types from source to destination + suffixes:
- *   _I     in place: the destination is also a source
- *   _Sfs   integer result scaled by 2^-scaleFactor (scaleFactor is the last argument); _ISfs the same in place
- *   _D2    matrix as one array with a row step counted in elements (not bytes)
- *   _D2L   matrix as an array of row pointers; rows need not be contiguous or in order
- *   C      after the operation: one operand is a constant
+ * What every function of the library has in common: scalar types, status codes, and how names and arguments are to be
+ * read.
  *
- * Arguments.  Sources, destinations, lengths and sizes, then modes; arrays belong to the caller and are never kept.
- * Unless a header says so for a function, source and destination must be the same array or not overlap at all.
+ * @code{.c}
+ * float x[4] = {1, 4, 9, 16}, y[4];
+ * const KelStatus status = kelsMulC_32f(x, 0.5f, y, 4);
+ * if (status < kelStatusOk) puts("an error: nothing has been written");
+ * if (status > kelStatusOk) puts("a warning: all has been written, some of it as a substitute");
+ * @endcode
  *
- * Checks.  Every function validates its arguments before it touches an array and returns at the first fault, in this
- * order unless its own header states another: null pointers (-8), sizes below 1 (-6), row step (-37), scalar domains.
- * After an error nothing has been written.  A positive status is a warning: all outputs are written, some of them hold
- * a documented substitute; the first element that needs a substitute decides which warning is returned.
+ * ## Names
+ * A name is `kels`, the operation, the types from source to destination, and suffixes.  `kelsConvert_32f16s_Sfs`
+ * converts floats to 16-bit integers with a scale factor.
  *
- * Scale factor.  A result r is stored as r * 2^-scaleFactor, rounded, then saturated to the destination's range.  Any
- * int is a valid scaleFactor.  "Half to even" rounds to the nearest integer and ties to the even one.
+ *     8u 16s 32s 32f 64f   unsigned and signed integers, floats; 32fc and 32sc are complex
+ *     _I                   in place: the destination is also a source
+ *     _Sfs                 an integer result is scaled by 2^-scaleFactor; _ISfs: the same in place
+ *     _D2                  a matrix is one array with a row step, which counts elements and not bytes
+ *     _D2L                 a matrix is an array of row pointers; rows need not be contiguous or in order
+ *     C                    behind the operation: one operand is a constant
  *
- * Threads and state.  The library starts no threads, takes no locks and has no mutable global state.  Calls whose
- * outputs are disjoint may run at once.  The caller's floating-point control state (rounding, exception masks) is the
- * same after a call as before it.
+ * ## Shapes and units
+ * Arguments come in this order: sources, destinations, lengths and sizes, then modes.
+ *
+ * A result r is stored as r 2^-scaleFactor, rounded, then saturated to the range of the destination.  Every int is a
+ * valid scaleFactor.  "Half to even" rounds to the nearest integer, and ties to the even one.
+ *
+ * ## Ownership
+ * Arrays belong to the caller and are never kept.  Unless a header says so for a function, source and destination are
+ * either the same array or do not overlap at all.
+ *
+ * ## Checks, in order
+ * A function checks its arguments before it touches an array, and returns at the first fault.  Unless its header states
+ * another order, that is:
+ * 1. kelStatusNullPtr: a pointer is null.
+ * 2. kelStatusSize: a size is below 1.
+ * 3. kelStatusStep: a row step is too small.
+ * 4. kelStatusBadArg, or a status of the family's own: a scalar lies outside its domain.
+ *
+ * A negative status is an error: nothing has been written.  A positive status is a warning: all outputs have been
+ * written, and some of them hold a documented substitute.  The first element that needs a substitute decides which
+ * warning it is.
+ *
+ * ## Threads
+ * The library starts no threads, takes no locks and has no mutable global state.  Calls whose outputs are disjoint may
+ * run at once.  The caller's floating-point control state, rounding and exception masks, is the same after a call as
+ * before it.
+ * @{
  */
 #ifndef KELS_TYPES_H
 #define KELS_TYPES_H
@@ -45,14 +70,15 @@ typedef int32_t Kel32s;
 typedef float Kel32f;
 typedef double Kel64f;
 
+/** Complex numbers. */
 typedef struct {
     Kel32f re, im;
 } Kel32fc;
-
 typedef struct {
     Kel32s re, im;
 } Kel32sc;
 
+/** What a call returns: 0, an error below it, or a warning above it. */
 typedef Kel32s KelStatus;
 
 enum {
@@ -94,11 +120,11 @@ enum {
     kelStatusCdbkShrunk = 31   /* a codebook has another number of codevectors than requested */
 };
 
-/* Algorithm choice of the functions that take a `hint`. */
+/** Algorithm choice of the functions that take a `hint`. */
 enum { kelHintNone = 0, kelHintFast = 1, kelHintAccurate = 2 };
 
 #ifdef __cplusplus
 }
 #endif
-
+/** @} */
 #endif

@@ -40,8 +40,8 @@ class Layout {
     int64_t bytes(std::size_t startAlignment = kBlockAlignment) const {
         const int64_t used = next_ - start_;
         if (start_ != 0) return used;
-        // From a multiple of the largest alignment on, the arrays take what was added up; from a lower start on they end
-        // no later.
+        // From a multiple of the largest alignment on, the arrays take what was added up; from a lower start on they
+        // end no later.
         return used + std::max<int64_t>(mostAligned_ - static_cast<int64_t>(startAlignment), 0);
     }
 

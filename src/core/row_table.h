@@ -7,8 +7,8 @@
 
 namespace kels {
 
-// Each row is 32-byte aligned and padded to a multiple of 8 elements; nothing is cleared.  With rows < 1 a block without
-// pointers, or null where the size of that block is below 1; null, too, where the size does not fit an int.
+// Each row is 32-byte aligned and padded to a multiple of 8 elements; nothing is cleared.  With rows < 1 a block
+// without pointers, or null where the size of that block is below 1; null, too, where the size does not fit an int.
 template <class T>
 T** allocateRows(int rows, int cols);
 

@@ -41,8 +41,8 @@ TEST(Scaling, ShiftsRoundAndSaturateAtEveryCount) {
     }
 }
 
-// root is the nearest to sqrt(v) * 2^-scale if v lies between the squares of its neighbouring halves, scaled; all of them
-// are exact in the x87 format where they have at most 64 bits.
+// root is the nearest to sqrt(v) * 2^-scale if v lies between the squares of its neighbouring halves, scaled; all of
+// them are exact in the x87 format where they have at most 64 bits.
 TEST(Scaling, RootsRoundToTheNearestInEveryMode) {
     test::Random random;
     std::vector<uint64_t> values = {0, 1, 2, 3, 4, UINT64_MAX, UINT64_MAX - 1, uint64_t{0xffffffff} * 0xffffffff};

@@ -24,9 +24,9 @@ struct Places {
 };
 
 // Calls f with every combination of these faults: one of its pointers null, the int at places.step below the width, the
-// one at places.height below leastHeight, the one at places.width 0.  All other ints are good and all floats -1.  Expects
-// the status that comes first in `order` (of kelStatusNullPtr, kelStatusStep and kelStatusSize), and that nothing is
-// written.
+// one at places.height below leastHeight, the one at places.width 0.  All other ints are good and all floats -1.
+// Expects the status that comes first in `order` (of kelStatusNullPtr, kelStatusStep and kelStatusSize), and that
+// nothing is written.
 template <Places places, class... A>
 void expectChecks(const std::vector<KelStatus>& order, int leastHeight, KelStatus (*f)(A...)) {
     constexpr auto n = static_cast<int>(sizeof...(A));
@@ -128,8 +128,8 @@ struct Apart<f> {
 template <auto f>
 constexpr auto apart = &Apart<f>::call;
 
-// For objects whose release keeps their own small block: whichever allocation of make(&object) fails, the object is null
-// (after the first) or `release` takes it, even twice; `released` sees it last.
+// For objects whose release keeps their own small block: whichever allocation of make(&object) fails, the object is
+// null (after the first) or `release` takes it, even twice; `released` sees it last.
 template <class T, class Make, class Released>
 void expectReleasable(Make make, KelStatus (*release)(T*), Released released) {
     failEachAllocation([&](int n, const AllocationWatch& watch) {

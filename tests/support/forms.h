@@ -7,9 +7,9 @@
 //     dotProd.each([](auto* f) { ... });   // all forms in turn
 //     test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, dotProd);
 //
-// A test that is typed by its element type T thus names a function once and never asks which T it is.  Forms that differ
-// in more than their arrays (constants, units, references) are described by a struct with named members, one object
-// for each:
+// A test that is typed by its element type T thus names a function once and never asks which T it is.  Forms that
+// differ in more than their arrays (constants, units, references) are described by a struct with named members, one
+// object for each:
 //
 //     struct Form {
 //         const char* name;
@@ -39,7 +39,8 @@ class Forms {
         return std::get<only(fits<F, A...>...)>(functions_)(std::forward<A>(arguments)...);
     }
 
-    // The same for families of which some forms, as a rule the integer ones, take a scale factor behind everything else.
+    // The same for families of which some forms, as a rule the integer ones, take a scale factor behind everything
+    // else.
     template <class... A>
     auto scaled(int scaleFactor, A&&... arguments) const {
         if constexpr ((fits<F, A..., int> || ...)) {

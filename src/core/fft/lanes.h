@@ -2,9 +2,9 @@
 //
 // The length M is split as L x W, W being the lanes of a vector: lane l takes the samples n = l (mod W), so that W
 // consecutive samples are one vector and L-point transforms run on all lanes at once, with no shuffle and with twiddles
-// that are the same in every lane.  Then W x W blocks are transposed, multiplied by w_M^(k l), and one W-point butterfly
-// across the vectors gives the outputs k + L m for W consecutive k.  The factorisations are those of C. Van Loan,
-// Computational Frameworks for the Fast Fourier Transform, SIAM 1992.
+// that are the same in every lane.  Then W x W blocks are transposed, multiplied by w_M^(k l), and one W-point
+// butterfly across the vectors gives the outputs k + L m for W consecutive k.  The factorisations are those of C. Van
+// Loan, Computational Frameworks for the Fast Fourier Transform, SIAM 1992.
 #pragma once
 
 #include <cstddef>
@@ -135,8 +135,8 @@ inline void butterfly(ComplexOf<V> (&a)[8]) {
 // ---- transforms along the lanes ------------------------------------------------------------------------------------
 // L = 2^order points in every lane, order >= 2, in passes of radix r1, r2, ... (decimation in frequency).  Each pass
 // leaves its results where its operands stood, so that output k = m1 + r1 (m2 + r2 (m3 + ...)) ends up at the position
-// with the same digits in reverse, m1 L / r1 + m2 L / (r1 r2) + ...  A position is a unit, which is no less than a cache
-// line of AVX vectors, so that reading them in this order later costs nothing.
+// with the same digits in reverse, m1 L / r1 + m2 L / (r1 r2) + ...  A position is a unit, which is no less than a
+// cache line of AVX vectors, so that reading them in this order later costs nothing.
 
 // The radix of the first pass, as its logarithm: 8 where nothing smaller than 4 is left.
 constexpr int radixBits(int order) {
@@ -243,7 +243,8 @@ inline void loadColumns(const Kel32f* p, std::size_t step, std::size_t upper, Co
 template <int W>
 inline constexpr int kWidthBits = W == 8 ? 3 : 2;
 
-// M = 2^order >= W^2 points with scratch memory of M complex numbers in the nearest caches; `source` may be this memory.
+// M = 2^order >= W^2 points with scratch memory of M complex numbers in the nearest caches; `source` may be this
+// memory.
 template <int W, class Source, class Sink>
 inline void transformInCache(int order, const Kel32fc* laneTwiddles, const Kel32f* crossTwiddles, Kel32f* scratch,
                              Source source, Sink sink) {

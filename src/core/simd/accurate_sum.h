@@ -1,10 +1,10 @@
 // Sums and dot products that lose no more than an 80-bit accumulator would.
 //
-// Results of type float come from a plain double sum whose error is bounded at the same time: where every value within the
-// bound rounds to the same float, that float is the exact sum rounded once.  Where it does not (the terms cancel), and
-// for results of type double, the sum is compensated: Knuth's two-sum keeps the error of each addition, Dekker's and
-// Kahan's product by fused multiply-add the error of each product (Ogita, Rump, Oishi, "Accurate Sum and Dot Product",
-// SIAM J. Sci. Comput. 26(6), 2005).
+// Results of type float come from a plain double sum whose error is bounded at the same time: where every value within
+// the bound rounds to the same float, that float is the exact sum rounded once.  Where it does not (the terms cancel),
+// and for results of type double, the sum is compensated: Knuth's two-sum keeps the error of each addition, Dekker's
+// and Kahan's product by fused multiply-add the error of each product (Ogita, Rump, Oishi, "Accurate Sum and Dot
+// Product", SIAM J. Sci. Comput. 26(6), 2005).
 #pragma once
 
 #include <algorithm>

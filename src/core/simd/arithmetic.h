@@ -1,5 +1,5 @@
-// Arithmetic of vectors that their operators lack: multiply-add, sums that keep what rounding loses, the greater and the
-// lesser of two, comparisons as integers, and the few 16-bit instructions in use.
+// Arithmetic of vectors that their operators lack: multiply-add, sums that keep what rounding loses, the greater and
+// the lesser of two, comparisons as integers, and the few 16-bit instructions in use.
 #pragma once
 
 #include "core/simd/load_store.h"

@@ -66,7 +66,8 @@ template <class T, class Function>
 
 // ---- sine ----------------------------------------------------------------------------------------------------------
 
-// sin(r) = r + r^3 P(r^2) for |r| <= pi/2.  The reduction is accurate, next to the zeros of the sine too, up to the limit.
+// sin(r) = r + r^3 P(r^2) for |r| <= pi/2.  The reduction is accurate, next to the zeros of the sine too, up to the
+// limit.
 template <class T>
 struct SineRule;
 template <>

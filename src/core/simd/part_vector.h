@@ -1,5 +1,5 @@
-// Rows of any length are loaded in two ways, which kernels take as a policy: whole vectors, and the part of a vector that
-// is left at the end.
+// Rows of any length are loaded in two ways, which kernels take as a policy: whole vectors, and the part of a vector
+// that is left at the end.
 #pragma once
 
 #include "core/simd/load_store.h"

@@ -5,8 +5,8 @@
 
 namespace kels {
 
-// The sums over the lanes of each of four vectors, at dst[0..3]: the vectors are folded together, so that four sums cost
-// little more than one.
+// The sums over the lanes of each of four vectors, at dst[0..3]: the vectors are folded together, so that four sums
+// cost little more than one.
 inline void sumsOf4(const Vec<float>& a, const Vec<float>& b, const Vec<float>& c, const Vec<float>& d, float* dst) {
 #if defined(__AVX512F__)
     const __m512 ab = _mm512_add_ps(_mm512_unpacklo_ps(native(a), native(b)), _mm512_unpackhi_ps(native(a), native(b)));
