@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "core/layout.h"
 #include "support/allocation.h"
 #include "support/numeric.h"
 
@@ -66,6 +67,40 @@ TEST(Memory, RowsArePaddedAlignedAndInsideTheBlock) {
     Kel32s** const none = Alloc2_32s(0, 4);
     EXPECT_NE(none, nullptr);
     Free2d(none);
+}
+
+// Arrays of any alignment lie in order and do not overlap, and the measured size holds them wherever the block begins.
+TEST(Memory, LayoutsPlaceWhatTheyMeasure) {
+    for (const std::size_t blockAlignment : {1, 8, 32, 64}) {
+        Kel8u *small = nullptr, *end = nullptr;
+        Kel64f *line = nullptr, *vectors = nullptr;
+        const auto arrange = [&](Layout& layout) {
+            small = layout.take<Kel8u>(5, 1);
+            line = layout.take<Kel64f>(3, 128);
+            vectors = layout.take<Kel64f>(7);
+            end = layout.take<Kel8u>(1, 1);
+        };
+        Layout measured;
+        arrange(measured);
+        EXPECT_EQ(small, nullptr);
+        const int64_t bytes = measured.bytes(blockAlignment);
+        alignas(128) Kel8u memory[1024];
+        for (std::size_t start = blockAlignment; start < 256; start += blockAlignment) {
+            Layout places(memory + start);
+            arrange(places);
+            EXPECT_TRUE(alignedTo(line, 128) && alignedTo(vectors, 32));
+            EXPECT_EQ(small, memory + start);
+            EXPECT_LE(small + 5, reinterpret_cast<Kel8u*>(line));
+            EXPECT_LE(line + 3, vectors);
+            EXPECT_EQ(end, reinterpret_cast<Kel8u*>(vectors + 7));
+            EXPECT_EQ(places.bytes(), end + 1 - small);
+            EXPECT_LE(places.bytes(), bytes);
+        }
+    }
+    Layout endless;
+    endless.take<Kel64f>(INT64_MAX);
+    endless.take<Kel64f>(INT64_MAX / 16);
+    EXPECT_EQ(allocate<Kel8u>(endless.bytes()), nullptr);
 }
 
 TEST(Version, IsOneConstantRecord) {

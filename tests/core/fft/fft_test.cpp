@@ -201,13 +201,13 @@ TEST(Fft16s, IsTheFloatSpectrumScaledAndRoundedToNearest) {
 
 // ---- statuses and memory -------------------------------------------------------------------------------------------
 
-// Runs `call` with each of its allocations failing: -9, and everything as it was.
+// Runs `call` with each of its allocations failing: the status says so, and everything is as it was.
 template <class Call, class Untouched>
 void expectNoMemory(Call call, Untouched untouched) {
     test::failEachAllocation([&](int n, const test::AllocationWatch& watch) {
         const KelStatus status = call();
         const bool failed = watch.calls() > n;
-        EXPECT_EQ(status, failed ? -9 : 0);
+        EXPECT_EQ(status, failed ? kelStatusNoMemory : kelStatusOk);
         EXPECT_EQ(untouched(), failed);
         EXPECT_TRUE(!failed || watch.unreleased() == 0);
     });
@@ -218,11 +218,11 @@ void checkInit(KelStatus (*init)(S**, int, int, int), KelStatus (*release)(S*)) 
     S* const untouched = reinterpret_cast<S*>(16);
     S* spec = untouched;
     const test::AllocationWatch watch;
-    EXPECT_EQ(init(nullptr, 31, 3, 0), -8);
-    for (const int order : {-1, 31}) EXPECT_EQ(init(&spec, order, 3, 0), -15);
-    for (const int flag : {0, 3, 16}) EXPECT_EQ(init(&spec, 8, flag, 0), -16);
+    EXPECT_EQ(init(nullptr, 31, 3, 0), kelStatusNullPtr);
+    for (const int order : {-1, 31}) EXPECT_EQ(init(&spec, order, 3, 0), kelStatusFftOrder);
+    for (const int flag : {0, 3, 16}) EXPECT_EQ(init(&spec, 8, flag, 0), kelStatusFftFlag);
     if (sizeof(void*) == 4) {
-        EXPECT_EQ(init(&spec, 30, kelFftNoDiv, 0), -9);
+        EXPECT_EQ(init(&spec, 30, kelFftNoDiv, 0), kelStatusNoMemory);
     }
     EXPECT_EQ(watch.unreleased(), 0);
     for (const int order : {0, 8, 16}) {
@@ -230,21 +230,21 @@ void checkInit(KelStatus (*init)(S**, int, int, int), KelStatus (*release)(S*)) 
         EXPECT_EQ(release(std::exchange(spec, untouched)), 0);
     }
     const test::AllocationWatch first(0);
-    EXPECT_EQ(init(&spec, 8, 3, 0), -9);
-    EXPECT_EQ(release(nullptr), -8);
+    EXPECT_EQ(init(&spec, 8, 3, 0), kelStatusNoMemory);
+    EXPECT_EQ(release(nullptr), kelStatusNullPtr);
     Kel32s other[32] = {5};
-    EXPECT_EQ(release(reinterpret_cast<S*>(other)), -17);
+    EXPECT_EQ(release(reinterpret_cast<S*>(other)), kelStatusContextMatch);
 }
 
 TEST(FftStatuses, Specifications) {
     checkInit(kelsFFTInitAlloc_R_32f, kelsFFTFree_R_32f);
     checkInit(kelsFFTInitAlloc_R_16s32s, kelsFFTFree_R_16s32s);
     KelFFTSpec_R_16s32s* none = nullptr;
-    EXPECT_EQ(kelsFFTInitAlloc_R_16s32s(&none, 28, 3, 0), -9);
+    EXPECT_EQ(kelsFFTInitAlloc_R_16s32s(&none, 28, 3, 0), kelStatusNoMemory);
     Kel32s words[32] = {7};
     int size = 99;
     test::expectNullChecks(kelsFFTGetBufSize_R_32f);
-    EXPECT_EQ(kelsFFTGetBufSize_R_32f(reinterpret_cast<KelFFTSpec_R_32f*>(words), &size), -17);
+    EXPECT_EQ(kelsFFTGetBufSize_R_32f(reinterpret_cast<KelFFTSpec_R_32f*>(words), &size), kelStatusContextMatch);
     EXPECT_EQ(size, 99);
 }
 
@@ -254,10 +254,10 @@ void checkTransform(const S* spec, Call f) {
     const S* const wrong = reinterpret_cast<S*>(words);
     const std::vector<T> x(512, T(1));
     std::vector<D> y(514, D(5));
-    EXPECT_EQ(f(static_cast<T*>(nullptr), y.data(), static_cast<S*>(nullptr)), -8);
-    EXPECT_EQ(f(static_cast<T*>(nullptr), y.data(), wrong), -17);
-    EXPECT_EQ(f(static_cast<T*>(nullptr), y.data(), spec), -8);
-    EXPECT_EQ(f(x.data(), static_cast<D*>(nullptr), spec), -8);
+    EXPECT_EQ(f(static_cast<T*>(nullptr), y.data(), static_cast<S*>(nullptr)), kelStatusNullPtr);
+    EXPECT_EQ(f(static_cast<T*>(nullptr), y.data(), wrong), kelStatusContextMatch);
+    EXPECT_EQ(f(static_cast<T*>(nullptr), y.data(), spec), kelStatusNullPtr);
+    EXPECT_EQ(f(x.data(), static_cast<D*>(nullptr), spec), kelStatusNullPtr);
     expectNoMemory([&] { return f(x.data(), y.data(), spec); }, [&] { return y[0] == D(5); });
 }
 
@@ -292,7 +292,7 @@ TEST(MulPackConj, MultipliesPairsByConjugates) {
             EXPECT_TRUE(test::near(y[i + 1], exact.imag(), 2.01 * kUnit * im));
         }
     }
-    test::expectVectorChecks({-8, -6}, kelsMulPackConj_32f_I);
+    test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsMulPackConj_32f_I);
 }
 
 TEST(AutoCorr, DirectSumsAreRoundedOnceAndTransformsAreClose) {
@@ -321,8 +321,8 @@ TEST(AutoCorr, DirectSumsAreRoundedOnceAndTransformsAreClose) {
 
 TEST(AutoCorr, StatusesAndMemory) {
     Floats x(800, 1.0f), y(900, 5.0f);
-    test::expectChecks<test::Places{-1, 3, 1}>({-8, -6}, 1, kelsAutoCorr_32f);
-    EXPECT_EQ(kelsAutoCorr_32f(x.data(), (1 << 29) + 1, y.data(), 700), -15);
+    test::expectChecks<test::Places{.height = 3, .width = 1}>({kelStatusNullPtr, kelStatusSize}, 1, kelsAutoCorr_32f);
+    EXPECT_EQ(kelsAutoCorr_32f(x.data(), (1 << 29) + 1, y.data(), 700), kelStatusFftOrder);
     expectNoMemory([&] { return kelsAutoCorr_32f(x.data(), 800, y.data(), 900); },
                    [&] { return y == Floats(900, 5.0f); });
 }

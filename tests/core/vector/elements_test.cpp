@@ -60,7 +60,8 @@ TEST(Elements, Arithmetic) {
         if (std::fabs(divisor) > 0) return dividend / divisor;
         return static_cast<decltype(divisor)>(dividend > 0 ? kInf : dividend == 0 ? kNaN : -kInf);
     };
-    expectElements(quotient, {.inPlace = true, .statuses = {0, 6}}, kelsDiv_32f, kelsDiv_64f);
+    expectElements(quotient, {.inPlace = true, .statuses = {kelStatusOk, kelStatusDivByZero}}, kelsDiv_32f,
+                   kelsDiv_64f);
     const auto scaled = [](int a, int b, int, int, int scale) { return test::halfEven<Kel16s>(a * b, scale); };
     Options scales = {.scalars = {INT_MIN, INT_MAX}, .inPlace = true};
     for (int scale = -33; scale < 34; ++scale) scales.scalars.push_back(scale);
@@ -68,7 +69,9 @@ TEST(Elements, Arithmetic) {
 }
 
 TEST(Elements, Constants) {
-    const Options constants = {{0.0, -0.0, 1, -1, 0.1, 3e-5, kInf, kNaN}, true, {0, -10}};
+    const Options constants = {.scalars = {0.0, -0.0, 1, -1, 0.1, 3e-5, kInf, kNaN},
+                               .inPlace = true,
+                               .statuses = {kelStatusOk, kelStatusDivByZeroErr}};
     const auto product = [](auto x, auto c) { return c == 0 ? decltype(x)(0) : x * c; };
     const auto ratio = [=](auto x, auto c, auto before) { return std::fabs(c) > 0 ? product(x, 1 / c) : before; };
     expectElements([](auto x, auto c, auto...) { return c == 0 ? x : x + c; }, constants, kelsAddC_32f);
@@ -140,16 +143,19 @@ TEST(Elements, DoublesToFloats) {
 
 TEST(Elements, AbsoluteValuesAndRoots) {
     expectElements([](double x, auto...) { return std::fabs(x); }, kInPlace, kelsAbs_64f);
-    expectElements([](double x, int) { return std::sqrt(x); }, {.statuses = {0, 3}}, kelsSqrt_64f_I);
+    expectElements([](double x, int) { return std::sqrt(x); }, {.statuses = {kelStatusOk, kelStatusSqrtNegative}},
+                   kelsSqrt_64f_I);
     // A bad threshold leaves all as it is.
     const auto reciprocal = [](Kel32f x, int, Kel32f threshold) {
         if (!(threshold > 0)) return Ulps{x, 0};
         // Half a unit from the division; up to one from the root, near the upper end of a binade.
         return x < threshold ? Ulps{threshold, 0} : Ulps{1 / std::sqrt(static_cast<long double>(x)), 1.5};
     };
-    const Options thresholds = {{0.3, 1e-4, 100, 0, -0.0, -1, kNaN}, false, {0, 4, -5}};
+    const Options thresholds = {
+        {0.3, 1e-4, 100, 0, -0.0, -1, kNaN}, false, {kelStatusOk, kelStatusNoOperation, kelStatusBadArg}};
     expectElements(reciprocal, thresholds, kelsRecSqrt_32f);
-    const Options options = {{4, -6, 1, -15, 40000, -24, 3, 2, 1, INT_MIN, 0}, false, {0, 4, -5}};
+    const Options options = {
+        {4, -6, 1, -15, 40000, -24, 3, 2, 1, INT_MIN, 0}, false, {kelStatusOk, kelStatusNoOperation, kelStatusBadArg}};
     const auto scaledReciprocal = [](int x, auto before, int threshold, int scale) {
         using D = decltype(before);
         if (threshold < 1) return before;
@@ -186,7 +192,8 @@ TEST(Elements, IntegerLogarithms) {
         if (scale >= 0) return Near{static_cast<long double>(std::lround(exact) >> std::min(scale, 31)), 0};
         return Near{std::min(test::scaled(exact, scale), 2147483647.0L), 0.5L + 0x1p-20L};
     };
-    const Options options = {{0, 1, 4, 31, 1000, -1, -10, -27, -31, INT_MIN}, true, {0, 7, 8}};
+    const Options options = {
+        {0, 1, 4, 31, 1000, -1, -10, -27, -31, INT_MIN}, true, {kelStatusOk, kelStatusLogZero, kelStatusLogNegative}};
     expectElements([=](int x, int, int, int scale) { return logarithm(x, scale); }, options, kelsLn_32s_Sfs);
     expectElements([=](int x, int, int scale) { return logarithm(x, scale); }, options, kelsLn_32s_ISfs);
     for (int k = 0; k < 21; ++k) {  // the integers beside the edges between results
@@ -225,16 +232,17 @@ TEST(Elements, Warnings) {
 
 TEST(Elements, Checks) {
     test::expectVectorChecks(
-        {-8, -6}, kelsZero_8u, kelsZero_16s, kelsZero_32f, kelsZero_64f, kelsCopy_8u, kelsCopy_16s, kelsCopy_32f,
-        kelsCopy_64f, kelsMove_32f, kelsConvert_8u32f, kelsConvert_16s32f, kelsConvert_32s32f, kelsConvert_16s32f_Sfs,
-        kelsConvert_32s32f_Sfs, kelsConvert_16s64f_Sfs, kelsConvert_32f16s_Sfs, kelsConvert_32f32s_Sfs,
-        kelsConvert_64f32s_Sfs, kelsConvert_32s16s_Sfs, kelsConvert_64f32f, kelsAdd_32f_I, kelsAdd_64f_I, kelsAddC_32f,
-        kelsSub_32f, kelsSub_64f, kelsSub_16s, kelsSub_32f_I, kelsSub_64f_I, kelsMul_32f, kelsMul_16s_Sfs, kelsMulC_32f,
-        kelsMulC_64f, kelsMulC_32f_I, kelsMulC_64f_I, kelsDiv_32f, kelsDiv_64f, kelsDivC_32f, kelsDivC_32f_I,
-        kelsDivC_64f, kelsDivC_64f_I, kelsMaxEvery_32f_I, kelsMinEvery_32f_I, kelsMinEvery_32s_I, kelsAbs_64f,
-        kelsSqrt_64f_I, kelsLn_32s_Sfs, kelsLn_32s_ISfs, kelsMagnitude_32fc, kelsMagnitude_32sc_Sfs, kelsSet_8u,
-        kelsSet_16s, kelsSet_32f, kelsSet_64f, kelsRecSqrt_32f, kelsRecSqrt_32s_Sfs, kelsRecSqrt_32s16s_Sfs);
-    test::expectChecks<test::Places{-1, -1, 2}>({-8, -6}, 1, kelsSet_32s);
+        {kelStatusNullPtr, kelStatusSize}, kelsZero_8u, kelsZero_16s, kelsZero_32f, kelsZero_64f, kelsCopy_8u,
+        kelsCopy_16s, kelsCopy_32f, kelsCopy_64f, kelsMove_32f, kelsConvert_8u32f, kelsConvert_16s32f,
+        kelsConvert_32s32f, kelsConvert_16s32f_Sfs, kelsConvert_32s32f_Sfs, kelsConvert_16s64f_Sfs,
+        kelsConvert_32f16s_Sfs, kelsConvert_32f32s_Sfs, kelsConvert_64f32s_Sfs, kelsConvert_32s16s_Sfs,
+        kelsConvert_64f32f, kelsAdd_32f_I, kelsAdd_64f_I, kelsAddC_32f, kelsSub_32f, kelsSub_64f, kelsSub_16s,
+        kelsSub_32f_I, kelsSub_64f_I, kelsMul_32f, kelsMul_16s_Sfs, kelsMulC_32f, kelsMulC_64f, kelsMulC_32f_I,
+        kelsMulC_64f_I, kelsDiv_32f, kelsDiv_64f, kelsDivC_32f, kelsDivC_32f_I, kelsDivC_64f, kelsDivC_64f_I,
+        kelsMaxEvery_32f_I, kelsMinEvery_32f_I, kelsMinEvery_32s_I, kelsAbs_64f, kelsSqrt_64f_I, kelsLn_32s_Sfs,
+        kelsLn_32s_ISfs, kelsMagnitude_32fc, kelsMagnitude_32sc_Sfs, kelsSet_8u, kelsSet_16s, kelsSet_32f, kelsSet_64f,
+        kelsRecSqrt_32f, kelsRecSqrt_32s_Sfs, kelsRecSqrt_32s16s_Sfs);
+    test::expectChecks<test::Places{.width = 2}>({kelStatusNullPtr, kelStatusSize}, 1, kelsSet_32s);
 }
 
 }  // namespace
