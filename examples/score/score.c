@@ -23,7 +23,7 @@ int main(void) {
     kelsOutProbPreCalc_32f(logWeight, det, gConst, components);
 
     /* Each component over the whole block: its own scores, and its share of the frames' likelihoods. */
-    kelsSet_32f(-4500000.0f, total, frames); /* the logarithm of zero */
+    kelsSet_32f(KELS_LOG_ZERO_32F, total, frames);
     for (c = 0; c < components; ++c) {
         kelsLogGauss_32f_D2(block[0], width, mean[c], ivar[c], width, score[c], frames, gConst[c]);
         kelsLogGaussAdd_32f_D2(block[0], width, mean[c], ivar[c], width, total, frames, gConst[c]);

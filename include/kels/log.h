@@ -77,6 +77,10 @@
 
 #include "kels/types.h"
 
+/** The logarithm of zero: what sums of likelihoods begin with. */
+#define KELS_LOG_ZERO_32F (-4500000.0f)
+#define KELS_LOG_ZERO_64F (-1e10)
+
 #ifdef __cplusplus
 extern "C" {
 #endif

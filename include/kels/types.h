@@ -54,10 +54,13 @@
 
 #include <stdint.h>
 
+/** What stands before every declaration; a program may define it otherwise. */
+#ifndef KELS_API
 #if defined(__GNUC__)
 #define KELS_API __attribute__((visibility("default")))
 #else
 #define KELS_API
+#endif
 #endif
 
 #ifdef __cplusplus
@@ -119,6 +122,9 @@ enum {
     kelStatusZeroOcc = 16,     /* the occupation count is zero: nothing is updated */
     kelStatusCdbkShrunk = 31   /* a codebook has another number of codevectors than requested */
 };
+
+/** Rounding of the conversions that take an rndMode: everything but kelRndNear is toward zero. */
+enum { kelRndZero = 0, kelRndNear = 1 };
 
 /** Algorithm choice of the functions that take a `hint`. */
 enum { kelHintNone = 0, kelHintFast = 1, kelHintAccurate = 2 };

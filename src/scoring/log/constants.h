@@ -4,13 +4,13 @@
 
 #include <cstddef>
 
-#include "kels/types.h"
+#include "kels/log.h"
 
 namespace kels::log {
 
 // What stands for the logarithm of zero.
-inline constexpr Kel32f kLogZero32 = -4500000.0f;
-inline constexpr Kel64f kLogZero64 = -1e10;
+inline constexpr Kel32f kLogZero32 = KELS_LOG_ZERO_32F;
+inline constexpr Kel64f kLogZero64 = KELS_LOG_ZERO_64F;
 inline constexpr Kel64f kBelowIsLogZero64 = -9e9;
 
 // Below this difference the smaller operand is ignored: e^d < 2.3e-7 in single precision, 1e-10 in double.
