@@ -1,5 +1,5 @@
-# Headers, library, CMake package and pkg-config file.  The builds for newer processors go to glibc-hwcaps/<level> beside
-# the library, where the system's loader prefers them on a machine that can run them.
+# Headers, library, CMake package and pkg-config file.  The builds for newer processors go to glibc-hwcaps/<level>
+# beside the library, where the system's loader prefers them on a machine that can run them.
 include(CMakePackageConfigHelpers)
 
 # `cmake --build ... --target uninstall` removes what the last installation from this build folder wrote.

@@ -72,5 +72,6 @@ function(kels_add_library target arch subfolder)
   endif()
   target_link_libraries(${target} PRIVATE m)
   target_include_directories(
-    ${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    ${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+                        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endfunction()

@@ -213,8 +213,8 @@ void BM_LPToLSP_kels(benchmark::State& state) {
 }
 BENCHMARK(BM_LPToLSP_kels)->ArgsProduct({{10, 16, 40}, {0, 1, 2, 3}});
 
-// The usual grid: each polynomial in turn at 100 points from 1 down to -1, then bisection of the change of sign.  Orders
-// are even.
+// The usual grid: each polynomial in turn at 100 points from 1 down to -1, then bisection of the change of sign.
+// Orders are even.
 Kel32f chebyshev(const Floats& c, Kel32f x) {
     Kel32f b1 = 0, b2 = 0;
     for (std::size_t i = c.size() - 1; i > 0; --i) {

@@ -1,6 +1,6 @@
 // Column statistics beside Eigen's column-wise operations, plain loops at -O3 and the speed at which the block can be
-// read at all; accumulation and distances of Gaussians beside plain loops.  The argument is the width; blocks have 10000
-// rows.
+// read at all; accumulation and distances of Gaussians beside plain loops.  The argument is the width; blocks have
+// 10000 rows.
 #include <benchmark/benchmark.h>
 #include <kels.h>
 
@@ -45,7 +45,7 @@ void add(const char* name, Call call) {
     for (const int width : {13, 26, 39}) b->Arg(width);
 }
 
-// ---- plain loops -----------------------------------------------------------------------------------------------------
+// ---- plain loops ---------------------------------------------------------------------------------------------------
 
 template <class T, class S>
 [[gnu::noinline]] void plainMeanVar(const T* x, int height, int width, T* mean, T* var, S* s1, S* s2) {

@@ -1,5 +1,5 @@
-// A codec for speech features: mel cepstra at 100 frames a second, cut into pairs, each pair replaced by the index of the
-// nearest vector of a small codebook.  What goes over the line are those indices, packed bit by bit.
+// A codec for speech features: mel cepstra at 100 frames a second, cut into pairs, each pair replaced by the index of
+// the nearest vector of a small codebook.  What goes over the line are those indices, packed bit by bit.
 #include <sndfile.h>
 #include <unistd.h>
 
@@ -55,8 +55,7 @@ void appendFeatures(const std::filesystem::path& file, Features& features) {
     if (info.channels != 1 || info.samplerate < 4000 || info.frames > 1 << 26)
         input.fail("is not one channel of at least 4 kHz and a sane length");
     std::vector<float> samples(static_cast<std::size_t>(info.frames));
-    samples.resize(
-        static_cast<std::size_t>(input.read(samples.data(), info.frames)));
+    samples.resize(static_cast<std::size_t>(input.read(samples.data(), info.frames)));
 
     const int frame = info.samplerate / 40, step = info.samplerate / kFramesPerSecond;
     constexpr int filters = 23;

@@ -12,8 +12,8 @@ namespace common {
 // Throws std::runtime_error when both names mean the same file, also through a link.
 void refuseToOverwrite(const std::filesystem::path& input, const std::filesystem::path& output);
 
-// A new file beside the one that it is to become.  finish() puts it there; without it the new file vanishes.  A device or
-// a pipe is written as it is.  What goes wrong is thrown as a std::runtime_error that names the file.
+// A new file beside the one that it is to become.  finish() puts it there; without it the new file vanishes.  A device
+// or a pipe is written as it is.  What goes wrong is thrown as a std::runtime_error that names the file.
 class OutputFile {
   public:
     explicit OutputFile(std::filesystem::path file);

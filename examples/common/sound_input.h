@@ -9,14 +9,14 @@
 
 namespace common {
 
-// Failures are thrown as std::runtime_error: no such file, a folder, an empty file, no sound file, a damaged one, samples
-// that are not finite numbers, and a file that ends without any sample.
+// Failures are thrown as std::runtime_error: no such file, a folder, an empty file, no sound file, a damaged one,
+// samples that are not finite numbers, and a file that ends without any sample.
 class SoundInput {
   public:
     explicit SoundInput(std::filesystem::path file);
     const SF_INFO& info() const { return info_; }
-    // At most `frames` times the samples of all channels, side by side; 0 at the end.  The header's length is not trusted:
-    // what counts is what can be read.
+    // At most `frames` times the samples of all channels, side by side; 0 at the end.  The header's length is not
+    // trusted: what counts is what can be read.
     sf_count_t read(float* samples, sf_count_t frames);
     [[noreturn]] void fail(const std::string& why) const;
 

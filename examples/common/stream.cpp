@@ -1,3 +1,4 @@
+// Conversion of the sampling rate on one channel, by the library's resampling.
 #include "common/stream.h"
 
 #include <algorithm>

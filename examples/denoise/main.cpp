@@ -112,7 +112,8 @@ class Denoiser {
         check(kelsMagnitude_32fc(reinterpret_cast<const Kel32fc*>(spectrum_.data()), power_.data(), bins_));
         check(kelsMul_32f(power_.data(), power_.data(), power_.data(), bins_));
         check(kelsUpdateNoisePSDMCRA_32f_I(power_.data(), mcra(), noise_.data()));
-        // A posteriori: the frame's power by the noise's.  A priori: what the last frame kept, and a little of this one.
+        // A posteriori: the frame's power by the noise's.  A priori: what the last frame kept, and a little of this
+        // one.
         check(kelsScaleLM_32f(noise_.data(), gain_.data(), bins_, kLeastNoise, 1, 0));
         check(kelsDiv_32f(gain_.data(), power_.data(), post_.data(), bins_));
         check(kelsDiv_32f(gain_.data(), clean_.data(), prior_.data(), bins_));

@@ -147,7 +147,7 @@ KELS_API KelStatus kelsSmoothedPowerSpectrumAurora_32f(const Kel32f* pSrc, Kel32
  *
  * The level en = 0.5 + 16 log2((64 + E) / 64) of the energy E (0 where it is not a number) is compared with a mean that
  * follows the noise: the plain mean of the first nine frames, then with the weight 0.03 falling and 0.01 rising, while
- * en is less than 20 above it; it is at least 80.  From frame 5 on a frame more than 15 above the mean is speech. 
+ * en is less than 20 above it; it is at least 80.  From frame 5 on a frame more than 15 above the mean is speech.
  * After five such frames in a row, fifteen more are called speech.
  *
  * *pRes becomes kelVadSpeech or kelVadNoise (kels/vad.h); *pCount the number of loud frames in a row, which is what

@@ -59,8 +59,8 @@ inline void dotRows(const Kel32f* src, std::size_t n, const Kel32f* const (&row)
     }
 }
 
-// Adds elements offset .. offset + n - 1 of the frame to the sums c1 .. cM and, behind them, c0.  The first elements begin
-// the sums, and the last ones bring in the weights.
+// Adds elements offset .. offset + n - 1 of the frame to the sums c1 .. cM and, behind them, c0.  The first elements
+// begin the sums, and the last ones bring in the weights.
 template <class State>
 inline void addFrame(const State& state, const Kel32f* src, std::size_t n, std::size_t offset, Kel32f* dst) {
     const bool first = offset == 0;

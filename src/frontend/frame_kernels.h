@@ -1,5 +1,5 @@
-// Frame conditioning: the offset filter, the mean, energies against their maximum, counts over neighbouring samples, and
-// the copy into a longer frame.
+// Frame conditioning: the offset filter, the mean, energies against their maximum, counts over neighbouring samples,
+// and the copy into a longer frame.
 #pragma once
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The windowed sinc of all forms of resampling, and the Bessel function of its window.
 #include "resample/filter_design.h"
 
 #include <algorithm>

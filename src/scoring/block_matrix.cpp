@@ -1,3 +1,4 @@
+// Block-diagonal matrices in one block of memory; allocMatrix_* are names that the interface fixes.
 #include "scoring/block_matrix.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// Noise estimates and gains beside their formulas in extended precision.
 #include <climits>
 
 #include "kels.h"

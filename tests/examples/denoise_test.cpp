@@ -1,11 +1,11 @@
-// Adds noise to recordings, lets the denoise program take it out, and compares the segmental signal-to-noise ratio before
-// and after: the mean over frames of 32 ms with speech in them, each held to -10..35 dB.
+// Adds noise to recordings, lets the denoise program take it out, and compares the segmental signal-to-noise ratio
+// before and after: the mean over frames of 32 ms with speech in them, each held to -10..35 dB.
 //
 // usage: denoise_test PROGRAM FOLDER RECORDING...      in a folder that may be written to
 //
-// The recordings are played one after the other with pauses of half a second.  Exit status 1 when in white noise a ratio
-// falls, when silence does not stay silent, or when a file of another length comes out.  Babble, the sum of eight others
-// talking, is too unsteady for a noise estimate to be of much use; what it does there is shown.
+// The recordings are played one after the other with pauses of half a second.  Exit status 1 when in white noise a
+// ratio falls, when silence does not stay silent, or when a file of another length comes out.  Babble, the sum of eight
+// others talking, is too unsteady for a noise estimate to be of much use; what it does there is shown.
 #include <sndfile.h>
 
 #include <algorithm>

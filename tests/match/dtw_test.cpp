@@ -1,3 +1,4 @@
+// Time warping beside a table of all cells, in exact costs and in random ones.
 #include "kels/dtw.h"
 
 #include <deque>

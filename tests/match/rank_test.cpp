@@ -1,3 +1,4 @@
+// Largest scores, floors, ranges and unit curves beside sorted copies and exact formulas.
 #include "kels/rank.h"
 
 #include <compare>

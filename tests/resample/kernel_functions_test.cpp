@@ -1,3 +1,4 @@
+// The sinc and the Gaussian that filters are made of, beside extended precision.
 #include "kels.h"
 #include "support/elements.h"
 #include "support/overlap.h"

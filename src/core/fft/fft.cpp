@@ -59,10 +59,7 @@ KelStatus kelsFFTFwd_RToCCS_32f(const Kel32f* pSrc, Kel32f* pDst, const KelFFTSp
     if (anyNull(pFFTSpec)) return kelStatusNullPtr;
     if (!isSpec(pFFTSpec)) return kelStatusContextMatch;
     if (anyNull(pSrc, pDst)) return kelStatusNullPtr;
-    const WorkBuffer work(*pFFTSpec, pBuffer);
-    if (work.failed()) return kelStatusNoMemory;
-    forwardToCcs(*pFFTSpec, pSrc, pDst, work.floats());
-    return kelStatusOk;
+    return forwardToCcs(*pFFTSpec, pSrc, pDst, pBuffer);
 }
 
 KelStatus kelsFFTFwd_RToPack_32f(const Kel32f* pSrc, Kel32f* pDst, const KelFFTSpec_R_32f* pFFTSpec, Kel8u* pBuffer) {

@@ -104,6 +104,13 @@ void inverseFromPack(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* ds
     inverseDirect(spec.order, src, dst, factor);
 }
 
+KelStatus forwardToCcs(const KelFFTSpec_R_32f& spec, const Kel32f* src, Kel32f* dst, Kel8u* buffer) {
+    const WorkBuffer work(spec, buffer);
+    if (work.failed()) return kelStatusNoMemory;
+    forwardToCcs(spec, src, dst, work.floats());
+    return kelStatusOk;
+}
+
 KelStatus forwardToCcs(const KelFFTSpec_R_16s32s& spec, const Kel16s* src, Kel32s* dst, int scaleFactor,
                        Kel8u* buffer) {
     Kel8u* const owned = buffer == nullptr ? allocate<Kel8u>(spec.bufferSize) : nullptr;

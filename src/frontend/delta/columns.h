@@ -1,5 +1,5 @@
-// How derivatives see their columns: the arithmetic of an element type, a vector of columns at a time, and the multipliers
-// that belong to them.
+// How derivatives see their columns: the arithmetic of an element type, a vector of columns at a time, and the
+// multipliers that belong to them.
 #pragma once
 
 #include <algorithm>

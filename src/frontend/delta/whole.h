@@ -8,8 +8,8 @@
 
 namespace kels::delta {
 
-// Sum of k (x[t + k] - x[t - k]) over k = 1 .. winHalf, where x is the column at `first`.  Of the first winHalf rows every
-// earlier row is row 0, of the last winHalf rows every later one is the last row.
+// Sum of k (x[t + k] - x[t - k]) over k = 1 .. winHalf, where x is the column at `first`.  Of the first winHalf rows
+// every earlier row is row 0, of the last winHalf rows every later one is the last row.
 template <class V, class Block, class T>
 V wholeArraySum(const Block& block, const T* first, std::ptrdiff_t t, std::ptrdiff_t height, std::ptrdiff_t step,
                 int winHalf) {

@@ -1,4 +1,5 @@
-// Fixed-point logarithm and exponential: binary digits of a logarithm by squaring, an exponential by shifts and additions.
+// Fixed-point logarithm and exponential: binary digits of a logarithm by squaring, an exponential by shifts and
+// additions.
 #include "frontend/fbank/fixed_log.h"
 
 #include <algorithm>

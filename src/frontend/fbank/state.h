@@ -35,7 +35,8 @@ struct FixedWeights {
 };
 
 // Filter m is a triangle over the FFT bins centres[m] .. centres[m + 2] with its top at centres[m + 1].  Up to and with
-// the top rising[m][j] is the weight of bin centres[m] + j; behind it falling[m][j] is that of bin centres[m + 1] + 1 + j.
+// the top rising[m][j] is the weight of bin centres[m] + j; behind it falling[m][j] is that of bin centres[m + 1] + 1 +
+// j.
 template <class W, class Spec>
 struct FilterBank {
     using Weights = W;
@@ -99,7 +100,8 @@ bool incomplete(const Bank& bank) {
 }
 
 // A bank without centres and with zero weights in *ppFBank, and its FFT order in *pFFTOrder.  Where memory runs out the
-// status is kelStatusNoMemory, and *ppFBank holds null or as much as there was memory for, with null in the other pointers.
+// status is kelStatusNoMemory, and *ppFBank holds null or as much as there was memory for, with null in the other
+// pointers.
 KelStatus allocateBank(KelFilterBank_32f** ppFBank, int* pFFTOrder, int fftLen, int nFilter, int flag);
 KelStatus allocateBank(KelFilterBank_16s** ppFBank, int* pFFTOrder, int fftLen, int nFilter, int flag);
 

@@ -20,8 +20,8 @@ inline Kel64f convolvedSum(const Kel64f* a, const Kel64f* b, std::size_t n) {
     return odd + even;
 }
 
-// Factors 1 / n of the recursions over `len` coefficients.  Those of fewer than 22 come from a table of single precision,
-// so that a prefix of a longer result may differ from a shorter one in the last place.
+// Factors 1 / n of the recursions over `len` coefficients.  Those of fewer than 22 come from a table of single
+// precision, so that a prefix of a longer result may differ from a shorter one in the last place.
 inline Kel64f cepstrumFactor(std::size_t n, std::size_t len) {
     constexpr Kel32f kShort[] = {0,        1.f / 1,  1.f / 2,  1.f / 3,  1.f / 4,  1.f / 5,  1.f / 6,  1.f / 7,
                                  1.f / 8,  1.f / 9,  1.f / 10, 1.f / 11, 1.f / 12, 1.f / 13, 1.f / 14, 1.f / 15,

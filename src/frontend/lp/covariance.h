@@ -21,8 +21,8 @@ void fillCovariance(const T* x, std::size_t len, Kel64f* phi, std::size_t order)
     }
 }
 
-// Solves sum over j of phi(i, j) a[j] = -phi(i, 0), i = 1 .. order, by phi = L D L'; phi is used up.  False when a pivot
-// shows that the matrix is singular, or nearer to it than rounding lets tell.
+// Solves sum over j of phi(i, j) a[j] = -phi(i, 0), i = 1 .. order, by phi = L D L'; phi is used up.  False when a
+// pivot shows that the matrix is singular, or nearer to it than rounding lets tell.
 inline bool solveCovariance(Kel64f* phi, Kel64f* a, std::size_t order) {
     constexpr Kel64f kLeastPivot = 0x1p-40;  // of the diagonal element that it is left of
     const std::size_t step = order + 1;

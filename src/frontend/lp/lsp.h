@@ -1,9 +1,9 @@
 // Line spectral pairs: the zeros of P(z) = A(z) + z^-(p+1) A(1/z) and Q(z) = A(z) - z^-(p+1) A(1/z), by their cosines.
 //
 // For a stable predictor P and Q belong to sequences of polynomials with three-term recurrences whose coefficients are
-// products of 1 +- k over the reflection coefficients (P. Delsarte, Y. Genin, "The split Levinson algorithm", IEEE Trans.
-// ASSP 34(3), 1986).  These are Sturm sequences: their sign changes at x tell how many zeros lie above x.  So every zero
-// is found by bisection, however close its neighbours are, and always in the same number of steps.
+// products of 1 +- k over the reflection coefficients (P. Delsarte, Y. Genin, "The split Levinson algorithm", IEEE
+// Trans. ASSP 34(3), 1986).  These are Sturm sequences: their sign changes at x tell how many zeros lie above x.  So
+// every zero is found by bisection, however close its neighbours are, and always in the same number of steps.
 #pragma once
 
 #include <cmath>
@@ -23,8 +23,8 @@ struct SturmSequence {
     Kel64f* product;
     std::size_t length;  // the number of zeros
 
-    // From the coefficients c_1 .. c_(degree-1) of f_(n+1) = 2t f_n - c_n f_(n-1), f_0 = 1, f_1 = 2t, by two of its steps
-    // at a time; t is the cosine of half the frequency and x = 2t^2 - 1 that of the frequency.
+    // From the coefficients c_1 .. c_(degree-1) of f_(n+1) = 2t f_n - c_n f_(n-1), f_0 = 1, f_1 = 2t, by two of its
+    // steps at a time; t is the cosine of half the frequency and x = 2t^2 - 1 that of the frequency.
     template <class Coefficient>
     void build(std::size_t degree, Coefficient c) {
         length = 0;
@@ -64,8 +64,8 @@ class SturmWalk {
     Wide::mask_type negative_{false};
 };
 
-// The zeros of both sequences, the largest first and one of each in turn: dst[0] from p, dst[1] from q ...  q has as many
-// as p or one less.
+// The zeros of both sequences, the largest first and one of each in turn: dst[0] from p, dst[1] from q ...  q has as
+// many as p or one less.
 template <class T>
 void bisectZeros(const SturmSequence& p, const SturmSequence& q, const Result<T>& dst) {
     using Wide = SturmWalk::Wide;

@@ -1,5 +1,5 @@
-// Recursions between autocorrelations, predictors and reflection coefficients, in double precision.  Coefficient i of an
-// array stands at index i, so that a[1] .. a[order] are a predictor's coefficients; a[0] is free.
+// Recursions between autocorrelations, predictors and reflection coefficients, in double precision.  Coefficient i of
+// an array stands at index i, so that a[1] .. a[order] are a predictor's coefficients; a[0] is free.
 #pragma once
 
 #include <cstddef>
@@ -67,9 +67,9 @@ inline Steps schur(Kel64f* r, Kel64f* work, std::size_t order) {
     return schur(r, work, order, [](std::size_t, Kel64f) {});
 }
 
-// The predictor of each order from that of the order before, as Levinson and Durbin have it.  The reflection coefficients
-// come from Schur's recursion: unlike their inner products it does not wait for the predictors.  `work` has room for
-// 2 (order + 1) values.
+// The predictor of each order from that of the order before, as Levinson and Durbin have it.  The reflection
+// coefficients come from Schur's recursion: unlike their inner products it does not wait for the predictors.  `work`
+// has room for 2 (order + 1) values.
 inline Steps durbin(Kel64f* r, Kel64f* work, std::size_t order) {
     Kel64f* const a = work + order + 1;
     const Steps steps = schur(r, work, order, [a](std::size_t i, Kel64f k) {

@@ -4,11 +4,12 @@
 #include <cstddef>
 #include <limits>
 
+#include "core/fft/spec.h"
+#include "core/fft/transform.h"
 #include "core/memory.h"
 #include "core/vector/fill_copy.h"
 #include "core/vector/roots.h"
 #include "frontend/lp/values.h"
-#include "kels/fft.h"
 
 namespace kels::lp {
 
@@ -20,7 +21,7 @@ template <class T>
 KelStatus sampledSpectrum(const Source<T>& src, std::size_t len, const Result<T>& dst, int fftOrder, Kel32f val) {
     const std::size_t n = std::size_t{1} << fftOrder;
     KelFFTSpec_R_32f* spec = nullptr;
-    KelStatus status = kelsFFTInitAlloc_R_32f(&spec, fftOrder, kelFftNoDiv, kelHintNone);
+    KelStatus status = buildSpec(&spec, fftOrder, kelFftNoDiv, kelHintNone);
     if (status != kelStatusOk) return status;
     Scratch<Kel32f, 64 + 2> bins((int64_t{1} << fftOrder) + 2);
     if (bins.failed()) {
@@ -29,9 +30,9 @@ KelStatus sampledSpectrum(const Source<T>& src, std::size_t len, const Result<T>
         bins[0] = 0;
         for (std::size_t i = 0; i < len; ++i) bins[i + 1] = static_cast<Kel32f>(src[i]);
         zero(bins.data() + len + 1, n - len - 1);
-        status = kelsFFTFwd_RToCCS_32f(bins.data(), bins.data(), spec, nullptr);
+        status = forwardToCcs(*spec, bins.data(), bins.data(), static_cast<Kel8u*>(nullptr));
     }
-    kelsFFTFree_R_32f(spec);
+    releaseSpec(spec);
     if (status != kelStatusOk) return status;
 
     bins[0] -= val;

@@ -44,7 +44,8 @@ template <class T>
 Source<T> plainSource(const T* data) {
     return {data, 1};
 }
-// Integers in units of 2^scaleFactor; the unit is held where a 16-bit number in it is next to nothing or beyond all use.
+// Integers in units of 2^scaleFactor; the unit is held where a 16-bit number in it is next to nothing or beyond all
+// use.
 inline Source<Kel16s> scaledSource(const Kel16s* data, int scaleFactor) {
     return {data, exactPowerOfTwo(std::clamp(scaleFactor, -200, 200))};
 }

@@ -1,3 +1,4 @@
+// Builds the filters of the fixed form: one for each phase between two rates.
 #include "resample/fixed/build.h"
 
 #include <cmath>

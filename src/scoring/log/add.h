@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "scoring/log/pieces.h"
 #include "core/simd/vec.h"
 #include "kels/types.h"
 #include "scoring/log/constants.h"
+#include "scoring/log/pieces.h"
 
 namespace kels::log {
 
