@@ -99,6 +99,8 @@
  * otherwise the same to 1e-6 of full scale. Times are not summed up but computed from the call's first one, so that
  * their error in a call is one rounding.
  *
+ * At twice the rate samples at equal distances are added before they are weighed, so that those beyond 1.7e38 overflow.
+ *
  * An infinite sample, or one that is not a number, spoils outputs up to 16 samples of the slower rate (in the fixed
  * form: 16 + 3 inRate / outRate input samples) further from it than reach.
  *

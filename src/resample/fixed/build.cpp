@@ -38,10 +38,20 @@ void chooseGroups(State& head) {
     head.groups = static_cast<int>(groups);
 }
 
+// The steps of a course through the taps of both phases from one side, for filters that may be folded: those of twice
+// the rate, if they are not too long.
+int foldedSteps(const State& head) {
+    if (head.phases != 2 || head.down != 1) return 0;
+    const int64_t farthest = std::max(std::max(-head.startOf(0), head.startOf(0) + head.len),
+                                      std::max(-head.startOf(1), head.startOf(1) + head.len - 1));
+    const int64_t steps = roundUp<int64_t>(farthest / static_cast<int64_t>(lanes<Kel32f>) + 1, 2);
+    return steps > kMostFoldedSteps ? 0 : static_cast<int>(steps);
+}
+
 struct Places {
     State* state;
     Kel32s* starts;
-    Kel32f* filters;
+    Kel32f *filters, *folded;
 };
 Places arrange(Layout& layout, const State& head) {
     Places places{};
@@ -49,6 +59,7 @@ Places arrange(Layout& layout, const State& head) {
     places.starts = layout.take<Kel32s>(head.groups, kStateAlignment);
     places.filters =
         layout.take<Kel32f>(static_cast<int64_t>(head.groupFloats()) * int64_t{head.groups}, kFilterAlignment);
+    places.folded = layout.take<Kel32f>(2 * int64_t{head.foldedSteps} * int64_t{lanes<Kel32f>}, kFilterAlignment);
     return places;
 }
 Kel32s offset(const State* from, const void* to) {
@@ -65,6 +76,7 @@ bool measure(const Design& design, State& head, int& bytes) {
     head.len = design.len;
     head.inverse = inverseModulo(head.down, head.phases);
     chooseGroups(head);
+    head.foldedSteps = foldedSteps(head);
 
     // From the start of a group to the end of its last member's filter.
     constexpr auto w = static_cast<int64_t>(lanes<Kel32f>);
@@ -83,6 +95,26 @@ bool measure(const Design& design, State& head, int& bytes) {
     return true;
 }
 
+void fold(State& state) {
+    state.folded = 0;
+    const auto tapAt = [&](int phase, int64_t sample) {
+        const int64_t k = sample - state.startOf(phase);
+        return k < 0 || k > state.len ? 0.0f : std::as_const(state).tap(phase, static_cast<int>(k));
+    };
+    constexpr int w = static_cast<int>(lanes<Kel32f>);
+    auto* taps = const_cast<Kel32f*>(state.foldedTaps(0));
+    for (int phase = 0; phase < 2 && state.foldedSteps > 0; ++phase)
+        for (int course = 0; course < w; ++course)
+            for (int step = state.foldedSteps; step-- > 0;) {
+                const int distance = course + step * w;
+                const Kel32f tap = tapAt(phase, -distance);
+                if (tap != tapAt(phase, phase + distance)) return;
+                // The sample at an output meets itself.
+                *taps++ = phase == 0 && distance == 0 ? tap / 2 : tap;
+            }
+    state.folded = state.foldedSteps > 0 ? 1 : 0;
+}
+
 // Each filter is evaluated at its own phase; on average they have gain 1 at zero frequency.
 template <class T>
 void build(State* at, const State& head, const Design& design) {
@@ -91,6 +123,7 @@ void build(State* at, const State& head, const Design& design) {
     State& state = *at = head;
     state.startsAt = offset(at, places.starts);
     state.filtersAt = offset(at, places.filters);
+    state.foldedAt = offset(at, places.folded);
     for (int g = 0; g < state.groups; ++g)
         places.starts[g] = static_cast<Kel32s>(state.startOf(static_cast<int64_t>(g) * state.members));
     std::fill_n(places.filters, toSize(state.groups) * state.groupFloats(), 0.0f);
@@ -109,6 +142,7 @@ void build(State* at, const State& head, const Design& design) {
     for (int q = 0; q < state.phases; ++q)
         for (int k = 0; k <= state.len; ++k)
             state.tap(q, k) = factorOf(storedTap<T>(weight(q, k) * state.phases / sum));
+    fold(state);
 }
 template void build<Kel32f>(State*, const State&, const Design&);
 template void build<Kel16s>(State*, const State&, const Design&);

@@ -18,4 +18,7 @@ bool measure(const Design& design, State& head, int& bytes);
 template <class T>
 void build(State* at, const State& head, const Design& design);
 
+// Folds the filters again where that is possible: what a change of filters ends with.
+void fold(State& state);
+
 }  // namespace kels::resample::fixed

@@ -12,6 +12,7 @@
 #include "kels/resample.h"
 #include "resample/filter_design.h"
 #include "resample/fixed/build.h"
+#include "resample/fixed/folded.h"
 #include "resample/fixed/outputs.h"
 #include "resample/sample_conversion.h"
 
@@ -76,6 +77,12 @@ void produce(const fixed::State& state, int64_t place, int count, const T* src, 
     const int64_t phase = place - divideFloor(place, state.phases) * state.phases;
     const int64_t q = phase * state.inverse % state.phases;
     const int64_t base = divideFloor(place - q * state.down, state.phases);
+    if (state.folded != 0) {
+        const auto position = static_cast<std::ptrdiff_t>(base),
+                   oldest = position + static_cast<std::ptrdiff_t>(state.startOf(q));
+        return fixed::FoldedOutputs<T>(state, src, oldest, len)
+            .produce(static_cast<int>(q), position, count, dst, gain);
+    }
     const auto withMembers = [&](auto members) {
         fixed::Outputs<members, T>(state, src, len, dst, gain).produce(static_cast<int>(q), base, count);
     };
@@ -137,6 +144,7 @@ KelStatus setFilter(fixed::State* pState, const T* pSrc, int len, int height) {
     forSharedFilters(*pState, len, height, [&](int q, std::size_t phase, int taps) {
         for (int k = 0; k < taps; ++k) pState->tap(q, k) = factorOf(pSrc[phase * toSize(len) + toSize(k)]);
     });
+    fixed::fold(*pState);
     return kelStatusOk;
 }
 

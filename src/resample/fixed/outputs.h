@@ -78,7 +78,7 @@ class Outputs {
 
     // Without its first `skip` outputs, which may need samples that do not exist.
     void oneGroup(int skip) {
-        Kel32f sums[kMostMembers];
+        Kel32f sums[2 * kMostMembers] = {};  // so that all are there from `skip` on
         const Kel32f* const filters = state_.filters(at_.group);
         // How far behind the start of the group the first sample stands that surely exists.
         const std::ptrdiff_t begin =

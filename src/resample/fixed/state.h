@@ -17,6 +17,7 @@
 namespace kels::resample::fixed {
 
 inline constexpr int kMostMembers = 4;
+inline constexpr int kMostFoldedSteps = 1024 / static_cast<int>(lanes<Kel32f>);
 
 // The head of the state; the groups' starts and filters follow at the offsets it names, so that the block may move.
 struct State {
@@ -26,6 +27,9 @@ struct State {
     Kel32s vectors;            // of one output of a group
     Kel32s tail;               // the place behind the lobes of a group's filters, at a whole vector
     Kel32s startsAt, filtersAt;
+    Kel32s foldedAt,
+        foldedSteps;  // of the folded filters (folded.h): where they are and how long a course is, 0 for none
+    Kel32s folded;    // 1 where they stand for the filters
 
     // The first sample of output q of a period, relative to the sample at which the period starts.
     int64_t startOf(int64_t q) const {
@@ -37,6 +41,11 @@ struct State {
     const Kel32f* filters(int group) const {
         const auto* const all = reinterpret_cast<const Kel32f*>(reinterpret_cast<const Kel8u*>(this) + filtersAt);
         return all + toSize(group) * groupFloats();
+    }
+    // Of a phase, in the order in which they are used.
+    const Kel32f* foldedTaps(int phase) const {
+        const auto* const all = reinterpret_cast<const Kel32f*>(reinterpret_cast<const Kel8u*>(this) + foldedAt);
+        return all + toSize(phase) * toSize(foldedSteps) * lanes<Kel32f>;
     }
     std::ptrdiff_t span() const { return static_cast<std::ptrdiff_t>(toSize(vectors) * lanes<Kel32f>); }
     std::size_t groupFloats() const { return toSize(vectors) * toSize(members) * lanes<Kel32f>; }

@@ -34,16 +34,24 @@ TYPED_TEST(ResampleFixed, FixedFiltersAreTheDesignAtTheirPhases) {
     }
 }
 
-// The filters are the test's own, so that nothing rests on symmetry.
+// Of filters of the test's own, so that nothing rests on symmetry, and of those of the design.
 TYPED_TEST(ResampleFixed, FixedFormIsTheSumOverItsFilters) {
     using T = TypeParam;
     Random random;
-    for (const auto& [in, out, len, rollf, alpha] : kFixedCases) {
-        SCOPED_TRACE(testing::Message() << in << " " << out);
+    std::vector<std::pair<FixedFilter, bool>> cases = {{{1, 2, 2100}, true}};  // longer than filters that are folded
+    for (const FixedFilter& design : kFixedCases)
+        for (const bool designed : {true, false}) cases.push_back({design, designed});
+    for (const auto& [design, designed] : cases) {
+        const auto& [in, out, len, rollf, alpha] = design;
+        SCOPED_TRACE(testing::Message() << in << " " << out << (designed ? ", designed" : ""));
         const auto state = make<T>(FixedFilter{in, out, len});
         const int phases = out / std::gcd(in, out), down = in / std::gcd(in, out), taps = len + 1;
-        const auto filters = random.vector<T>(phases * taps, 2);
-        ASSERT_EQ(setFilter(state.get(), filters.data(), taps, phases), 0);
+        auto filters = random.vector<T>(phases * taps, 2);
+        if (designed) {
+            getFilter(state.get(), filters.data(), taps, phases);
+        } else {
+            ASSERT_EQ(setFilter(state.get(), filters.data(), taps, phases), 0);
+        }
         for (const int n : {1, len, 300}) {
             // A time off the grid counts as the nearest one.
             const int place = random.between(-40 * phases, phases * 3);
@@ -90,6 +98,15 @@ TYPED_TEST(ResampleFixed, SettingWhatWasGotChangesNothing) {
         const int phases = out / std::gcd(in, out), taps = len + 1;
         std::vector<T> before(phases * taps), after(before);
         getFilter(state.get(), before.data(), taps, phases);
+        const auto x = Random().vector<T>(len + 300, 2);
+        const auto outputs = [&] {
+            std::vector<T> y(25 * x.size());
+            Kel64f time = len;
+            int n = 0;
+            EXPECT_EQ(runFixed(state.get(), x.data(), static_cast<int>(x.size()), y.data(), 1, &time, &n), 0);
+            return y;
+        };
+        const std::vector<T> expected = outputs();
         for (int width = 1; width <= len + 2; ++width) {
             std::vector<T> some(phases * width);
             ASSERT_EQ(getFilter(state.get(), some.data(), width, phases), 0);
@@ -97,29 +114,36 @@ TYPED_TEST(ResampleFixed, SettingWhatWasGotChangesNothing) {
             getFilter(state.get(), after.data(), taps, phases);
             ASSERT_EQ(after, before) << in << " to " << out << ", " << width << " of " << taps << " taps";
         }
+        // And back from others.
+        setFilter(state.get(), std::vector<T>(x.begin(), x.begin() + 5).data(), 1, std::min(phases, 5));
+        EXPECT_NE(outputs(), expected);
+        setFilter(state.get(), before.data(), taps, phases);
+        EXPECT_EQ(outputs(), expected) << in << " to " << out;
     }
 }
 
 TYPED_TEST(ResampleFixed, StatesInTheCallersBufferMayMove) {
     using T = TypeParam;
-    int bytes = 0, n;
-    ASSERT_EQ(fixedSizeOf<T>(44100, 48000, 31, 0.9f, 6, 0, &bytes), kelStatusOk);
-    const auto x = Random().vector<T>(2000, 2);
-    const auto run = [&](const void* state) {
-        std::vector<T> y(2300);
-        Kel64f time = 20.25;
-        runFixed(static_cast<const Fixed<T>*>(state), x.data(), 2000, y.data(), 1, &time, &n);
-        return y;
-    };
-    const auto expected = run(make<T>(FixedFilter{44100, 48000, 31}).get());
-    const int words = (bytes + 3) / 4;
-    for (int offset = 0; offset < 16; ++offset) {
-        Guarded<Kel32s> buffer(offset + words), moved(words);
-        Kel32s* const state = buffer.data() + offset;
-        ASSERT_EQ(fixedInit(reinterpret_cast<Fixed<T>*>(state), 44100, 48000, 31, 0.9f, 6, 0), 0);
-        ASSERT_EQ(run(state), expected);
-        std::copy_n(state, words, moved.data());
-        ASSERT_EQ(run(moved.data()), expected);
+    for (const auto& [in, out] : {std::pair(44100, 48000), {8000, 16000}}) {
+        int bytes = 0, n;
+        ASSERT_EQ(fixedSizeOf<T>(in, out, 31, 0.9f, 6, 0, &bytes), kelStatusOk);
+        const auto x = Random().vector<T>(2000, 2);
+        const auto run = [&](const void* state) {
+            std::vector<T> y(4300);
+            Kel64f time = 20.25;
+            runFixed(static_cast<const Fixed<T>*>(state), x.data(), 2000, y.data(), 1, &time, &n);
+            return y;
+        };
+        const auto expected = run(make<T>(FixedFilter{in, out, 31}).get());
+        const int words = (bytes + 3) / 4;
+        for (int offset = 0; offset < 16; ++offset) {
+            Guarded<Kel32s> buffer(offset + words), moved(words);
+            Kel32s* const state = buffer.data() + offset;
+            ASSERT_EQ(fixedInit(reinterpret_cast<Fixed<T>*>(state), in, out, 31, 0.9f, 6, 0), 0);
+            ASSERT_EQ(run(state), expected);
+            std::copy_n(state, words, moved.data());
+            ASSERT_EQ(run(moved.data()), expected);
+        }
     }
 }
 
