@@ -22,6 +22,7 @@
 #include "kels/gauss.h"
 #include "kels/log.h"
 #include "kels/lp.h"
+#include "kels/matrix.h"
 #include "kels/mixture.h"
 #include "kels/model.h"
 #include "kels/rank.h"

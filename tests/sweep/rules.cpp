@@ -193,7 +193,7 @@ const std::vector<Signature>& signatures() {
     static const std::vector<Signature> all = [] {
         std::vector<Signature> found;
         for (const auto& rules : {vectorRules, frontendRules, predictionRules, scoreRules, mixtureRules, trainingRules,
-                                  codebookRules, matchRules, enhanceRules, resampleRules, auroraRules}) {
+                                  matrixRules, codebookRules, matchRules, enhanceRules, resampleRules, auroraRules}) {
             for (const Rule& rule : rules()) {
                 for (const Function& function : rule.functions) found.emplace_back(function, rule);
             }

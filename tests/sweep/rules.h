@@ -105,6 +105,7 @@ Rules predictionRules();
 Rules scoreRules();
 Rules mixtureRules();
 Rules trainingRules();
+Rules matrixRules();
 Rules codebookRules();
 Rules matchRules();
 Rules enhanceRules();
