@@ -138,8 +138,8 @@ Expression::Expression(const std::string& text, const Lookup& lookup) {
 }
 
 double Expression::operator()(Variables& variables, double index) const {
-    double stack[16];
-    double* top = stack - 1;
+    double stack[17];  // the first place stays unused
+    double* top = stack;
     for (const Step& step : steps_) {
         const bool binary = step.code >= Step::Add && step.code <= Step::Max;
         const double b = binary ? *top-- : 0;

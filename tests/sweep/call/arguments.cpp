@@ -277,8 +277,9 @@ void Call::fillContent(std::size_t a) {
     const Type& type = argument.type;
     const int part = type.size / type.parts;
     auto& content = arrays_[a].content;
-    const auto kind = dice_.between(0, 11);
-    const double constant = dice_.ordinary();
+    Dice dice(dice_.bits());
+    const auto kind = dice.between(0, 11);
+    const double constant = dice.ordinary();
     for (std::size_t at = 0, i = 0; at + static_cast<std::size_t>(part) <= content.size();
          at += static_cast<std::size_t>(part), ++i) {
         double real = 0;
@@ -286,23 +287,23 @@ void Call::fillContent(std::size_t a) {
         if (argument.low) {
             const auto index = static_cast<double>(i);
             const double low = argument.low(*this, index), high = std::max(low, argument.high(*this, index));
-            real = dice_.oneIn(9) ? (dice_.oneIn(2) ? low : high) : low + dice_.uniform() * (high - low);
+            real = dice.oneIn(9) ? (dice.oneIn(2) ? low : high) : low + dice.uniform() * (high - low);
             if (type.element == Element::Integer) {
                 whole = std::clamp(static_cast<int64_t>(std::floor(real + 0.5)), static_cast<int64_t>(std::ceil(low)),
                                    static_cast<int64_t>(high));
             }
         } else if (type.element == Element::Float) {
-            real = kind < 6 || kind > 9 ? dice_.ordinary()
+            real = kind < 6 || kind > 9 ? dice.ordinary()
                    : kind == 6          ? constant
-                   : kind == 7          ? static_cast<double>(dice_.between(-2, 2))
+                   : kind == 7          ? static_cast<double>(dice.between(-2, 2))
                                         : 0;
-            if ((kind == 8 && !dice_.oneIn(3)) || kind == 9)
-                real = dice_.oneIn(3) ? special(dice_, part == 4) : dice_.ordinary();
+            if ((kind == 8 && !dice.oneIn(3)) || kind == 9)
+                real = dice.oneIn(3) ? special(dice, part == 4) : dice.ordinary();
         } else {
-            whole = kind < 6    ? anyInteger(dice_, part)
-                    : kind < 9  ? dice_.between(part == 1 ? 0 : -200, 200)
+            whole = kind < 6    ? anyInteger(dice, part)
+                    : kind < 9  ? dice.between(part == 1 ? 0 : -200, 200)
                     : kind == 9 ? 0
-                                : dice_.between(0, 3);
+                                : dice.between(0, 3);
         }
         Type one = type;
         one.size = static_cast<uint8_t>(part);

@@ -1,7 +1,8 @@
-// Random choices, fast and repeatable.
+// Random choices, fast and repeatable; the first of them may be those of a fuzzer.
 #pragma once
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 
 namespace sweep {
@@ -9,7 +10,17 @@ namespace sweep {
 class Dice {
   public:
     explicit Dice(uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 1) {}
+    // Two bytes of `data` a choice; when they have run out, random ones that all of them decide.
+    Dice(const uint8_t* data, std::size_t size) : data_(data), size_(size) {
+        for (std::size_t i = 0; i < size; ++i) state_ = (state_ ^ data[i]) * 0x100000001B3U;
+    }
     uint64_t bits() {
+        if (size_ >= 2) {
+            const uint64_t two = data_[0] | uint64_t{data_[1]} << 8;
+            data_ += 2;
+            size_ -= 2;
+            return two;
+        }
         state_ += 0x9E3779B97F4A7C15U;
         uint64_t z = state_;
         z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9U;
@@ -30,7 +41,9 @@ class Dice {
     }
 
   private:
-    uint64_t state_;
+    uint64_t state_ = 0xCBF29CE484222325U;
+    const uint8_t* data_ = nullptr;
+    std::size_t size_ = 0;
 };
 
 }  // namespace sweep
