@@ -104,7 +104,7 @@ void fold(State& state) {
     constexpr int w = static_cast<int>(lanes<Kel32f>);
     auto* taps = const_cast<Kel32f*>(state.foldedTaps(0));
     for (int phase = 0; phase < 2 && state.foldedSteps > 0; ++phase)
-        for (int course = 0; course < w; ++course)
+        for (int course = w; course-- > 0;)
             for (int step = state.foldedSteps; step-- > 0;) {
                 const int distance = course + step * w;
                 const Kel32f tap = tapAt(phase, -distance);

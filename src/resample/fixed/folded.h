@@ -4,7 +4,8 @@
 // The lanes of a vector are outputs of one phase, one input sample apart.  Their samples at distance k are one vector,
 // and that at distance k + w, where w is the width, is the next one of the same row: vectors move on from output to
 // output in registers, and one load serves several.  So the distances are walked in w courses, each from the farthest
-// one to the nearest, which adds the tails of the filters before their lobes.
+// one to the nearest, and the course that ends at an output itself comes last.  The tails of the filters are thus added
+// before their lobes, while the sums are small and so is their rounding.
 //
 // Each lane adds the same terms in the same order: how an output is rounded depends on its phase alone.
 #pragma once
@@ -62,7 +63,7 @@ template <class S, std::size_t... j>
     constexpr auto w = static_cast<std::ptrdiff_t>(lanes<Kel32f>);
     const std::ptrdiff_t farthest = w * (steps - 1);
     (store(sums + j * lanes<Kel32f>, Vec<Kel32f>(0.0f)), ...);
-    for (std::ptrdiff_t n = 0; n < w; ++n) {
+    for (std::ptrdiff_t n = w; n-- > 0;) {
         Course<S, j...> course{before - n - farthest, behind + n + farthest};
         for (int step = 0;;) {
             course.add(taps[0], course.even);
