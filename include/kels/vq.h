@@ -151,7 +151,7 @@ typedef struct KelCdbk_16s KelCdbk_16s;
  *   them two or more codevectors of identical rows: kelStatusBadArg.
  *
  * Rows of codevectors are `width` elements apart for widths 1, 2, 4 and 8, else step rounded up to a multiple of 4.
- * Besides the result, splitting takes about 24 bytes for each row and 12 for each component of a codevector.
+ * Besides the result, splitting takes about 28 bytes for each row and 12 for each component of a codevector.
  * @{ */
 KELS_API KelStatus kelsCdbkInitAlloc_L2_32f(KelCdbk_32f** ppCdbk, const Kel32f* pSrc, int width, int step, int height,
                                             int cdbkSize, int kind);

@@ -14,7 +14,7 @@
 
 namespace kels::codebook {
 
-template <class T, class Weighting>
+template <class T, class Weighting, template <class, class> class Refine = Refinement>
 class Clustering {
   public:
     Clustering(const StepRows<const T>& rows, int height, int width, int most)
@@ -73,10 +73,11 @@ class Clustering {
         describe(from);
         const std::size_t to = clusters_.add();
         splits_.split(from, to);
-        halving_.run(clusters_, rows_, from, to);
+        refinement_.addBeside(from, to);
+        halving_.run(clusters_, from, to);
         Kel64f before = 0;
         for (int pass = 0; pass < kMostPasses; ++pass) {
-            clusters_.updateCentroids();
+            clusters_.moveCentroids();
             if (!keepApart(clusters_, rows_, from, to)) return false;
             refinement_.run();
             const Kel64f distortion = clusters_.distortion();
@@ -98,7 +99,7 @@ class Clustering {
     Splits splits_;
     Clusters<T, Weighting> clusters_;
     Halving halving_;
-    Refinement<T, Weighting> refinement_;
+    Refine<T, Weighting> refinement_;
     Kel32f* spreads_ = nullptr;  // of each cluster
 };
 

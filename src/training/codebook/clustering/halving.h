@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <span>
 
 #include "core/layout.h"
 #include "training/codebook/clustering/clusters.h"
@@ -17,23 +18,21 @@ namespace kels::codebook {
 class Halving {
   public:
     void arrange(Layout& layout, int64_t height) {
-        members_ = layout.take<Kel32s>(height);
         distances_ = layout.take<Kel32f>(height);
         leasts_ = layout.take<Kel32f>(height / static_cast<int64_t>(kBlock) + 1);
     }
 
     template <class T, class Weighting>
-    void run(Clusters<T, Weighting>& clusters, const TrainingRows<T>& rows, std::size_t from, std::size_t to) {
-        count_ = 0;
-        for (std::size_t r = 0; r < rows.count(); ++r) {
-            if (clusters.owner(r) != from) continue;
-            members_[count_] = static_cast<Kel32s>(r);
-            distances_[count_++] = clusters.distance(r);
-        }
+    void run(Clusters<T, Weighting>& clusters, std::size_t from, std::size_t to) {
+        clusters.group();
+        const std::span members = clusters.members(from);
+        count_ = members.size();
+        const auto distance = [&](Kel32s r) { return clusters.distance(static_cast<std::size_t>(r)); };
+        std::transform(members.begin(), members.end(), distances_, distance);
         const std::size_t blocks = (count_ + kBlock - 1) / kBlock;
         for (std::size_t b = 0; b < blocks; ++b) leasts_[b] = leastIn(b);
         for (std::size_t pick = 0; pick < count_ / 2; ++pick) {
-            const auto member = static_cast<std::size_t>(members_[nearestLeft(blocks)]);
+            const auto member = static_cast<std::size_t>(members[nearestLeft(blocks)]);
             // Infinitely far ones are picked again.
             if (clusters.owner(member) != to) clusters.reassign(member, to);
         }
@@ -59,7 +58,6 @@ class Halving {
     }
 
     std::size_t count_ = 0;
-    Kel32s* members_ = nullptr;
     Kel32f* distances_ = nullptr;  // of the members
     Kel32f* leasts_ = nullptr;     // of each block of them
 };

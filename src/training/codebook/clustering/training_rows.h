@@ -1,6 +1,7 @@
 // The rows that a codebook is trained from, as floats.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <type_traits>
 
@@ -29,6 +30,13 @@ class TrainingRows {
             convertWidening(source(r), converted_, width_);
             return converted_;
         }
+    }
+
+    // Row r will be read soon.
+    void prefetch(std::size_t r) const {
+        constexpr std::size_t kLine = 64, kMost = 1024;
+        const auto* const bytes = reinterpret_cast<const char*>(source(r));
+        for (std::size_t i = 0; i < std::min(width_ * sizeof(T), kMost); i += kLine) __builtin_prefetch(bytes + i);
     }
 
     void addTo(Kel64f* sums, std::size_t r) const {
