@@ -20,7 +20,7 @@ struct Bidiagonal {
     Kel64f *leftFactors, *rightFactors;  // of reflections, then cosines and sines
     Kel64f *leftCosines, *leftSines;     // count of each
     Kel64f *rightCosines, *rightSines;
-    Kel64f *reflection, *product;  // a stride of u of each
+    Kel64f *reflections, *product;  // two strides of u, and one
 };
 
 // ---- reduction ------------------------------------------------------------------------------------------------------
@@ -65,14 +65,14 @@ inline void reduce(Bidiagonal& b) {
     std::fill_n(b.above, n, 0.0);
     b.rightFactors[0] = 0;
     for (std::size_t k = 0; k < n; ++k) {
-        const Reflection left = reflectionOf(b.u[k], k, b.rows, b.reflection, b.u.stride);
+        const Reflection left = reflectionOf(b.u[k], k, b.rows, b.reflections, b.u.stride);
         b.leftFactors[k] = left.factor;
         b.diagonal[k] = left.value;
-        reflect(b.reflection, left.factor, k, b.rows, b.u, k + 1, n);
+        reflect({b.reflections, left.factor}, k, b.rows, b.u, k + 1, n);
         if (k + 1 == n) break;
         Kel64f* const row = b.v[k + 1];
         for (std::size_t j = k + 1; j < n; ++j) row[j] = b.u[j][k];
-        const Reflection right = reflectionOf(row, k + 1, n, b.reflection, b.v.stride);
+        const Reflection right = reflectionOf(row, k + 1, n, b.reflections, b.v.stride);
         b.rightFactors[k + 1] = right.factor;
         b.above[k] = right.value;
         reflectRows(row, right.factor, (k + 1) / w * w, b.rows, b.u, k + 1, n, b.product);
@@ -80,8 +80,8 @@ inline void reduce(Bidiagonal& b) {
     for (std::size_t j = 0; j < n; ++j) {
         std::fill(b.v[j] + n, b.v[j] + b.v.stride, 0.0);
     }
-    formOrthonormal(b.u, n, b.rows, b.leftFactors, b.reflection);
-    formOrthonormal(b.v, n, n, b.rightFactors, b.reflection);
+    formOrthonormal(b.u, n, b.rows, b.leftFactors, b.reflections);
+    formOrthonormal(b.v, n, n, b.rightFactors, b.reflections);
 }
 
 // ---- rotations ------------------------------------------------------------------------------------------------------

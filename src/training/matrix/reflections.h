@@ -115,10 +115,49 @@ inline Reflection reflectionOf(Kel64f* column, std::size_t begin, std::size_t ro
     return {1 / (norm * (norm + std::fabs(head))), value * PowerOfTwo(exponent)};
 }
 
-// Reflects n columns from j on.
+// A reflection as it is applied: v, whose rows before `begin` are 0, and its factor.
+struct Mirror {
+    const Kel64f* v;
+    Kel64f factor;
+};
+
+// Reflects n columns from j on by one mirror, then by another; `between` is the dot product of the two.  Two at a time
+// take half the traffic with memory.
 template <std::size_t n>
-void reflectGroup(const Kel64f* v, Kel64f factor, std::size_t from, std::size_t rows, const Columns& columns,
-                  std::size_t j) {
+void reflectGroup(const Mirror& one, const Mirror& other, Kel64f between, std::size_t from, std::size_t rows,
+                  const Columns& columns, std::size_t j) {
+    constexpr std::size_t w = lanes<Kel64f>;
+    using V = Vec<Kel64f>;
+    Kel64f* c[n];
+    V first[n], second[n];
+    for (std::size_t r = 0; r < n; ++r) {
+        c[r] = columns[j + r];
+        first[r] = second[r] = V(0.0);
+    }
+    for (std::size_t i = from; i < rows; i += w) {
+        const V x = load(one.v + i), y = load(other.v + i);
+#pragma GCC unroll 8
+        for (std::size_t r = 0; r < n; ++r) {
+            const V held = load(c[r] + i);
+            first[r] = mulAdd(x, held, first[r]);
+            second[r] = mulAdd(y, held, second[r]);
+        }
+    }
+    for (std::size_t r = 0; r < n; ++r) {
+        const Kel64f byOne = -one.factor * stdx::reduce(first[r]);
+        first[r] = V(byOne);
+        second[r] = V(-other.factor * (stdx::reduce(second[r]) + byOne * between));
+    }
+    for (std::size_t i = from; i < rows; i += w) {
+        const V x = load(one.v + i), y = load(other.v + i);
+#pragma GCC unroll 8
+        for (std::size_t r = 0; r < n; ++r) {
+            store(c[r] + i, mulAdd(y, second[r], mulAdd(x, first[r], load(c[r] + i))));
+        }
+    }
+}
+template <std::size_t n>
+void reflectGroup(const Mirror& mirror, std::size_t from, std::size_t rows, const Columns& columns, std::size_t j) {
     constexpr std::size_t w = lanes<Kel64f>;
     using V = Vec<Kel64f>;
     Kel64f* c[n];
@@ -128,39 +167,71 @@ void reflectGroup(const Kel64f* v, Kel64f factor, std::size_t from, std::size_t 
         dots[r] = V(0.0);
     }
     for (std::size_t i = from; i < rows; i += w) {
-        const V x = load(v + i);
+        const V x = load(mirror.v + i);
 #pragma GCC unroll 8
         for (std::size_t r = 0; r < n; ++r) dots[r] = mulAdd(x, load(c[r] + i), dots[r]);
     }
-    for (std::size_t r = 0; r < n; ++r) dots[r] = V(-factor * stdx::reduce(dots[r]));
+    for (std::size_t r = 0; r < n; ++r) dots[r] = V(-mirror.factor * stdx::reduce(dots[r]));
     for (std::size_t i = from; i < rows; i += w) {
-        const V x = load(v + i);
+        const V x = load(mirror.v + i);
 #pragma GCC unroll 8
         for (std::size_t r = 0; r < n; ++r) store(c[r] + i, mulAdd(x, dots[r], load(c[r] + i)));
     }
 }
 
-// Reflects columns first .. last - 1 by v, whose rows before `begin` are 0.
-inline void reflect(const Kel64f* v, Kel64f factor, std::size_t begin, std::size_t rows, const Columns& columns,
+// Reflects columns first .. last - 1 in rows from `begin` on; rows before it are 0 in the mirrors.
+inline void reflect(const Mirror& mirror, std::size_t begin, std::size_t rows, const Columns& columns,
                     std::size_t first, std::size_t last) {
-    if (factor == 0) return;
+    if (mirror.factor == 0) return;
     const std::size_t from = begin / lanes<Kel64f> * lanes<Kel64f>;
-    forColumns(first, last, [&](auto n, std::size_t j) { reflectGroup<n>(v, factor, from, rows, columns, j); });
+    forColumns(first, last, [&](auto n, std::size_t j) { reflectGroup<n>(mirror, from, rows, columns, j); });
+}
+inline void reflect(const Mirror& one, const Mirror& other, std::size_t begin, std::size_t rows, const Columns& columns,
+                    std::size_t first, std::size_t last) {
+    if (one.factor == 0) return reflect(other, begin, rows, columns, first, last);
+    if (other.factor == 0) return reflect(one, begin, rows, columns, first, last);
+    const std::size_t from = begin / lanes<Kel64f> * lanes<Kel64f>;
+    Vec<Kel64f> products(0.0);
+    for (std::size_t i = from; i < rows; i += lanes<Kel64f>) {
+        products = mulAdd(load(one.v + i), load(other.v + i), products);
+    }
+    const Kel64f between = stdx::reduce(products);
+    forColumns(first, last,
+               [&](auto n, std::size_t j) { reflectGroup<n>(one, other, between, from, rows, columns, j); });
 }
 
-// ---- many -----------------------------------------------------------------------------------------------------------
+// ---- many ------------------------------------------------------------------------------------------------------------
+
+// Column k of the product of reflections k and those after it, from its place, where reflection k is kept.
+inline void formColumn(Kel64f* column, std::size_t k, std::size_t rows, const Mirror& mirror) {
+    std::fill_n(column, k, 0.0);
+    const Kel64f scale = mirror.factor == 0 ? 0 : -mirror.factor * mirror.v[k];
+    for (std::size_t i = k; i < rows; ++i) column[i] = scale == 0 ? 0 : scale * mirror.v[i];
+    column[k] += 1;
+}
 
 // Replaces the columns, of which column k holds reflection k from row k on, by the first columns of their product.
+// scratch: two columns.
 inline void formOrthonormal(const Columns& columns, std::size_t count, std::size_t rows, const Kel64f* factors,
-                            Kel64f* v) {
-    for (std::size_t k = count; k-- > 0;) {
-        Kel64f* const column = columns[k];
-        copyReflection(column, k, rows, v, columns.stride);
-        reflect(v, factors[k], k, rows, columns, k + 1, count);
-        std::fill_n(column, k, 0.0);
-        const Kel64f scale = factors[k] == 0 ? 0 : -factors[k] * v[k];
-        for (std::size_t i = k; i < rows; ++i) column[i] = scale == 0 ? 0 : scale * v[i];
-        column[k] += 1;
+                            Kel64f* scratch) {
+    Kel64f *const v = scratch, *const w = scratch + columns.stride;
+    std::size_t left = count;
+    const auto mirrorOf = [&](std::size_t k, Kel64f* place) {
+        copyReflection(columns[k], k, rows, place, columns.stride);
+        return Mirror{place, factors[k]};
+    };
+    for (; left > 1; left -= 2) {
+        const std::size_t k = left - 2;
+        const Mirror later = mirrorOf(k + 1, v), earlier = mirrorOf(k, w);
+        reflect(later, earlier, k, rows, columns, left, count);
+        formColumn(columns[k + 1], k + 1, rows, later);
+        reflect(earlier, k, rows, columns, k + 1, k + 2);
+        formColumn(columns[k], k, rows, earlier);
+    }
+    if (left == 1) {
+        const Mirror only = mirrorOf(0, v);
+        reflect(only, 0, rows, columns, 1, count);
+        formColumn(columns[0], 0, rows, only);
     }
 }
 

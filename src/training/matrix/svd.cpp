@@ -30,7 +30,7 @@ struct Workspace {
     Workspace(int64_t rows, int64_t columns)
         : uStride(columnStride(rows)),
           vStride(columnStride(columns)),
-          block(addSaturate(columns * uStride, addSaturate(columns * vStride, 2 * uStride + 9 * columns))) {
+          block(addSaturate(columns * uStride, addSaturate(columns * vStride, 3 * uStride + 9 * columns))) {
         if (block.failed()) return;
         Kel64f* place = block.data();
         const auto take = [&](int64_t size) {
@@ -42,7 +42,7 @@ struct Workspace {
         b.count = static_cast<std::size_t>(columns);
         b.u = {take(columns * uStride), static_cast<std::size_t>(uStride)};
         b.v = {take(columns * vStride), static_cast<std::size_t>(vStride)};
-        b.reflection = take(uStride);
+        b.reflections = take(2 * uStride);
         b.product = take(uStride);
         for (Kel64f** const array : {&b.diagonal, &b.above, &b.leftFactors, &b.rightFactors, &b.leftCosines,
                                      &b.leftSines, &b.rightCosines, &b.rightSines}) {

@@ -11,15 +11,15 @@ using namespace kels::matrix;
 
 // ---- QR -------------------------------------------------------------------------------------------------------------
 
-// What a decomposition works on: the columns of A, a reflection and, for each column, the factor of its reflection, the
-// diagonal element of R and the power of two that the column was divided by.
+// What a decomposition works on: the columns of A, two reflections and, for each column, the factor of its reflection,
+// the diagonal element of R and the power of two that the column was divided by.
 struct Workspace {
     Workspace(int64_t width, int64_t height)
-        : stride(columnStride(height)), block(addSaturate(width * stride, stride + 3 * width)) {
+        : stride(columnStride(height)), block(addSaturate(width * stride, 2 * stride + 3 * width)) {
         if (block.failed()) return;
         columns = {block.data(), static_cast<std::size_t>(stride)};
-        reflection = columns[static_cast<std::size_t>(width)];
-        factors = reflection + stride;
+        reflections = columns[static_cast<std::size_t>(width)];
+        factors = reflections + 2 * stride;
         diagonal = factors + width;
         exponents = diagonal + width;
     }
@@ -27,7 +27,7 @@ struct Workspace {
     int64_t stride;
     Scratch<Kel64f, 4096> block;
     Columns columns{};
-    Kel64f *reflection = nullptr, *factors = nullptr, *diagonal = nullptr, *exponents = nullptr;
+    Kel64f *reflections = nullptr, *factors = nullptr, *diagonal = nullptr, *exponents = nullptr;
 };
 
 // Takes in A.  Each column is divided by a power of two, so that columns of any magnitudes come out alike.
@@ -53,11 +53,18 @@ KelStatus decompose(const Rows& a, const Triangle& r, int width, int height) {
     if (work.block.failed()) return kelStatusNoMemory;
     const Columns& columns = work.columns;
     takeColumns(a, n, m, work);
-    for (std::size_t k = 0; k < n; ++k) {
-        const Reflection next = reflectionOf(columns[k], k, m, work.reflection, columns.stride);
-        work.factors[k] = next.factor;
-        work.diagonal[k] = next.value;
-        reflect(work.reflection, next.factor, k, m, columns, k + 1, n);
+    const auto mirrorOf = [&](std::size_t k, Kel64f* place) {
+        const Reflection made = reflectionOf(columns[k], k, m, place, columns.stride);
+        work.factors[k] = made.factor;
+        work.diagonal[k] = made.value;
+        return Mirror{place, made.factor};
+    };
+    for (std::size_t k = 0; k < n; k += 2) {
+        const Mirror one = mirrorOf(k, work.reflections);
+        if (k + 1 == n) break;
+        reflect(one, k, m, columns, k + 1, k + 2);
+        const Mirror other = mirrorOf(k + 1, work.reflections + columns.stride);
+        reflect(one, other, k, m, columns, k + 2, n);
     }
     // Reflections leave either sign on the diagonal of R; its negative rows and the columns of Q that meet them change
     // theirs.
@@ -70,7 +77,7 @@ KelStatus decompose(const Rows& a, const Triangle& r, int width, int height) {
             row[j] = sign(i) * value * PowerOfTwo(static_cast<int>(work.exponents[j]));
         }
     }
-    formOrthonormal(columns, n, m, work.factors, work.reflection);
+    formOrthonormal(columns, n, m, work.factors, work.reflections);
     for (std::size_t i = 0; i < m; ++i) {
         Kel64f* const row = a[static_cast<std::ptrdiff_t>(i)];
         for (std::size_t j = 0; j < n; ++j) row[j] = sign(j) * columns[j][i];
