@@ -27,6 +27,26 @@ inline Halves deinterleave(const Vec<float>& a, const Vec<float>& b) {
 #endif
 }
 
+// Its inverse: the elements of even and odd in turn.
+struct Interleaved {
+    Vec<float> first, second;
+};
+inline Interleaved interleave(const Vec<float>& even, const Vec<float>& odd) {
+#if defined(__AVX512F__)
+    const __m512i first = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i second = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    return {Vec<float>(_mm512_permutex2var_ps(native(even), first, native(odd))),
+            Vec<float>(_mm512_permutex2var_ps(native(even), second, native(odd)))};
+#elif defined(__AVX2__)
+    const __m256 low = _mm256_unpacklo_ps(native(even), native(odd));
+    const __m256 high = _mm256_unpackhi_ps(native(even), native(odd));
+    return {Vec<float>(_mm256_permute2f128_ps(low, high, 0x20)), Vec<float>(_mm256_permute2f128_ps(low, high, 0x31))};
+#else
+    return {Vec<float>(_mm_unpacklo_ps(native(even), native(odd))),
+            Vec<float>(_mm_unpackhi_ps(native(even), native(odd)))};
+#endif
+}
+
 // p[0] and p[1] in turn.
 inline Vec<float> repeatPair(const float* p) {
     double pair;

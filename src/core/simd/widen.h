@@ -49,6 +49,17 @@ inline Vec<double> loadWide(const int16_t* p) {
 #endif
 }
 
+// lanes<double> consecutive 32-bit integers as doubles.
+inline Vec<double> loadWide(const int32_t* p) {
+#if defined(__AVX512F__)
+    return Vec<double>(_mm512_cvtepi32_pd(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))));
+#elif defined(__AVX2__)
+    return Vec<double>(_mm256_cvtepi32_pd(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
+#else
+    return Vec<double>(_mm_cvtepi32_pd(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+#endif
+}
+
 // A vector of floats as two of doubles, and back with rounding.
 struct WideHalves {
     Vec<double> low, high;
