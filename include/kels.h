@@ -15,6 +15,7 @@
 #include "kels/dct.h"
 #include "kels/delta.h"
 #include "kels/dtw.h"
+#include "kels/echo.h"
 #include "kels/enhance.h"
 #include "kels/fbank.h"
 #include "kels/fft.h"

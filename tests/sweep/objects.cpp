@@ -269,6 +269,23 @@ Object mcra_32s(Dice& dice, int) {
 }
 
 template <class State>
+Object echoController(Dice& dice, KelStatus (*sizeOf)(int, int*), KelStatus (*init)(int, int, State*)) {
+    const int length = static_cast<int>(dice.between(32, 300));
+    int bytes;
+    MAKE(sizeOf(length, &bytes));
+    Object object = inMemory(bytes);
+    MAKE(init(8000, length, static_cast<State*>(object.pointer)));
+    object.properties = {{"n", length}};
+    return object;
+}
+Object aec_32f(Dice& dice, int) {
+    return echoController(dice, kelsControllerGetSizeAEC_32f, kelsControllerInitAEC_32f);
+}
+Object aec_32s(Dice& dice, int) {
+    return echoController(dice, kelsControllerGetSizeAEC_32s, kelsControllerInitAEC_32s);
+}
+
+template <class State>
 Object resampler(Dice& dice, KelStatus (*make)(State**, float, int, float, float, int)) {
     const double window = static_cast<double>(dice.between(2, 30));
     const int steps = static_cast<int>(dice.between(1, 64));
@@ -335,6 +352,8 @@ const std::map<std::string, ObjectKind> kKinds = {
     {"OwnCdbk_16s", owned<kelsCdbkFree_16s, KelCdbk_16s>(ownMemory<cdbk_16s>)},
     {"MCRA_32f", {mcra_32f, nothing, nothing}},
     {"MCRA_32s", {mcra_32s, nothing, nothing}},
+    {"AEC_32f", {aec_32f, nothing, nothing}},
+    {"AEC_32s", {aec_32s, nothing, nothing}},
     {"Resample_32f", owned<kelsResamplePolyphaseFree_32f, KelResamplePolyphase_32f>(resample_32f)},
     {"Resample_16s", owned<kelsResamplePolyphaseFree_16s, KelResamplePolyphase_16s>(resample_16s)},
     {"Fixed_32f", owned<kelsResamplePolyphaseFixedFree_32f, KelResamplePolyphaseFixed_32f>(fixed_32f)},

@@ -192,8 +192,9 @@ Signature::Signature(const Function& itsFunction, const Rule& rule) : function(i
 const std::vector<Signature>& signatures() {
     static const std::vector<Signature> all = [] {
         std::vector<Signature> found;
-        for (const auto& rules : {vectorRules, frontendRules, predictionRules, scoreRules, mixtureRules, trainingRules,
-                                  matrixRules, codebookRules, matchRules, enhanceRules, resampleRules, auroraRules}) {
+        for (const auto& rules :
+             {vectorRules, frontendRules, predictionRules, scoreRules, mixtureRules, trainingRules, matrixRules,
+              codebookRules, matchRules, enhanceRules, resampleRules, auroraRules, echoRules}) {
             for (const Rule& rule : rules()) {
                 for (const Function& function : rule.functions) found.emplace_back(function, rule);
             }

@@ -111,5 +111,6 @@ Rules matchRules();
 Rules enhanceRules();
 Rules resampleRules();
 Rules auroraRules();
+Rules echoRules();
 
 }  // namespace sweep
