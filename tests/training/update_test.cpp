@@ -38,7 +38,7 @@ class Update : public testing::Test {
 using FloatTypes = testing::Types<Kel32f, Kel64f>;
 TYPED_TEST_SUITE(Update, FloatTypes);
 
-// ---- formulas --------------------------------------------------------------------------------------------------------
+// ---- formulas -------------------------------------------------------------------------------------------------------
 
 // The sum of the weights comes from their order, too.
 template <class T>
@@ -134,10 +134,10 @@ TYPED_TEST(Update, FloorsAndOccupations) {
     }
 }
 
-// ---- logarithms ------------------------------------------------------------------------------------------------------
+// ---- logarithms -----------------------------------------------------------------------------------------------------
 
-// A sum of logarithms, and how far off the library's may be: n factors and their exponents, each wrong by a part in 2^53,
-// two logarithms and a few operations on the total.
+// A sum of logarithms, and how far off the library's may be: n factors and their exponents, each wrong by a part in
+// 2^53, two logarithms and a few operations on the total.
 struct Logs {
     Real sum = 0, magnitude = 0, count = 0;
     void add(Real x) {

@@ -1,5 +1,5 @@
-// The searches as functions of their own: through the tree or over all codevectors, with weights taken as 1, for any width
-// and for the widths that have kernels of their own.
+// The searches as functions of their own: through the tree or over all codevectors, with weights taken as 1, for any
+// width and for the widths that have kernels of their own.
 #include "kels/vq.h"
 #include "training/codebook/check.h"
 #include "training/codebook/search.h"

@@ -1,7 +1,7 @@
 // The order of distances: every comparison that decides what a codebook holds or what a search finds stands here.
 //
-// Distances are compared with a relative tolerance, so that differences of rounding do not decide, and of distances that
-// are equal within it the one met first wins.  The rules hold for single values and for vectors, lane by lane.
+// Distances are compared with a relative tolerance, so that differences of rounding do not decide, and of distances
+// that are equal within it the one met first wins.  The rules hold for single values and for vectors, lane by lane.
 #pragma once
 
 #include <algorithm>

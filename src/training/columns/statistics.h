@@ -131,7 +131,8 @@ void sumsAndSquaresScaled(const Rows& rows, int height, int width, Kel32s* dstSu
 }
 
 // ---- 16 bits -------------------------------------------------------------------------------------------------------
-// Exact sums; reciprocals rounded to Kel32f, products with them in double precision and truncated.  Inside a NearestScope.
+// Exact sums; reciprocals rounded to Kel32f, products with them in double precision and truncated.  Inside a
+// NearestScope.
 
 template <class D, class Rows>
 void fixedColumnMeans(const Rows& rows, int height, int width, D* mean) {

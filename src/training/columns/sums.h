@@ -1,9 +1,9 @@
 // Sums over the rows of a block, column by column: of the values and of their squares, plain or with a weight for each
 // row.  Both are always formed: together they take no longer than the block takes to arrive from memory.
 //
-// Columns are taken by vectors.  A few vectors of sums at a time stay in registers while the rows pass, in slabs of rows
-// that stay in the nearest cache while all columns are served.  Within a column the values of four rows are added up and
-// then go to the running sum; how rows fall into fours depends on nothing but their number.
+// Columns are taken by vectors.  A few vectors of sums at a time stay in registers while the rows pass, in slabs of
+// rows that stay in the nearest cache while all columns are served.  Within a column the values of four rows are added
+// up and then go to the running sum; how rows fall into fours depends on nothing but their number.
 #pragma once
 
 #include <algorithm>
@@ -170,8 +170,8 @@ void addPanel(const Rows& rows, std::ptrdiff_t begin, std::ptrdiff_t end, std::s
     }
 }
 
-// finish(from, n, first, second) is handed the sums of the columns from `from` on, begun with what start(from, n, first,
-// second) leaves there, or with zero.
+// finish(from, n, first, second) is handed the sums of the columns from `from` on, begun with what start(from, n,
+// first, second) leaves there, or with zero.
 struct FromZero {
     template <class S>
     void operator()(std::size_t, std::size_t, S*, S*) const {}

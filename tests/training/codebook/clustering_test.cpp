@@ -110,8 +110,8 @@ void expectSame(const std::vector<T>& rows, const std::vector<T>& weights, int w
     }
 }
 
-// Rows around a few centres, far apart or not, near the origin or not, at scales where squares lose bits or come near the
-// largest float, and on a lattice where many distances are equal.
+// Rows around a few centres, far apart or not, near the origin or not, at scales where squares lose bits or come near
+// the largest float, and on a lattice where many distances are equal.
 TEST(Clustering, IsTheSameAsByAllDistances) {
     Random random(61);
     for (const int width : {1, 2, 5, 16, 39}) {

@@ -34,8 +34,8 @@ struct Parts {
     }
 };
 
-// Rows go through indices in every form; each row begins `spare` places or bits behind the one before.  What is expected
-// comes from each codebook for itself.
+// Rows go through indices in every form; each row begins `spare` places or bits behind the one before.  What is
+// expected comes from each codebook for itself.
 template <class T>
 void expectRoundTrip(Parts<T>& parts, Random& random, int height, int spare) {
     const int n = static_cast<int>(parts.owned.size()), step = parts.width + 3, wholeStep = n + spare;

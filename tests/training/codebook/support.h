@@ -92,8 +92,8 @@ std::vector<double> squaredDistances(const T* x, const std::vector<C>& codevecto
     return all;
 }
 
-// The indices by the function for any codebook; those for its kind without weights, for any width and for this one, must
-// agree.
+// The indices by the function for any codebook; those for its kind without weights, for any width and for this one,
+// must agree.
 template <class T>
 std::vector<Kel32s> quantised(const Guarded<T>& src, int step, int height, const Owned<T>& codebook) {
     const auto run = [&](const auto& search, KelStatus expected, auto... width) {

@@ -145,7 +145,7 @@ TEST(ColumnStatistics, Sums) {
     }
 }
 
-// ---- 16 bits ---------------------------------------------------------------------------------------------------------
+// ---- 16 bits --------------------------------------------------------------------------------------------------------
 
 TEST(ColumnStatistics, Fixed) {
     int sf = -3;
@@ -207,7 +207,7 @@ TEST(Moments, VarianceFromSums) {
     expectElements([=](auto m, auto v, int, auto... c) { return whole(m, v, c...); }, inputs, kelsNewVar_32s_ISfs);
 }
 
-// ---- covariance ------------------------------------------------------------------------------------------------------
+// ---- covariance -----------------------------------------------------------------------------------------------------
 
 // Extended precision all the way, and one rounding to double; nothing is written between the rows.
 template <class T, class D2, class D2L>

@@ -1,11 +1,11 @@
 // A pass of the refinement: every row goes to the nearest centroid, as a comparison with all of them would tell.
 //
-// Few of those comparisons are made.  Where neither a row's centroid nor another one has moved, their order stands, and a
-// bound for the nearest of the others tells whether it still does when the row's own one has moved.  By the triangle
-// inequality a centroid cannot be nearer to a row than its own one is if the two centroids are twice as far apart as the
-// row is from its own.  Of the others, a screen tells most rows that none of them comes close.  Where the best two come
-// close, all centroids are compared after all.  (Bounds of this kind: C. Elkan, "Using the triangle inequality to
-// accelerate k-means", ICML 2003; G. Hamerly, "Making k-means even faster", SDM 2010.)
+// Few of those comparisons are made.  Where neither a row's centroid nor another one has moved, their order stands,
+// and a bound for the nearest of the others tells whether it still does when the row's own one has moved.  By the
+// triangle inequality a centroid cannot be nearer to a row than its own one is if the two centroids are twice as far
+// apart as the row is from its own.  Of the others, a screen tells most rows that none of them comes close.  Where the
+// best two come close, all centroids are compared after all.  (Bounds of this kind: C. Elkan, "Using the triangle
+// inequality to accelerate k-means", ICML 2003; G. Hamerly, "Making k-means even faster", SDM 2010.)
 #pragma once
 
 #include <algorithm>
@@ -205,7 +205,8 @@ class Refinement {
     }
 
     // At a squared distance from one centroid, a row is at least that far away from another one across a gap, squared.
-    // That is (sqrt(gap) - sqrt(distance))^2 or, without roots, not much less where the gap is about four times as large.
+    // That is (sqrt(gap) - sqrt(distance))^2 or, without roots, not much less where the gap is about four times as
+    // large.
     static Kel32f beyond(Kel32f gap, Kel32f distance) { return 0.999f * (gap / 2 - distance); }
 
     // Sets a row's nearest centroid among its own one and some rivals.  `bound`: no centroid besides those is nearer.

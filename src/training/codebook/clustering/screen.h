@@ -2,8 +2,8 @@
 //
 // With a row and another centroid both seen from the cluster's own centroid, as x and c, their squared distance is
 // |x|^2 + |c|^2 - 2 x c.  The first two are known, so that a product is enough, which needs fewer operations than a
-// distance and no sum over lanes: a lane belongs to one centroid.  Products are rounded otherwise than the distances that
-// decide; margins make up for it.
+// distance and no sum over lanes: a lane belongs to one centroid.  Products are rounded otherwise than the distances
+// that decide; margins make up for it.
 #pragma once
 
 #include <algorithm>

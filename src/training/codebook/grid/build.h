@@ -1,8 +1,8 @@
 // Grids of exhaustive codebooks of width 1 or 2.
 //
-// Each cell lists, by ascending index, the codevectors that can be nearest to a point of it: mostly no more than a vector
-// holds, so that a search has no branch that depends on where its point lies.  Beyond the border, where cells would reach
-// to infinity, all codevectors are candidates.
+// Each cell lists, by ascending index, the codevectors that can be nearest to a point of it: mostly no more than a
+// vector holds, so that a search has no branch that depends on where its point lies.  Beyond the border, where cells
+// would reach to infinity, all codevectors are candidates.
 #pragma once
 
 #include <algorithm>
@@ -19,8 +19,8 @@
 
 namespace kels::codebook {
 
-// The grid of a codebook.  A list is padded to whole vectors with codevectors that are infinitely far away; the positions
-// of its codevectors stand together, axis by axis.
+// The grid of a codebook.  A list is padded to whole vectors with codevectors that are infinitely far away; the
+// positions of its codevectors stand together, axis by axis.
 template <class T>
 struct Grid {
     using Real = RealOf<T>;
@@ -52,7 +52,8 @@ GridPoints pointsOf(const Codebook<T>& codebook, Kel32f* positions) {
     return points;
 }
 
-// The number of a cell's candidates and of those that pad their list; the candidates are also listed where there is one.
+// The number of a cell's candidates and of those that pad their list; the candidates are also listed where there is
+// one.
 template <class T>
 int64_t fillList(const GridPoints& points, const GridCells& cells, int cell, Kel32s* list) {
     return roundUp<int64_t>(points.fillCell(cells.quarters(cell), list), int64_t{lanes<RealOf<T>>});
