@@ -68,14 +68,14 @@ void takeScaled(const Rows& a, int exponent, bool turned, const Bidiagonal& b) {
     }
 }
 
-// Writes `width` columns: those of `from` in their order, each times its sign, then zeros.
+// Writes `width` columns: those of `from` in their order, each divided by its length, then zeros.
 template <class Rows>
-void storeColumns(const Columns& from, const Workspace& work, const Kel64f* signs, const Rows& dst, std::size_t width,
+void storeColumns(const Columns& from, const Workspace& work, const Kel64f* lengths, const Rows& dst, std::size_t width,
                   std::size_t height) {
     for (std::size_t i = 0; i < height; ++i) {
         Kel64f* const row = dst[static_cast<std::ptrdiff_t>(i)];
         for (std::size_t c = 0; c < work.b.count; ++c)
-            row[c] = signs[c] * from[static_cast<std::size_t>(work.order[c])][i];
+            row[c] = from[static_cast<std::size_t>(work.order[c])][i] / lengths[c];
         std::fill(row + work.b.count, row + std::max(width, work.b.count), 0.0);
     }
 }
@@ -87,6 +87,13 @@ Kel64f leadingElement(const Kel64f* x, std::size_t len) {
         if (std::fabs(x[i]) > std::fabs(leading)) leading = x[i];
     }
     return leading;
+}
+
+// Of a column, whose rows are followed by zeros.
+Kel64f lengthOf(const Kel64f* x, std::size_t rows) {
+    Vec<Kel64f> squares(0.0);
+    for (std::size_t i = 0; i < rows; i += lanes<Kel64f>) squares = mulAdd(load(x + i), load(x + i), squares);
+    return std::sqrt(stdx::reduce(squares));
 }
 
 // A = U diag(s) V'.  u may be A: it has uWidth columns, of which those behind the last singular value become 0.
@@ -105,21 +112,24 @@ KelStatus decompose(const Src& a, const U& u, int uWidth, Kel64f* s, const V& v,
     if (!diagonalise(b)) return kelStatusNoConverge;
 
     const std::size_t n = b.count;
-    Kel64f *const uSigns = b.leftFactors, *const vSigns = b.rightFactors;
     for (std::size_t c = 0; c < n; ++c) work.order[c] = static_cast<int>(c);
     std::sort(work.order, work.order + n, [&](int x, int y) {
         const Kel64f first = std::fabs(b.diagonal[x]), second = std::fabs(b.diagonal[y]);
         return first > second || (first == second && x < y);
     });
     const Columns &uColumns = turned ? b.v : b.u, &vColumns = turned ? b.u : b.v;
+    // Every rotation leaves lengths that differ from 1 by a rounding error, and there were hundreds of them.  Signs count
+    // as lengths, too.
+    Kel64f *const uLengths = b.leftFactors, *const vLengths = b.rightFactors;
     for (std::size_t c = 0; c < n; ++c) {
         const auto from = static_cast<std::size_t>(work.order[c]);
-        vSigns[c] = leadingElement(vColumns[from], w) < 0 ? -1 : 1;
-        uSigns[c] = b.diagonal[from] < 0 ? -vSigns[c] : vSigns[c];
+        const bool turn = leadingElement(vColumns[from], w) < 0, negative = b.diagonal[from] < 0;
+        vLengths[c] = std::copysign(lengthOf(vColumns[from], w), turn ? -1 : 1);
+        uLengths[c] = std::copysign(lengthOf(uColumns[from], h), turn != negative ? -1 : 1);
         s[c] = std::fabs(b.diagonal[from]) * PowerOfTwo(exponent);
     }
-    storeColumns(uColumns, work, uSigns, u, toSize(uWidth), h);
-    storeColumns(vColumns, work, vSigns, v, n, w);
+    storeColumns(uColumns, work, uLengths, u, toSize(uWidth), h);
+    storeColumns(vColumns, work, vLengths, v, n, w);
     return kelStatusOk;
 }
 
