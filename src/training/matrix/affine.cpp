@@ -8,15 +8,21 @@
 namespace {
 using namespace kels;
 using namespace kels::matrix;
+
+// The faults of blocks in one array each.
+template <class T>
+KelStatus blocksFault(int srcStep, int matrStep, int dstStep, int srcWidth, int dstWidth, int height, const T* src,
+                      const T* matrix, const T* dst) {
+    return shapeFault({srcWidth, dstWidth, height}, {{srcStep, srcWidth}, {matrStep, srcWidth}, {dstStep, dstWidth}},
+                      src, matrix, dst);
+}
 }  // namespace
 
 KelStatus kelsMatVecMulRows_32f_D2(const Kel32f* pSrc, int srcStep, const Kel32f* pMatr, int matrStep,
                                    const Kel32f* pOffset, Kel32f* pDst, int dstStep, int srcWidth, int dstWidth,
                                    int height) {
-    if (const KelStatus fault =
-            shapeFault({srcWidth, dstWidth, height}, {{srcStep, srcWidth}, {matrStep, srcWidth}, {dstStep, dstWidth}},
-                       pSrc, pMatr, pDst))
-        return fault;
+    const KelStatus fault = blocksFault(srcStep, matrStep, dstStep, srcWidth, dstWidth, height, pSrc, pMatr, pDst);
+    if (fault != kelStatusOk) return fault;
     transformRows(StepRows(pSrc, srcStep), StepRows(pMatr, matrStep), pOffset, StepRows(pDst, dstStep), srcWidth,
                   dstWidth, height);
     return kelStatusOk;
@@ -30,10 +36,8 @@ KelStatus kelsMatVecMulRows_32f_D2L(const Kel32f** ppSrc, const Kel32f** ppMatr,
 KelStatus kelsMatVecMulRows_64f_D2(const Kel64f* pSrc, int srcStep, const Kel64f* pMatr, int matrStep,
                                    const Kel64f* pOffset, Kel64f* pDst, int dstStep, int srcWidth, int dstWidth,
                                    int height) {
-    if (const KelStatus fault =
-            shapeFault({srcWidth, dstWidth, height}, {{srcStep, srcWidth}, {matrStep, srcWidth}, {dstStep, dstWidth}},
-                       pSrc, pMatr, pDst))
-        return fault;
+    const KelStatus fault = blocksFault(srcStep, matrStep, dstStep, srcWidth, dstWidth, height, pSrc, pMatr, pDst);
+    if (fault != kelStatusOk) return fault;
     transformRows(StepRows(pSrc, srcStep), StepRows(pMatr, matrStep), pOffset, StepRows(pDst, dstStep), srcWidth,
                   dstWidth, height);
     return kelStatusOk;

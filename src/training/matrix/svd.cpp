@@ -57,7 +57,7 @@ struct Workspace {
     int* order = nullptr;  // the columns by descending singular values
 };
 
-// Columns of x times 2^-exponent from A, or from its rows where it is turned over.
+// The columns of A, or its rows where it is turned over, times 2^-exponent.
 template <class Rows>
 void takeScaled(const Rows& a, int exponent, bool turned, const Bidiagonal& b) {
     const PowerOfTwo unit(-exponent);
@@ -68,14 +68,15 @@ void takeScaled(const Rows& a, int exponent, bool turned, const Bidiagonal& b) {
     }
 }
 
-// Writes `width` columns: those of `from` in their order, each divided by its length, then zeros.
+// Writes `width` columns: those of `from` in their order, each times its sign, then zeros.
 template <class Rows>
-void storeColumns(const Columns& from, const Workspace& work, const Kel64f* lengths, const Rows& dst, std::size_t width,
+void storeColumns(const Columns& from, const Workspace& work, const Kel64f* signs, const Rows& dst, std::size_t width,
                   std::size_t height) {
     for (std::size_t i = 0; i < height; ++i) {
         Kel64f* const row = dst[static_cast<std::ptrdiff_t>(i)];
-        for (std::size_t c = 0; c < work.b.count; ++c)
-            row[c] = from[static_cast<std::size_t>(work.order[c])][i] / lengths[c];
+        for (std::size_t c = 0; c < work.b.count; ++c) {
+            row[c] = signs[c] * from[static_cast<std::size_t>(work.order[c])][i];
+        }
         std::fill(row + work.b.count, row + std::max(width, work.b.count), 0.0);
     }
 }
@@ -89,11 +90,13 @@ Kel64f leadingElement(const Kel64f* x, std::size_t len) {
     return leading;
 }
 
-// Of a column, whose rows are followed by zeros.
-Kel64f lengthOf(const Kel64f* x, std::size_t rows) {
+// Every rotation leaves lengths that differ from 1 by a rounding error, and there were hundreds of them.
+void bringToLength1(Kel64f* x, std::size_t rows) {
+    constexpr std::size_t w = lanes<Kel64f>;
     Vec<Kel64f> squares(0.0);
-    for (std::size_t i = 0; i < rows; i += lanes<Kel64f>) squares = mulAdd(load(x + i), load(x + i), squares);
-    return std::sqrt(stdx::reduce(squares));
+    for (std::size_t i = 0; i < rows; i += w) squares = mulAdd(load(x + i), load(x + i), squares);
+    const Kel64f length = std::sqrt(stdx::reduce(squares));
+    for (std::size_t i = 0; i < rows; i += w) store(x + i, Vec<Kel64f>(load(x + i) / length));
 }
 
 // A = U diag(s) V'.  u may be A: it has uWidth columns, of which those behind the last singular value become 0.
@@ -118,18 +121,17 @@ KelStatus decompose(const Src& a, const U& u, int uWidth, Kel64f* s, const V& v,
         return first > second || (first == second && x < y);
     });
     const Columns &uColumns = turned ? b.v : b.u, &vColumns = turned ? b.u : b.v;
-    // Every rotation leaves lengths that differ from 1 by a rounding error, and there were hundreds of them.  Signs count
-    // as lengths, too.
-    Kel64f *const uLengths = b.leftFactors, *const vLengths = b.rightFactors;
+    Kel64f *const uSigns = b.leftFactors, *const vSigns = b.rightFactors;
     for (std::size_t c = 0; c < n; ++c) {
         const auto from = static_cast<std::size_t>(work.order[c]);
-        const bool turn = leadingElement(vColumns[from], w) < 0, negative = b.diagonal[from] < 0;
-        vLengths[c] = std::copysign(lengthOf(vColumns[from], w), turn ? -1 : 1);
-        uLengths[c] = std::copysign(lengthOf(uColumns[from], h), turn != negative ? -1 : 1);
+        bringToLength1(uColumns[from], h);
+        bringToLength1(vColumns[from], w);
+        vSigns[c] = leadingElement(vColumns[from], w) < 0 ? -1 : 1;
+        uSigns[c] = b.diagonal[from] < 0 ? -vSigns[c] : vSigns[c];
         s[c] = std::fabs(b.diagonal[from]) * PowerOfTwo(exponent);
     }
-    storeColumns(uColumns, work, uLengths, u, toSize(uWidth), h);
-    storeColumns(vColumns, work, vLengths, v, n, w);
+    storeColumns(uColumns, work, uSigns, u, toSize(uWidth), h);
+    storeColumns(vColumns, work, vSigns, v, n, w);
     return kelStatusOk;
 }
 

@@ -58,6 +58,7 @@ const std::pair<const char*, Element> kKinds[] = {
     {"of rank 3", [](int i, int j) { return std::sin(i + 1) * j + std::cos(3 * i) * (j % 5) + 0.1 * ((i * j) % 2); }},
     {"with zero columns", [](int, int j) { return j % 3 == 1 ? 0 : randomness.value<Kel64f>(1); }},
     {"with equal columns", [](int i, int j) { return std::sin(i * 7.0 + j / 3); }},
+    {"with equal magnitudes", [](int i, int j) { return (i * j + i / 2 + j / 3) % 2 == 0 ? 1.0 : -1.0; }},
     {"ill conditioned", [](int i, int j) { return 1.0 / (i + j + 1); }},
     {"graded upwards", [](int, int j) { return std::ldexp(randomness.value<Kel64f>(1), 9 * j - 200); }},
     {"graded downwards", [](int i, int j) { return std::ldexp(randomness.value<Kel64f>(1), -11 * j - 7 * i); }},
