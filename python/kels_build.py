@@ -59,8 +59,10 @@ def declarations(include):
             lines.append(line)
         elif define and re.match(r'"', define[2]):
             lines.append(f'static char *const {define[1]};')
-        elif define and re.match(r'[-(]*\d', define[2]):
+        elif define and re.fullmatch(r'[-(]*(0x[0-9a-fA-F]+|\d+)[uUlL]*\)*', define[2].strip()):
             lines.append(f'#define {define[1]} ...')
+        elif define and re.match(r'[-(]*[\d.]', define[2]):
+            lines.append(f'static const double {define[1]};')
     text = re.sub(r'__attribute__\(\(visibility\("\w+"\)\)\)', '', '\n'.join(lines))
     if text.count('(') < 100:
         raise SystemExit('the headers declare next to nothing: are these the headers of kels?')

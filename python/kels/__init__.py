@@ -8,6 +8,7 @@ from kels import fft
 from kels._base import KelsError, KelsMemoryError, KelsWarning, call, ffi, lib, pointer, status_text
 from kels._codebook import Codebook
 from kels._denoise import Denoiser, denoise
+from kels._echo import EchoCanceller
 from kels._features import PRESETS, FeatureExtractor, FeatureStream, feature_config, features
 from kels._lpc import (cepstrum_to_lpc, lpc, lpc_spectrum, lpc_to_cepstrum, lpc_to_lsp, lpc_to_reflection, lsp_to_lpc,
                        reflection_to_lpc)

@@ -29,8 +29,16 @@ def test_every_exported_function_is_reachable():
     assert exported == {name for name in dir(kels.lib) if name.startswith('kels')}
 
 
+def test_the_extension_names_the_library_and_no_folder():
+    dynamic = subprocess.run(['readelf', '-d', kels._kels.__file__], check=True, text=True,
+                             stdout=subprocess.PIPE).stdout
+    assert f'[libkelsra6.so.{kels.lib.KELS_VERSION_MAJOR}]' in dynamic
+    assert 'RPATH' not in dynamic and 'RUNPATH' not in dynamic
+
+
 def test_constants_and_structures_are_those_of_the_headers():
     assert (kels.lib.kelStatusNullPtr, kels.lib.kelVadSpeech, kels.lib.kelFftNoDiv) == (-8, 1, 8)
+    assert kels.lib.KELS_LOG_ZERO_32F == -4500000
     assert kels.ffi.sizeof('KelFeatureConfig') == 184
     assert kels.__version__.split('.')[0] == str(kels.lib.KELS_VERSION_MAJOR)
     assert kels.target() in ('x86-64', 'x86-64-v3', 'x86-64-v4')

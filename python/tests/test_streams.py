@@ -80,3 +80,36 @@ def test_noise_goes_and_speech_stays(phrase, speech, rng):
     assert len(kels.denoise(phrase[:50], 8000)) == 50
     with pytest.raises(kels.KelsError, match='kelStatusOutOfRange'):
         kels.Denoiser(96000)
+
+
+@pytest.fixture
+def room(rng):
+    """A loudspeaker's signal and its echo in a room, 8 kHz, 10 s."""
+    played = scipy.signal.lfilter([1], [1, -0.7], rng.normal(0, 0.05, 80000)).astype(np.float32)
+    response = rng.normal(0, 0.1, 800) * np.exp(-np.arange(800) / 120)
+    return played, np.convolve(played, response)[:80000].astype(np.float32)
+
+
+def test_echo_goes_and_the_near_end_stays(room, rng):
+    played, echo = room
+    near = np.zeros(80000, np.float32)
+    near[60000:70000] = 0.1 * np.sin(np.arange(10000) * 0.4)
+    microphone = echo + near + rng.normal(0, 1e-4, 80000).astype(np.float32)
+    canceller = kels.EchoCanceller(8000)
+    clean = np.concatenate([canceller.push(played, microphone), canceller.flush()])
+    assert clean.dtype == np.float32 and len(clean) == 80000
+    assert clean[40000:60000].std() < 0.05 * echo[40000:60000].std()
+    assert np.corrcoef(clean[60000:70000], near[60000:70000])[0, 1] > 0.99
+    # However it is cut; and once more after the flush.
+    cuts = np.sort(rng.integers(0, 80000, 15))
+    parts = [canceller.push(*pair) for pair in zip(np.split(played, cuts), np.split(microphone, cuts))]
+    assert np.array_equal(np.concatenate([*parts, canceller.flush()]), clean)
+
+
+def test_a_silent_side_is_no_trouble(room):
+    played, echo = room
+    assert not kels.EchoCanceller(8000).push(played[:8000], np.zeros(8000)).any()
+    left = kels.EchoCanceller(16000, tail=0.05, block=64).push(np.zeros(8000), echo[:8000])
+    assert np.array_equal(left, echo[:8000])
+    with pytest.raises(kels.KelsError, match='kelStatusOutOfRange'):
+        kels.EchoCanceller(4000)
