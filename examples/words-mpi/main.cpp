@@ -93,7 +93,7 @@ int main(int argc, char** argv) {
     try {
         if (team.size() > kShares)
             throw std::runtime_error("more than " + std::to_string(kShares) + " processes have nothing to share");
-        return learn(kHmmKind, arguments[0], arguments[2], team, std::cout) ? 0 : 1;
+        return learn({}, arguments[0], arguments[2], team, std::cout) ? 0 : 1;
     } catch (const std::exception& error) {
         std::cerr << "words-mpi: " + std::string(error.what()) + "\n";
     }

@@ -69,6 +69,44 @@ float bestScore(const StateScores& scores) {
     return search(scores, [](int, int, int) {}).second;
 }
 
+SpottedWord bestWithin(const StateScores& scores, const float* noise) {
+    const int states = scores.frames.rows();
+    const int frames = scores.frames.cols();
+    struct Reached {
+        float score = kImpossible;
+        int begin = 0;
+    };
+    const auto logStep = [&](int state, int step) { return scores.logSteps[at(state)][at(step)]; };
+    std::vector<Reached> best(at(states));
+    float before = 0;  // the likelihood of the frames so far as noise
+    float after = 0;   // and that of the others
+    for (int t = 0; t < frames; ++t) after += noise[t];
+    SpottedWord found{kImpossible, 0, frames};
+    for (int t = 0; t < frames; ++t) {
+        for (int state = states - 1; state >= 0; --state) {
+            Reached here = best[at(state)];
+            here.score += logStep(state, kStay);
+            for (int step = kNext; step <= std::min<int>(kSkip, state); ++step) {
+                const Reached& from = best[at(state - step)];
+                const float score = from.score + logStep(state - step, step);
+                if (score > here.score) here = {score, from.begin};
+            }
+            // Into the word.
+            const float entry = state == 0 ? before : before + logStep(0, kSkip);
+            if (state <= 1 && entry > here.score) here = {entry, t};
+            here.score += scores.frames.row(state)[t];
+            best[at(state)] = here;
+        }
+        before += noise[t];
+        after -= noise[t];
+        for (int state = std::max(0, states - 2); state < states; ++state) {
+            const float score = best[at(state)].score + logStep(state, state == states - 1 ? kNext : kSkip) + after;
+            if (score > found.logLikelihood) found = {score, best[at(state)].begin, t + 1};
+        }
+    }
+    return found;
+}
+
 Path uniformPath(int frames, int states) {
     Path path;
     for (int t = 0; t < frames; ++t) path.states.push_back((2 * t + 1) * states / (2 * frames));

@@ -28,6 +28,15 @@ struct Path {
 Path bestPath(const StateScores& scores);
 float bestScore(const StateScores& scores);
 
+// The same for a word with noise before and after it: a path may begin and end in any frame.  `noise` holds the log
+// likelihood of each frame as noise.  Frames begin .. end - 1 are the word's.
+struct SpottedWord {
+    float logLikelihood = 0;  // of all frames
+    int begin = 0;
+    int end = 0;
+};
+SpottedWord bestWithin(const StateScores& scores, const float* noise);
+
 // Gives all states the same number of frames, as far as that goes.
 Path uniformPath(int frames, int states);
 

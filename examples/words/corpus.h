@@ -15,6 +15,7 @@ struct Utterance {
     LabelledFile file;
     Example example;
     double seconds = 0;  // of speech
+    std::shared_ptr<const Recording> recording;
 };
 
 struct Corpus {
@@ -28,7 +29,7 @@ struct Corpus {
 // How recordings are analysed: for recognition, and in which other ways for training.
 struct Analyses {
     std::vector<FrontEndSettings> plain;
-    std::vector<std::vector<FrontEndSettings>> variants;
+    std::vector<Variant> variants;
 };
 
 // The recordings of the folder's most frequent sample rate; those of other rates are complained about.  A member of a

@@ -47,18 +47,32 @@ std::size_t longest(const std::set<std::string>& texts, std::size_t atLeast) {
 
 }  // namespace
 
-Evaluation::Evaluation(const Corpus& corpus, const Split& split, std::string_view kind) : kind_(kind) {
+void forEachFold(const Corpus& corpus, const Split& split, const Choice& choice, const FoldTest& test) {
     std::set<std::string> speakers;
     for (const auto& utterance : corpus.utterances) speakers.insert(utterance.file.label.speaker);
     const auto run = [&](const auto& isTest) {
-        std::vector<bool> chosen;
-        for (const auto& utterance : corpus.utterances) chosen.push_back(isTest(utterance.file.label));
-        runFold(corpus, chosen);
+        std::vector<Example> examples;
+        std::vector<const Utterance*> tests;
+        std::set<std::string> known;
+        for (const Utterance& utterance : corpus.utterances) {
+            if (isTest(utterance.file.label)) {
+                tests.push_back(&utterance);
+            } else {
+                examples.push_back(utterance.example);
+                known.insert(utterance.file.label.word);
+            }
+        }
+        if (tests.empty()) throw std::runtime_error("no recording is chosen for the test");
+        if (known.size() < 2) throw std::runtime_error("the recordings left for training hold fewer than two words");
+        const auto recogniser = makeRecogniser(choice);
+        Team alone;
+        std::ostringstream unread;
+        recogniser->train(std::move(examples), alone, unread);
+        test(*recogniser, tests, known);
     };
     if (split.testIndex) {
         const auto [first, last] = *split.testIndex;
-        run([&](const Label& l) { return l.index >= first && l.index <= last; });
-        return;
+        return run([&](const Label& l) { return l.index >= first && l.index <= last; });
     }
     if (split.speaker && !speakers.contains(*split.speaker))
         throw std::runtime_error("there is no recording of the speaker \"" + *split.speaker + "\"");
@@ -69,45 +83,25 @@ Evaluation::Evaluation(const Corpus& corpus, const Split& split, std::string_vie
         if (!split.speaker || speaker == *split.speaker) run([&](const Label& l) { return l.speaker == speaker; });
 }
 
-void Evaluation::runFold(const Corpus& corpus, const std::vector<bool>& isTest) {
-    std::vector<Example> examples;
-    std::vector<const Utterance*> tests;
-    std::set<std::string> known;
-    for (std::size_t i = 0; i < corpus.utterances.size(); ++i) {
-        const Utterance& utterance = corpus.utterances[i];
-        if (isTest[i]) {
-            tests.push_back(&utterance);
-        } else {
-            examples.push_back(utterance.example);
-            known.insert(utterance.file.label.word);
+Evaluation::Evaluation(const Corpus& corpus, const Split& split, const Choice& choice) {
+    forEachFold(corpus, split, choice, [&](const auto& recogniser, const auto& tests, const auto& known) {
+        std::vector<std::string> recognised(tests.size());
+        Progress progress("recognising", static_cast<int>(tests.size()));
+        const ProcessorTimer timer;
+        forEachInParallel(static_cast<int>(tests.size()), [&](int i) {
+            const auto index = static_cast<std::size_t>(i);
+            recognised[index] = recogniser.recognise(tests[index]->example.views).candidates.front().word;
+            progress.advance();
+        });
+        spentSeconds_ += timer.seconds();
+        for (std::size_t i = 0; i < tests.size(); ++i) {
+            const Label& spoken = tests[i]->file.label;
+            trials_.push_back({spoken.speaker, spoken.word, recognised[i]});
+            if (!known.contains(spoken.word)) unknownWords_.push_back(spoken.word);
+            testedSeconds_ += tests[i]->seconds;
+            spentSeconds_ += corpus.preparation * tests[i]->seconds / corpus.seconds;
         }
-    }
-    if (tests.empty()) throw std::runtime_error("no recording is chosen for the test");
-    if (known.size() < 2) throw std::runtime_error("the recordings left for training hold fewer than two words");
-
-    const auto recogniser = makeRecogniser(kind_);
-    Team alone;
-    std::ostringstream unread;
-    recogniser->train(std::move(examples), alone, unread);
-    std::vector<std::string> recognised(tests.size());
-    Progress progress("recognising", static_cast<int>(tests.size()));
-    const ProcessorTimer timer;
-    forEachInParallel(static_cast<int>(tests.size()), [&](int i) {
-        const auto index = static_cast<std::size_t>(i);
-        recognised[index] = recogniser->recognise(tests[index]->example.views()).front().word;
-        progress.advance();
     });
-    const double matching = timer.seconds();
-
-    double speech = 0;
-    for (std::size_t i = 0; i < tests.size(); ++i) {
-        const Label& spoken = tests[i]->file.label;
-        trials_.push_back({spoken.speaker, spoken.word, recognised[i]});
-        if (!known.contains(spoken.word)) unknownWords_.push_back(spoken.word);
-        speech += tests[i]->seconds;
-    }
-    testedSeconds_ += speech;
-    spentSeconds_ += matching + corpus.preparation * speech / corpus.seconds;
 }
 
 void Evaluation::print(std::ostream& out) const {

@@ -2,9 +2,11 @@
 #ifndef WORDS_EVALUATE_H
 #define WORDS_EVALUATE_H
 
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,10 +22,15 @@ struct Split {
     // Neither: each speaker in turn.
 };
 
+// Learns from the one part and hands the other to test(recogniser, recordings, words that were learned), fold by fold.
+// Throws std::runtime_error if the split leaves nothing to train on or nothing to recognise.
+using FoldTest =
+    std::function<void(const Recogniser&, const std::vector<const Utterance*>&, const std::set<std::string>& known)>;
+void forEachFold(const Corpus& corpus, const Split& split, const Choice& choice, const FoldTest& test);
+
 class Evaluation {
   public:
-    // Throws std::runtime_error if the split leaves nothing to train on or nothing to recognise.
-    Evaluation(const Corpus& corpus, const Split& split, std::string_view kind);
+    Evaluation(const Corpus& corpus, const Split& split, const Choice& choice);
     // Accuracy by speaker and word, confusions, speed; the last line is the accuracy of all.
     void print(std::ostream& out) const;
 
@@ -32,11 +39,9 @@ class Evaluation {
         std::string speaker, word, recognised;
         bool right() const { return word == recognised; }
     };
-    void runFold(const Corpus& corpus, const std::vector<bool>& isTest);
     void printAccuracy(std::ostream& out) const;
     void printConfusions(std::ostream& out) const;
 
-    std::string_view kind_;  // of the recogniser
     std::vector<Trial> trials_;
     std::vector<std::string> unknownWords_;  // that some fold had no training for
     double testedSeconds_ = 0;               // of speech

@@ -1,6 +1,7 @@
 #include "front_end.h"
 
 #include <cmath>
+#include <map>
 
 #include "signal.h"
 
@@ -22,13 +23,28 @@ float maximum(const float* values, int count) {
     return result;
 }
 
-// Takes a share of its mean off each of the first `cols` columns.  What stays the same through a recording (microphone,
-// room) thereby cancels to a good part.
-void takeMeansOff(Matrix& m, int cols, float share) {
+// Takes a share of its mean over the loud frames off each of the first `cols` columns.  What stays the same through a
+// recording (microphone, room) thereby cancels to a good part.
+void takeMeansOff(Matrix& m, int cols, float share, const std::vector<bool>& loud) {
     Vector mean(cols);
-    for (int t = 0; t < m.rows(); ++t) check(kelsAdd_32f_I(m.row(t), mean.data(), cols), "kelsAdd_32f_I");
-    check(kelsMulC_32f_I(share / static_cast<float>(m.rows()), mean.data(), cols), "kelsMulC_32f_I");
+    int count = 0;
+    for (int t = 0; t < m.rows(); ++t) {
+        if (!loud[static_cast<std::size_t>(t)]) continue;
+        check(kelsAdd_32f_I(m.row(t), mean.data(), cols), "kelsAdd_32f_I");
+        ++count;
+    }
+    check(kelsMulC_32f_I(share / static_cast<float>(count), mean.data(), cols), "kelsMulC_32f_I");
     for (int t = 0; t < m.rows(); ++t) check(kelsSub_32f_I(mean.data(), m.row(t), cols), "kelsSub_32f_I");
+}
+
+// Those within so many dB of the loudest one, by the logarithms of energies.
+std::vector<bool> loudFrames(const float* logEnergies, int step, int frames, float spanDb) {
+    float loudest = logEnergies[0];
+    for (int t = 1; t < frames; ++t) loudest = std::max(loudest, logEnergies[t * step]);
+    std::vector<bool> loud;
+    for (int t = 0; t < frames; ++t)
+        loud.push_back(logEnergies[t * step] >= loudest - static_cast<float>(kNepersPerDb) * spanDb);
+    return loud;
 }
 
 // Gives each of the first `cols` columns, whose means are 0, the variance 1: what differs from speaker to speaker by a
@@ -68,11 +84,12 @@ Matrix withDerivatives(const Matrix& statics) {
 FrontEnd::FrontEnd(int rate, const FrontEndSettings& settings)
     : settings_(settings),
       rate_(rate),
-      frameLength_(static_cast<int>(std::lround(settings.frameSeconds * static_cast<float>(rate)))),
-      frameStep_(static_cast<int>(std::lround(settings.stepSeconds * static_cast<float>(rate)))),
+      analysisRate_(settings.denoise ? 8000 : rate),
+      frameLength_(static_cast<int>(std::lround(settings.frameSeconds * static_cast<float>(analysisRate_)))),
+      frameStep_(static_cast<int>(std::lround(settings.stepSeconds * static_cast<float>(analysisRate_)))),
       window_(hammingWindow(frameLength_)),
-      speechDetector_(rate, frameLength_, frameStep_) {
-    const auto rateHz = static_cast<float>(rate);
+      speechDetector_(analysisRate_, frameLength_, frameStep_) {
+    const auto rateHz = static_cast<float>(analysisRate_);
     if (frameLength_ < 16 || frameStep_ < 1 || rateHz < 4 * settings.lowHz)
         throw std::runtime_error("a sample rate of " + std::to_string(rate) + " Hz is too low for speech");
     KelFilterBank_32f* bank = nullptr;
@@ -96,15 +113,16 @@ float FrontEnd::centreHz(int filter) const {
     std::vector<int> centres(static_cast<std::size_t>(settings_.filters) + 2);
     check(kelsFBankGetCenters_32f(filterBank_.get(), centres.data()), "kelsFBankGetCenters_32f");
     const int bin = centres[static_cast<std::size_t>(filter) + 1];
-    return static_cast<float>(bin) * static_cast<float>(rate_) / static_cast<float>(1 << fftOrder_);
+    return static_cast<float>(bin) * static_cast<float>(analysisRate_) / static_cast<float>(1 << fftOrder_);
 }
 
 void FrontEnd::requireFrames(const Recording& recording) const {
     if (recording.rate != rate_)
         throw std::runtime_error("is sampled at " + std::to_string(recording.rate) + " Hz, not at " +
                                  std::to_string(rate_) + " Hz");
-    if (recording.samples.size() < frameLength_)
-        throw std::runtime_error("is shorter than one frame of " + std::to_string(frameLength_) + " samples");
+    const auto frame = static_cast<int>(std::lround(settings_.frameSeconds * static_cast<float>(rate_)));
+    if (recording.samples.size() < frame)
+        throw std::runtime_error("is shorter than one frame of " + std::to_string(frame) + " samples");
 }
 
 VoiceActivity FrontEnd::detectSpeech(const Recording& recording) const {
@@ -114,6 +132,32 @@ VoiceActivity FrontEnd::detectSpeech(const Recording& recording) const {
 
 Analysis FrontEnd::analyse(const Recording& recording) const {
     requireFrames(recording);
+    return wantsDenoised() ? analyse(recording, reduceNoise(recording, settings_.warp)) : analyseSpectra(recording);
+}
+
+Analysis FrontEnd::analyse(const Recording& recording, const Denoised& denoised) const {
+    requireFrames(recording);
+    if (settings_.basis == FrontEndSettings::Basis::aurora) return analyseAurora(denoised);
+    return analyseSpectra(settings_.denoise ? denoised.recording : recording);
+}
+
+// The energy relative to the loudest frame, as with spectra.
+Analysis FrontEnd::analyseAurora(const Denoised& denoised) const {
+    constexpr int kCepstra = 12;
+    Analysis analysis;
+    analysis.features = denoised.features;
+    Matrix& rows = analysis.features;
+    if (rows.rows() == 0) throw std::runtime_error("is shorter than one frame");
+    takeMeansOff(rows, kCepstra, settings_.meanShare,
+                 loudFrames(rows.row(0) + kCepstra, rows.step(), rows.rows(), settings_.loudSpanDb));
+    check(kelsNormEnergy_32f(rows.row(0) + kCepstra, rows.step(), rows.rows(), settings_.energySpanDb,
+                             settings_.energyScale),
+          "kelsNormEnergy_32f");
+    analysis.wordEnd = rows.rows();
+    return analysis;
+}
+
+Analysis FrontEnd::analyseSpectra(const Recording& recording) const {
     Vector signal = withoutOffset(recording.samples);
     FrameSpan word;
     if (settings_.trim == Trim::detector) word = speechDetector_.detect(signal).word;
@@ -196,7 +240,8 @@ Matrix FrontEnd::statics(const Spectra& spectra, int begin, int end) const {
         check(kelsDCTLifter_32f(spectra.logMel.row(t), row, dct_.get()), "kelsDCTLifter_32f");
         row[cepstra] = spectra.logEnergies[t];
     }
-    takeMeansOff(result, cepstra, settings_.meanShare);
+    const auto loud = loudFrames(result.row(0) + cepstra, result.step(), result.rows(), settings_.loudSpanDb);
+    takeMeansOff(result, cepstra, settings_.meanShare, loud);
     if (settings_.normaliseVariance) makeVariancesOne(result, cepstra);
     check(kelsNormEnergy_32f(result.row(0) + cepstra, result.step(), result.rows(), settings_.energySpanDb,
                              settings_.energyScale),
@@ -212,8 +257,19 @@ std::vector<FrontEnd> frontEndsFor(int rate, const std::vector<FrontEndSettings>
 
 Views analyse(const Recording& recording, const std::vector<FrontEnd>& frontEnds) {
     Views views;
-    for (const auto& frontEnd : frontEnds)
-        views.push_back(std::make_shared<const Matrix>(frontEnd.analyse(recording).features));
+    std::map<float, Denoised> denoised;  // by warp
+    for (const auto& frontEnd : frontEnds) {
+        Analysis analysis;
+        if (frontEnd.wantsDenoised()) {
+            // The warp makes a difference to the standard features alone.
+            const float warp = frontEnd.settings().warp;
+            if (!denoised.contains(warp)) denoised.emplace(warp, reduceNoise(recording, warp));
+            analysis = frontEnd.analyse(recording, denoised.at(warp));
+        } else {
+            analysis = frontEnd.analyse(recording);
+        }
+        views.push_back(std::make_shared<const Matrix>(std::move(analysis.features)));
+    }
     return views;
 }
 

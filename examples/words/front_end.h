@@ -7,6 +7,7 @@
 
 #include "audio.h"
 #include "kels_objects.h"
+#include "noise_reduction.h"
 #include "voice_activity.h"
 
 namespace words {
@@ -16,6 +17,9 @@ enum class Trim { energy, detector, none };
 
 // What decides the features besides the sample rate.
 struct FrontEndSettings {
+    // What the features are made of: spectra, or the standard features of the Aurora front end.
+    enum class Basis { spectra, aurora } basis = Basis::spectra;
+    bool denoise = false;  // spectra of the waveform that the Aurora front end has cleaned
     float frameSeconds = 0.025F;
     float stepSeconds = 0.010F;
     float preEmphasis = 0.97F;
@@ -38,6 +42,8 @@ struct FrontEndSettings {
     float compression = 0;
     // How much of each cepstrum's mean over the word is taken off, and whether its variance is made 1.
     float meanShare = 1;
+    // Frames further below the loudest one do not count for the mean.
+    float loudSpanDb = 1000;
     bool normaliseVariance = true;
     float energySpanDb = 50;
     // What a change of energy by a factor e weighs beside cepstra of unit variance.
@@ -63,12 +69,17 @@ class FrontEnd {
 
     // Throws std::runtime_error when the recording has another rate, is shorter than a frame or holds no sound.
     Analysis analyse(const Recording& recording) const;
+    // The same of a recording that the Aurora front end has heard with the warp of the settings.
+    Analysis analyse(const Recording& recording, const Denoised& denoised) const;
+    bool wantsDenoised() const { return settings_.denoise || settings_.basis == FrontEndSettings::Basis::aurora; }
     // Throws likewise.
     VoiceActivity detectSpeech(const Recording& recording) const;
 
     int rate() const { return rate_; }
     const FrontEndSettings& settings() const { return settings_; }
-    int featureCount() const { return 3 * (settings_.cepstra + 1); }
+    int featureCount() const {
+        return settings_.basis == FrontEndSettings::Basis::aurora ? 39 : 3 * (settings_.cepstra + 1);
+    }
     // The frequency at which filter 0..filters-1 peaks, in Hz.
     float centreHz(int filter) const;
 
@@ -78,12 +89,15 @@ class FrontEnd {
         Vector logEnergies;
     };
     void requireFrames(const Recording& recording) const;
+    Analysis analyseSpectra(const Recording& recording) const;
+    Analysis analyseAurora(const Denoised& denoised) const;
     Spectra spectra(const Vector& signal) const;
     FrameSpan wordByEnergy(const Vector& logEnergies) const;
     Matrix statics(const Spectra& spectra, int begin, int end) const;
 
     FrontEndSettings settings_;
     int rate_;
+    int analysisRate_;
     int frameLength_;
     int frameStep_;
     int fftOrder_ = 0;

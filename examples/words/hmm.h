@@ -31,8 +31,10 @@ class Hmm {
     // Of the likeliest path.
     float logLikelihood(const Matrix& frames) const;
 
-  private:
+    // The log likelihood of every frame in every state.
     StateScores score(const Matrix& frames) const;
+
+  private:
     std::vector<State> states_;
 };
 

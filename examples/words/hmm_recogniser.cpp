@@ -1,10 +1,14 @@
 #include "hmm_recogniser.h"
 
+#include <cmath>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <ostream>
 #include <sstream>
 
+#include "parallel.h"
+#include "quiet.h"
 #include "trainer.h"
 
 namespace words {
@@ -12,8 +16,19 @@ namespace {
 
 // The ends of the filter bank move by this factor, as do the resonances of shorter and longer vocal tracts.
 constexpr float kWarps[] = {0.88F, 0.94F, 1, 1.06F, 1.12F};
-// Recordings are cut as closely as careless detectors of words do, and as ours does.
-constexpr float kWordSpansDb[] = {15, 30};
+constexpr float kMeanShare = 0.4F;  // of cepstra over the loud frames, taken off
+constexpr float kLoudSpanDb = 15;
+constexpr float kEnergySpanDb = 20;  // what is quieter counts as equally quiet: noise fills it, and voices differ in it
+
+// Training hears each recording with each warp as it is and in noise.
+constexpr float kTrainingSnrsDb[] = {20, 15, 10, 5, 0};
+
+const TrainingSettings kWordTraining{12, {{1, 4}, {2, 4}, {4, 6}}, 0.5F};
+const TrainingSettings kSurroundingsTraining{1, {{1, 1}, {2, 2}, {4, 2}, {8, 4}}, 0.2F};
+// What is none of the words fits worse than so many standard deviations of what was learned, or is less clear than this
+// share of the mean margin to another word.
+constexpr double kMisfitDeviations = 4, kMarginShare = 0.1;
+
 constexpr int kFewRecordings = 3;
 
 constexpr std::size_t kMaxWords = 100'000;
@@ -90,31 +105,60 @@ WordModel loadWord(ModelReader& reader, int width) {
 }  // namespace
 
 std::vector<FrontEndSettings> HmmRecogniser::frontEnds() const {
-    // Without pre-emphasis the vowels' first resonances count, with it, from 300 Hz on, what is above them.
-    FrontEndSettings logarithms;
+    FrontEndSettings plain;
+    plain.trim = Trim::none;
+    plain.normaliseVariance = false;
+    plain.meanShare = 0;
+    if (choice_.frontEnd == "mfcc") return {plain};
+    if (choice_.frontEnd == "mfcc-mean") {
+        plain.meanShare = 1;
+        return {plain};
+    }
+    FrontEndSettings aurora = plain;
+    aurora.basis = FrontEndSettings::Basis::aurora;
+    aurora.meanShare = kMeanShare;
+    aurora.loudSpanDb = kLoudSpanDb;
+    if (choice_.frontEnd == "aurora") return {aurora};
+    if (choice_.frontEnd != "mel" && choice_.frontEnd != "combined")
+        throw std::runtime_error("there is no front end \"" + choice_.frontEnd + "\"");
+    FrontEndSettings logarithms = plain;
     logarithms.highShare = 1 / 1.12F;  // leaves room for the highest warp
     logarithms.preEmphasis = 0;
-    logarithms.meanShare = 0.4F;
-    logarithms.normaliseVariance = false;
+    logarithms.meanShare = kMeanShare;
+    logarithms.loudSpanDb = kLoudSpanDb;
+    logarithms.energySpanDb = kEnergySpanDb;
+    logarithms.denoise = choice_.frontEnd == "combined";
+    // Without pre-emphasis the vowels' first resonances count, with it, from 300 Hz on, what is above them.
     FrontEndSettings powers = logarithms;
     powers.compression = 0.2F;
     FrontEndSettings highPowers = powers;
     highPowers.preEmphasis = 0.97F;
     highPowers.lowHz = 300;
-    return {logarithms, powers, highPowers};
+    if (choice_.frontEnd == "mel") return {logarithms, powers, highPowers};
+    return {logarithms, powers, highPowers, aurora};
 }
 
-std::vector<std::vector<FrontEndSettings>> HmmRecogniser::variants() const {
-    std::vector<std::vector<FrontEndSettings>> result;
-    for (const float warp : kWarps) {
-        for (const float span : kWordSpansDb) {
+std::vector<Variant> HmmRecogniser::variants() const {
+    Surroundings quiet;
+    quiet.secondsBefore = 0.4F;  // time for noise estimates to settle
+    quiet.secondsAfter = 0.25F;
+    std::vector<Surroundings> noisy;
+    for (const float snrDb : kTrainingSnrsDb) {
+        for (const NoiseKind kind : kNoiseKinds) {
+            noisy.push_back(quiet);
+            noisy.back().kind = kind;
+            noisy.back().snrDb = snrDb;
+        }
+    }
+    std::vector<Variant> result;
+    for (const bool inNoise : {false, true}) {
+        for (const float warp : kWarps) {
+            if (inNoise && !choice_.inNoise) continue;
             auto settings = frontEnds();
-            if (warp == settings[0].warp && span == settings[0].wordSpanDb) continue;
-            for (auto& one : settings) {
-                one.warp = warp;
-                one.wordSpanDb = span;
-            }
-            result.push_back(std::move(settings));
+            for (auto& one : settings) one.warp = warp;
+            result.push_back({std::move(settings), inNoise ? noisy : std::vector{quiet}});
+            for (auto& surroundings : result.back().surroundings)
+                surroundings.draw = static_cast<unsigned>(1000 + result.size());
         }
     }
     return result;
@@ -131,49 +175,133 @@ void HmmRecogniser::train(std::vector<Example> examples, Team& team, std::ostrea
         words.push_back(word);
     }
     models_.clear();
+    surroundings_.clear();
     const std::size_t views = frontEnds().size();
     for (std::size_t view = 0; view < views; ++view) {
-        std::vector<TrainingExample> training;
-        for (const auto& example : examples)
-            for (const auto& variant : example.variants)
-                training.push_back({indices[example.word], example.share, variant[view]});
+        std::vector<TrainingExample> training, around;
+        for (const auto& example : examples) {
+            for (const auto& variant : example.variants) {
+                training.push_back({indices[example.word], example.share, variant.word[view]});
+                around.push_back({0, example.share, variant.around[view]});
+            }
+        }
         log << "models for front end " << view + 1 << " of " << views << '\n';
-        models_.push_back(Trainer({}, team, log).train(words, training));
+        models_.push_back(Trainer(kWordTraining, team, log).train(words, training));
+        std::ostringstream unread;
+        surroundings_.push_back(Trainer(kSurroundingsTraining, team, unread).train({""}, around).front());
     }
+    variances_.clear();
+    for (const auto& models : models_) variances_.push_back(meanVariance(models));
+    estimateLimits(examples, team);
 }
 
-std::vector<Candidate> HmmRecogniser::recognise(const Views& views) const {
-    std::vector<Candidate> candidates;
-    for (std::size_t word = 0; word < models_.front().size(); ++word) {
-        float cost = 0;
-        for (std::size_t view = 0; view < models_.size(); ++view) {
-            const Matrix& features = *views[view];
-            cost -= models_[view][word].hmm.logLikelihood(features) / static_cast<float>(features.rows());
-        }
-        candidates.push_back({models_.front()[word].word, cost / static_cast<float>(models_.size())});
+// What the front ends together say about a recording, word by word.
+struct HmmRecogniser::Judgement {
+    std::vector<float> scores;   // log likelihoods, the sum over front ends
+    std::vector<float> misfits;  // likewise, what frames of the word would score better as any other sound
+
+    std::size_t best() const {
+        return static_cast<std::size_t>(std::max_element(scores.begin(), scores.end()) - scores.begin());
     }
-    std::stable_sort(candidates.begin(), candidates.end(),
+    float margin() const {
+        std::vector<float> sorted = scores;
+        std::sort(sorted.rbegin(), sorted.rend());
+        return sorted.size() > 1 ? sorted[0] - sorted[1] : 0;
+    }
+};
+
+HmmRecogniser::Judgement HmmRecogniser::judge(const Views& views) const {
+    const std::size_t words = models_.front().size();
+    Judgement judgement{std::vector<float>(words), std::vector<float>(words)};
+    for (std::size_t view = 0; view < models_.size(); ++view) {
+        const Matrix& features = *views[view];
+        const int frames = features.rows();
+        const StateScores learned = surroundings_[view].hmm.score(features);
+        Vector around(frames);
+        quietOf(features, variances_[view]).score(features, around.data());
+        check(kelsMaxEvery_32f_I(learned.frames.row(0), around.data(), frames), "kelsMaxEvery_32f_I");
+        Vector anySound(frames);
+        check(kelsSet_32f(-1e30F, anySound.data(), frames), "kelsSet_32f");
+        std::vector<SpottedWord> spotted;
+        for (const auto& word : models_[view]) {
+            const StateScores states = word.hmm.score(features);
+            for (int i = 0; i < states.frames.rows(); ++i)
+                check(kelsMaxEvery_32f_I(states.frames.row(i), anySound.data(), frames), "kelsMaxEvery_32f_I");
+            spotted.push_back(bestWithin(states, around.data()));
+        }
+        for (std::size_t i = 0; i < words; ++i) {
+            const SpottedWord& word = spotted[i];
+            float gap = -word.logLikelihood;
+            for (int t = 0; t < frames; ++t) gap += t >= word.begin && t < word.end ? anySound[t] : around[t];
+            judgement.scores[i] += word.logLikelihood;
+            judgement.misfits[i] += gap / static_cast<float>(word.end - word.begin);
+        }
+    }
+    return judgement;
+}
+
+// From the recordings that were learned: few misfit as badly, and few are as close to another word.
+void HmmRecogniser::estimateLimits(const std::vector<Example>& examples, Team& team) {
+    std::vector<Judgement> judgements(examples.size());
+    forEachInParallel(static_cast<int>(examples.size()), [&](int i) {
+        const auto index = static_cast<std::size_t>(i);
+        judgements[index] = judge(examples[index].variants.front().word);
+    });
+    std::vector<double> sums(4);  // how many; of misfits, of their squares, of margins
+    for (const Judgement& judgement : judgements) {
+        const double misfit = judgement.misfits[judgement.best()];
+        ++sums[0];
+        sums[1] += misfit;
+        sums[2] += misfit * misfit;
+        sums[3] += judgement.margin();
+    }
+    team.sum(sums);
+    const double mean = sums[1] / sums[0], variance = sums[2] / sums[0] - mean * mean;
+    mostMisfit_ = static_cast<float>(mean + kMisfitDeviations * std::sqrt(std::max(variance, 1e-6)));
+    leastMargin_ = static_cast<float>(kMarginShare * sums[3] / sums[0]);
+}
+
+Finding HmmRecogniser::recognise(const Views& views) const {
+    const Judgement judgement = judge(views);
+    const auto perFrame = static_cast<float>(views.front()->rows()) * static_cast<float>(models_.size());
+    Finding finding;
+    for (std::size_t i = 0; i < judgement.scores.size(); ++i)
+        finding.candidates.push_back({models_.front()[i].word, -judgement.scores[i] / perFrame});
+    std::stable_sort(finding.candidates.begin(), finding.candidates.end(),
                      [](const auto& a, const auto& b) { return a.cost < b.cost; });
-    return candidates;
+    finding.isWord = judgement.misfits[judgement.best()] <= mostMisfit_ && judgement.margin() >= leastMargin_;
+    return finding;
 }
 
 void HmmRecogniser::save(ModelWriter& writer) const {
     writer.putCount(models_.front().size());
-    for (const auto& models : models_)
-        for (const auto& model : models) saveWord(writer, model);
+    writer.putFloats(&mostMisfit_, 1);
+    writer.putFloats(&leastMargin_, 1);
+    for (std::size_t view = 0; view < models_.size(); ++view) {
+        for (const auto& model : models_[view]) saveWord(writer, model);
+        saveWord(writer, surroundings_[view]);
+    }
 }
 
 void HmmRecogniser::load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) {
     std::vector<std::vector<WordModel>> models(frontEnds.size());
     const std::size_t count = reader.getCount(kMaxWords);
     if (count == 0) throw DamagedModel("no words");
+    reader.getFloats(&mostMisfit_, 1);
+    reader.getFloats(&leastMargin_, 1);
+    std::vector<WordModel> surroundings;
     for (std::size_t view = 0; view < models.size(); ++view) {
         for (std::size_t i = 0; i < count; ++i) {
             models[view].push_back(loadWord(reader, frontEnds[view].featureCount()));
             if (models[view][i].word != models[0][i].word) throw DamagedModel("front ends with different words");
         }
+        surroundings.push_back(loadWord(reader, frontEnds[view].featureCount()));
+        if (surroundings.back().hmm.stateCount() != 1) throw DamagedModel("surroundings of several states");
     }
     models_ = std::move(models);
+    surroundings_ = std::move(surroundings);
+    variances_.clear();
+    for (const auto& view : models_) variances_.push_back(meanVariance(view));
 }
 
 }  // namespace words

@@ -23,21 +23,18 @@ std::size_t countWords(const Corpus& corpus, Team& team) {
 
 }  // namespace
 
-Corpus loadCorpusFor(std::string_view kind, const std::filesystem::path& folder, Team& team, std::optional<Trim> trim) {
-    const auto recogniser = makeRecogniser(kind);
+Corpus loadCorpusFor(const Choice& choice, const std::filesystem::path& folder, Team& team, std::optional<Trim> trim) {
+    const auto recogniser = makeRecogniser(choice);
     Analyses analyses{recogniser->frontEnds(), recogniser->variants()};
-    if (trim) {
+    if (trim)
         for (auto& frontEnd : analyses.plain) frontEnd.trim = *trim;
-        for (auto& variant : analyses.variants)
-            for (auto& frontEnd : variant) frontEnd.trim = *trim;
-    }
     return loadCorpus(folder, analyses, team);
 }
 
-bool learn(std::string_view kind, const std::filesystem::path& folder, const std::filesystem::path& modelFile,
+bool learn(const Choice& choice, const std::filesystem::path& folder, const std::filesystem::path& modelFile,
            Team& team, std::ostream& log) {
     for (const auto& file : listRecordings(folder)) common::refuseToOverwrite(file.path, modelFile);
-    Corpus corpus = loadCorpusFor(kind, folder, team);
+    Corpus corpus = loadCorpusFor(choice, folder, team);
     for (const auto& complaint : corpus.complaints) std::cerr << "words: " << complaint << '\n';
     std::vector<double> counts{static_cast<double>(corpus.utterances.size()),
                                static_cast<double>(corpus.complaints.size())};
@@ -46,7 +43,7 @@ bool learn(std::string_view kind, const std::filesystem::path& folder, const std
     if (words == 0) throw std::runtime_error(folder.string() + ": holds no usable recordings");
     if (words < 2) throw std::runtime_error(folder.string() + ": holds recordings of fewer than two words");
 
-    auto recogniser = makeRecogniser(kind);
+    auto recogniser = makeRecogniser(choice);
     Model model{frontEndsFor(corpus.rate, recogniser->frontEnds()), std::move(recogniser)};
     std::vector<Example> examples;
     for (auto& utterance : corpus.utterances) examples.push_back(std::move(utterance.example));

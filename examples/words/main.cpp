@@ -12,6 +12,8 @@
 #include "draw.h"
 #include "evaluate.h"
 #include "learn.h"
+#include "listen.h"
+#include "noise_evaluation.h"
 
 namespace {
 
@@ -21,16 +23,29 @@ constexpr std::string_view kUsage =
     R"(usage: words train DIR -o MODEL            learn the words of the recordings in a folder
        words recognise MODEL FILE...       say which word each recording holds
        words evaluate DIR [CHOICE]         learn from some of the recordings, recognise the others, count
+       words listen MODEL [FILE]           words in a long recording, or live from standard input
+       words mix DIR -o DIR2 --noise KIND  the recordings of a folder in noise
        words show FILE -o PICTURE          draw waveform, spectra and cepstra (PICTURE: .png or .svg)
 
 Recordings are any audio files that libsndfile reads, of one sample rate, named WORD_SPEAKER_INDEX.wav or the like.
 
-train and evaluate learn hidden Markov models; with --templates they keep the recordings and compare by time warping.
+train and evaluate learn hidden Markov models of the words, also as they sound in noise; with --clean only as they were
+recorded.  --front-end chooses what they look at: mfcc, mfcc-mean (without the cepstra's means), mel (three kinds of
+spectra), aurora (the standard features of speech recognition in noise), or combined, which is best and the default:
+aurora and three kinds of spectra of the waveform that the Aurora front end has cleaned.  With --templates they keep the
+recordings and compare by time warping.
 
 evaluate leaves out each speaker in turn and recognises that speaker from the others, unless CHOICE is
   --leave-speaker NAME   recognise the recordings of this speaker only
   --test-index A-B       recognise the recordings with an index from A to B, learn from the rest
-and with --trim energy, detector or none cuts the silence around words off by level, by voice activity, or not.
+and with --noise tests in noise: a line for each kind and level, with the percentage, its confidence interval and counts;
+  --draws N   of noise, for every recording          --every N   one recording of so many
+With --trim energy, detector or none templates cut the silence around words off by level, by voice activity, or not.
+
+listen tells each word when it is over, with its time, and nothing for what is no word of the model.  Without a file, or
+with -, it takes 16-bit samples of the model's rate: arecord -t raw -f S16_LE -r 8000 | words listen MODEL -
+
+mix takes white, car, speech or babble, --snr DB (default 10), --draw N and --every N.
 
 Exit status: 0 if all is well, 1 if something failed (files that fail are reported, the others still processed),
 2 if the command line is wrong.
@@ -115,14 +130,32 @@ int reportComplaints(const Corpus& corpus, const std::string& folder) {
     return corpus.complaints.empty() ? 0 : kFailure;
 }
 
-std::string_view recogniserKind(const Arguments& arguments) {
-    return arguments.flag("--templates") ? kTemplatesKind : kHmmKind;
+// A whole number of at least `least`.
+int numberOption(const Arguments& arguments, std::string_view name, int standard, int least) {
+    const auto text = arguments.option(name);
+    if (!text) return standard;
+    int value = 0;
+    const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), value);
+    if (error != std::errc() || end != text->data() + text->size() || value < least)
+        throw UsageError("the option " + std::string(name) + " does not take \"" + *text + "\"");
+    return value;
+}
+
+Choice choiceOf(const Arguments& arguments) {
+    Choice choice;
+    if (arguments.flag("--templates")) choice.kind = kTemplatesKind;
+    choice.inNoise = !arguments.flag("--clean");
+    if (const auto name = arguments.option("--front-end")) {
+        if (std::find(std::begin(kFrontEndNames), std::end(kFrontEndNames), *name) == std::end(kFrontEndNames))
+            throw UsageError("there is no front end \"" + *name + "\"");
+        choice.frontEnd = *name;
+    }
+    return choice;
 }
 
 int train(const Arguments& arguments) {
     Team alone;
-    return learn(recogniserKind(arguments), arguments.onlyOperand("folder"), arguments.requiredOption("-o"), alone,
-                 std::cout)
+    return learn(choiceOf(arguments), arguments.onlyOperand("folder"), arguments.requiredOption("-o"), alone, std::cout)
                ? 0
                : kFailure;
 }
@@ -136,7 +169,7 @@ int recognise(const Arguments& arguments) {
             const Recording recording = readRecording(file);
             std::vector<Candidate> candidates;
             try {
-                candidates = model.recogniser->recognise(analyse(recording, model.frontEnds));
+                candidates = model.recogniser->recognise(analyse(recording, model.frontEnds)).candidates;
             } catch (const std::runtime_error& error) {
                 throw std::runtime_error(file + ": " + error.what());
             }
@@ -168,11 +201,45 @@ int evaluate(const Arguments& arguments) {
     std::optional<Trim> trim;
     if (const auto how = arguments.option("--trim")) trim = parseTrim(*how);
     Team alone;
-    const Corpus corpus = loadCorpusFor(recogniserKind(arguments), folder, alone, trim);
+    const Choice choice = choiceOf(arguments);
+    const NoiseTest noiseTest{numberOption(arguments, "--draws", 1, 1), numberOption(arguments, "--every", 1, 1)};
+    const Corpus corpus = loadCorpusFor(choice, folder, alone, trim);
     const int status = reportComplaints(corpus, folder);
-    const Evaluation evaluation(corpus, split, recogniserKind(arguments));
+    if (arguments.flag("--noise")) {
+        evaluateInNoise(corpus, split, choice, noiseTest, std::cout);
+        return status;
+    }
+    const Evaluation evaluation(corpus, split, choice);
     std::cout << corpus.utterances.size() << " recordings from " << folder << '\n';
     evaluation.print(std::cout);
+    return status;
+}
+
+int listenTo(const Arguments& arguments) {
+    const auto& operands = arguments.operands();
+    if (operands.empty() || operands.size() > 2) throw UsageError("a model and at most one file are needed");
+    listen(loadModel(operands[0]), operands.size() == 2 ? operands[1] : "-", std::cout);
+    return 0;
+}
+
+int mix(const Arguments& arguments) {
+    const std::string& folder = arguments.onlyOperand("folder");
+    Surroundings surroundings;
+    const std::string kind = arguments.requiredOption("--noise");
+    for (const NoiseKind one : kNoiseKinds)
+        if (nameOf(one) == kind) surroundings.kind = one;
+    if (surroundings.kind == NoiseKind::none && kind != "none")
+        throw UsageError("\"" + kind + "\" is none of none, white, car, speech and babble");
+    surroundings.snrDb = static_cast<float>(numberOption(arguments, "--snr", 10, -100));
+    surroundings.draw = static_cast<unsigned>(numberOption(arguments, "--draw", 0, 0));
+    const int every = numberOption(arguments, "--every", 1, 1);
+    const std::string target = arguments.requiredOption("-o");
+    Team alone;
+    Choice simple;
+    simple.kind = kTemplatesKind;
+    const Corpus corpus = loadCorpusFor(simple, folder, alone);
+    const int status = reportComplaints(corpus, folder);
+    writeNoisy(corpus, surroundings, every, target);
     return status;
 }
 
@@ -205,9 +272,14 @@ int run(std::span<char*> arguments) {
     if (arguments.empty()) throw UsageError("a command is missing");
     const std::string_view command = arguments[0];
     const auto rest = arguments.subspan(1);
-    if (command == "train") return train({rest, {"-o"}, {"--templates"}});
+    if (command == "train") return train({rest, {"-o", "--front-end"}, {"--templates", "--clean"}});
     if (command == "recognise") return recognise({rest, {}});
-    if (command == "evaluate") return evaluate({rest, {"--leave-speaker", "--test-index", "--trim"}, {"--templates"}});
+    if (command == "listen") return listenTo({rest, {}});
+    if (command == "mix") return mix({rest, {"-o", "--noise", "--snr", "--draw", "--every"}});
+    if (command == "evaluate")
+        return evaluate({rest,
+                         {"--leave-speaker", "--test-index", "--trim", "--front-end", "--draws", "--every"},
+                         {"--templates", "--clean", "--noise"}});
     if (command == "show") return show({rest, {"-o"}});
     throw UsageError("unknown command " + std::string(command));
 }

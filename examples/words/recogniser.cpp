@@ -5,10 +5,10 @@
 
 namespace words {
 
-std::unique_ptr<Recogniser> makeRecogniser(std::string_view kind) {
-    if (kind == kHmmKind) return std::make_unique<HmmRecogniser>();
-    if (kind == kTemplatesKind) return std::make_unique<TemplateRecogniser>();
-    throw std::runtime_error("there is no recogniser of the kind \"" + std::string(kind) + "\"");
+std::unique_ptr<Recogniser> makeRecogniser(const Choice& choice) {
+    if (choice.kind == kHmmKind) return std::make_unique<HmmRecogniser>(choice);
+    if (choice.kind == kTemplatesKind) return std::make_unique<TemplateRecogniser>();
+    throw std::runtime_error("there is no recogniser of the kind \"" + choice.kind + "\"");
 }
 
 }  // namespace words

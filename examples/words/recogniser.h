@@ -10,22 +10,49 @@
 
 #include "front_end.h"
 #include "model_file.h"
+#include "noise.h"
 #include "team.h"
 
 namespace words {
 
+// A recording as training hears it once: the word, and what surrounds it.
+struct Sound {
+    Views word;
+    Views around;  // some of the frames before and after the word
+};
+
 struct Example {
     std::string word;
     int share = 0;  // of the training, below kShares
-    // The views of one recording; then those of its variants, of which a recogniser may learn, too.
-    std::vector<Views> variants;
-    const Views& views() const { return variants.front(); }
+    Views views;    // of the recording as it is
+    std::vector<Sound> variants;
+};
+
+// Another way to hear recordings in training: as if others had spoken, or elsewhere.
+struct Variant {
+    std::vector<FrontEndSettings> frontEnds;
+    std::vector<Surroundings> surroundings;  // recordings take them in turn
 };
 
 struct Candidate {
     std::string word;
     float cost = 0;
 };
+
+struct Finding {
+    std::vector<Candidate> candidates;  // all words that are known, the best first
+    bool isWord = true;                 // whether the best fits well enough to be one of them
+};
+
+// What is learned, and how.
+inline constexpr std::string_view kHmmKind = "hidden Markov models";
+inline constexpr std::string_view kTemplatesKind = "templates";
+struct Choice {
+    std::string kind{kHmmKind};
+    std::string frontEnd = "combined";  // one of kFrontEndNames
+    bool inNoise = true;                // how words sound in noise, too
+};
+inline constexpr std::string_view kFrontEndNames[] = {"mfcc", "mfcc-mean", "mel", "aurora", "combined"};
 
 class Recogniser {
   public:
@@ -34,23 +61,19 @@ class Recogniser {
     virtual std::string_view kind() const = 0;
     // The front ends through which it looks at a recording, one at least.
     virtual std::vector<FrontEndSettings> frontEnds() const = 0;
-    // Front ends for training to look through once more each: as if others had spoken, or elsewhere.
-    virtual std::vector<std::vector<FrontEndSettings>> variants() const { return {}; }
+    virtual std::vector<Variant> variants() const { return {}; }
 
     // Forgets what was learned before.  Tells the log how it gets on.
     virtual void train(std::vector<Example> examples, Team& team, std::ostream& log) = 0;
-    // All words that it knows, the best first.  May be called from several threads at once.
-    virtual std::vector<Candidate> recognise(const Views& views) const = 0;
+    // May be called from several threads at once.
+    virtual Finding recognise(const Views& views) const = 0;
     virtual void save(ModelWriter& writer) const = 0;
     // Throws DamagedModel if what it reads cannot have come from save() for these front ends.
     virtual void load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) = 0;
 };
 
-inline constexpr std::string_view kHmmKind = "hidden Markov models";
-inline constexpr std::string_view kTemplatesKind = "templates";
-
-// Throws std::runtime_error for a kind that does not exist.
-std::unique_ptr<Recogniser> makeRecogniser(std::string_view kind);
+// Throws std::runtime_error for what does not exist.
+std::unique_ptr<Recogniser> makeRecogniser(const Choice& choice);
 
 }  // namespace words
 

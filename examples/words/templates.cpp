@@ -32,10 +32,10 @@ void TemplateRecogniser::train(std::vector<Example> examples, Team& team, std::o
     if (team.size() > 1) throw std::runtime_error("templates are not learned by several processes");
     std::stable_sort(examples.begin(), examples.end(), [](const auto& a, const auto& b) { return a.word < b.word; });
     templates_.clear();
-    for (auto& example : examples) templates_.push_back({std::move(example.word), example.views().front()});
+    for (auto& example : examples) templates_.push_back({std::move(example.word), example.views.front()});
 }
 
-std::vector<Candidate> TemplateRecogniser::recognise(const Views& views) const {
+Finding TemplateRecogniser::recognise(const Views& views) const {
     std::vector<Candidate> candidates;
     std::vector<float> costs;
     for (std::size_t i = 0; i < templates_.size(); ++i) {
@@ -47,7 +47,7 @@ std::vector<Candidate> TemplateRecogniser::recognise(const Views& views) const {
     }
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const auto& a, const auto& b) { return a.cost < b.cost; });
-    return candidates;
+    return {std::move(candidates), true};
 }
 
 void TemplateRecogniser::save(ModelWriter& writer) const {

@@ -1,0 +1,20 @@
+// What a recording sounds like where nobody speaks, told by the recording itself.
+#ifndef WORDS_QUIET_H
+#define WORDS_QUIET_H
+
+#include <vector>
+
+#include "hmm.h"
+
+namespace words {
+
+// A Gaussian of the frames with the least energy.  It knows noise that training has not heard.  The variances are not below
+// `leastVariance`, as the frames are few.
+Mixture quietOf(const Matrix& features, const Vector& leastVariance);
+
+// The mean variance of all Gaussians of all words.
+Vector meanVariance(const std::vector<WordModel>& words);
+
+}  // namespace words
+
+#endif
