@@ -20,6 +20,7 @@ namespace {
 constexpr const char* kUsage =
     R"(usage: aurora features IN [OUT]     39 values per 10 ms, a line a frame
        aurora clean IN [OUT]        the denoised waveform at 8 kHz
+       aurora gains IN [OUT]        the noise filter's gains in 25 mel bands per 10 ms, a line each
 
 IN is a mono sound file of 8, 11, 11.025 or 16 kHz, or - for 16-bit samples on standard input, as
 `arecord -t raw -f S16_LE -r 8000` gives them, of the rate that --rate HZ says (8000 if it does not).  OUT is a text
@@ -144,18 +145,20 @@ void run(std::vector<std::string> arguments) {
     }
     if (arguments.size() < 2 || arguments.size() > 3) throw UsageError("a command and one or two files are needed");
     const std::string in = arguments[1], out = arguments.size() == 3 ? arguments[2] : "-";
-    const bool clean = arguments[0] == "clean";
-    if (!clean && arguments[0] != "features") throw UsageError("unknown command " + arguments[0]);
+    const bool clean = arguments[0] == "clean", gains = arguments[0] == "gains";
+    if (!clean && !gains && arguments[0] != "features") throw UsageError("unknown command " + arguments[0]);
     common::SampleInput input(in, rate);
     if (in != "-" && out != "-") common::refuseToOverwrite(in, out);
     if (clean) {
         SpeechOutput output(out);
-        process(input, {[&](const float* samples, int count) { output.write(samples, count); }, nullptr, nullptr});
+        process(input, {[&](const float* samples, int count) { output.write(samples, count); }, {}, {}, {}});
         output.finish();
     } else {
-        constexpr int kFeatures = common::AuroraStream::kFeatures;
         TextOutput output(out);
-        process(input, {nullptr, [&](const float* row) { output.write(row, kFeatures); }, nullptr});
+        const int columns = gains ? 25 : common::AuroraStream::kFeatures;
+        common::AuroraStream::Listener listener;
+        (gains ? listener.gains : listener.features) = [&](const float* row) { output.write(row, columns); };
+        process(input, listener);
         output.finish();
     }
 }

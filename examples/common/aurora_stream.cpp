@@ -68,6 +68,7 @@ void AuroraStream::take(const float* block) {
     }
     if (!begun_) return;
     const auto output = chain_.take(block);
+    if (output.denoised && listener_.gains && given_ < wanted_) listener_.gains(chain_.gains());
     put(output.denoised, output.statics);
     // The first answers are about nothing yet.
     if (output.decision != kelVadPending) decide(output.decision);

@@ -20,6 +20,7 @@ class AuroraStream {
         std::function<void(const float* samples, int count)> denoised;
         std::function<void(const float* row)> features;
         std::function<void(bool speech)> decision;
+        std::function<void(const float* gains)> gains;  // of 25 mel bands, for each kShift samples of denoised
     };
     AuroraStream(int rate, Listener listener, float warp = 1);
 

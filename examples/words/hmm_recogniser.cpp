@@ -216,10 +216,13 @@ HmmRecogniser::Judgement HmmRecogniser::judge(const Views& views) const {
     for (std::size_t view = 0; view < models_.size(); ++view) {
         const Matrix& features = *views[view];
         const int frames = features.rows();
-        const StateScores learned = surroundings_[view].hmm.score(features);
-        Vector around(frames);
-        quietOf(features, variances_[view]).score(features, around.data());
-        check(kelsMaxEvery_32f_I(learned.frames.row(0), around.data(), frames), "kelsMaxEvery_32f_I");
+        StateScores surroundings = surroundings_[view].hmm.score(features);
+        float* const around = surroundings.frames.row(0);
+        if (hasQuiet(features)) {
+            Vector quiet(frames);
+            quietOf(features, variances_[view]).score(features, quiet.data());
+            check(kelsMaxEvery_32f_I(quiet.data(), around, frames), "kelsMaxEvery_32f_I");
+        }
         Vector anySound(frames);
         check(kelsSet_32f(-1e30F, anySound.data(), frames), "kelsSet_32f");
         std::vector<SpottedWord> spotted;
@@ -227,7 +230,7 @@ HmmRecogniser::Judgement HmmRecogniser::judge(const Views& views) const {
             const StateScores states = word.hmm.score(features);
             for (int i = 0; i < states.frames.rows(); ++i)
                 check(kelsMaxEvery_32f_I(states.frames.row(i), anySound.data(), frames), "kelsMaxEvery_32f_I");
-            spotted.push_back(bestWithin(states, around.data()));
+            spotted.push_back(bestWithin(states, around));
         }
         for (std::size_t i = 0; i < words; ++i) {
             const SpottedWord& word = spotted[i];

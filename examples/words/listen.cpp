@@ -79,7 +79,7 @@ void listen(const Model& model, const std::string& file, std::ostream& out) {
         input.fail("is sampled at " + std::to_string(input.rate()) + " Hz, not at " + std::to_string(rate) + " Hz");
     if (rate != 8000 && rate != 16000) input.fail("listening takes a model of 8 or 16 kHz");
     Listener listener(model, out);
-    common::AuroraStream stream(rate, {nullptr, nullptr, [&](bool speech) { listener.decide(speech); }});
+    common::AuroraStream stream(rate, {{}, {}, [&](bool speech) { listener.decide(speech); }, {}});
     while (!input.read(static_cast<std::size_t>(rate) / 20).empty()) {
         listener.keep(input.samples());
         stream.feed(input.samples().data(), input.samples().size());

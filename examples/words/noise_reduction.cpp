@@ -4,7 +4,7 @@
 #include <random>
 
 #include "common/aurora_stream.h"
-#include "resample/stream.h"
+#include "common/stream.h"
 
 namespace words {
 namespace {
@@ -66,7 +66,8 @@ Denoised reduceNoise(const Recording& recording, float warp) {
         rate,
         {[&](const float* x, int n) { denoised.insert(denoised.end(), x, x + n); },
          [&](const float* row) { features.insert(features.end(), row, row + common::AuroraStream::kFeatures); },
-         nullptr},
+         {},
+         {}},
         warp);
     for (int turn = 0; turn < kTurns; ++turn) {
         const auto& part = turn % 2 == 0 ? backwards : forwards;

@@ -5,10 +5,21 @@
 namespace words {
 namespace {
 
-constexpr float kQuietShare = 0.4F;  // of a recording's frames, those of the least energy
-constexpr int kSmoothedFrames = 3;   // to either side
+constexpr int kWordFrames = 45;      // that many belong to the word ...
+constexpr float kQuietShare = 0.6F;  // ... and so large a share of the others, those of least energy, to what is quiet
+constexpr int kLeastQuiet = 8;
+constexpr int kSmoothedFrames = 3;  // to either side
+
+// How many frames of a recording are surely not the word's.
+int quietFrames(int frames) {
+    return static_cast<int>(kQuietShare * static_cast<float>(std::max(0, frames - kWordFrames)));
+}
 
 }  // namespace
+
+bool hasQuiet(const Matrix& features) {
+    return quietFrames(features.rows()) >= kLeastQuiet;
+}
 
 Mixture quietOf(const Matrix& features, const Vector& leastVariance) {
     const int frames = features.rows(), width = features.cols();
@@ -24,7 +35,7 @@ Mixture quietOf(const Matrix& features, const Vector& leastVariance) {
     std::stable_sort(order.begin(), order.end(), [&](int a, int b) {
         return smoothed[static_cast<std::size_t>(a)] < smoothed[static_cast<std::size_t>(b)];
     });
-    order.resize(static_cast<std::size_t>(std::max(1.0F, kQuietShare * static_cast<float>(frames))));
+    order.resize(static_cast<std::size_t>(quietFrames(frames)));
     Mixture quiet(1, width);
     for (int i = 0; i < width; ++i) {
         double sum = 0, squares = 0;

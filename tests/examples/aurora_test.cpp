@@ -22,7 +22,8 @@ Heard hear(const Signal& x, int rate, std::size_t longest) {
     Heard heard;
     AuroraStream stream(rate, {[&](const float* v, int n) { heard.denoised.insert(heard.denoised.end(), v, v + n); },
                                [&](const float* v) { heard.features.insert(heard.features.end(), v, v + 39); },
-                               [&](bool speech) { heard.decisions.push_back(speech); }});
+                               [&](bool speech) { heard.decisions.push_back(speech); },
+                               {}});
     std::mt19937 random(3);
     for (std::size_t from = 0; from < x.size();) {
         const std::size_t n = std::min(x.size() - from, 1 + random() % longest);
