@@ -81,7 +81,7 @@
  *
  * At the start all rows, the last block and near are 0, and the variances have their priors: w_p / sum of w for all
  * bins of partition p, where w_p = exp(-40 p N / sampleRate). They suit echoes of -20 to +5 dB of the reference; weaker
- * ones take a few seconds more.
+ * ones take a few seconds more. Where the delay may be 100 ms, three times those with exp(-20 ...) begin faster.
  *
  * | Choice | Usual value |
  * |---|---|
