@@ -18,6 +18,7 @@
 #include "kels/echo.h"
 #include "kels/enhance.h"
 #include "kels/fbank.h"
+#include "kels/features.h"
 #include "kels/fft.h"
 #include "kels/frame.h"
 #include "kels/gauss.h"

@@ -152,13 +152,41 @@ template <class T>
     return e * power * kBack;
 }
 
+// e^x as the C library defines it.
+template <class T>
+[[gnu::always_inline]] inline Vec<T> exponential(const Vec<T>& x) {
+    using V = Vec<T>;
+    using Rule = ExponentialRule<T>;
+    using Format = FloatFormat<T>;
+    constexpr T kInfinite = sizeof(T) == sizeof(float) ? T(89) : T(710);
+    const V held = lesserOf(V(kInfinite), greaterOf(V(Rule::kZero), x));
+    const WholeMultiple<T> k(held, Rule::kLog2E);
+    const V r = mulAdd(k.value, V(-Rule::kLn2Rest), held - k.value * Rule::kLn2);
+    const V e = T(1) + mulAdd(r * r, polynomial<Rule::kTerms>(r), r);
+    // 2^k in two factors, each of them a normal number; the second one rounds where the result is subnormal.
+    constexpr typename Format::Bits kExponents = 4 * (Format::kBias + 1) - 1;
+    const VecBits<T> biased = (k.bits + 2 * Format::kBias) & VecBits<T>(kExponents);
+    const VecBits<T> half = biased >> 1;
+    const auto power = [](const VecBits<T>& exponent) { return std::bit_cast<V>(exponent << Format::kFractionBits); };
+    return e * power(half) * power(biased - half);
+}
+
 // ---- logarithm -----------------------------------------------------------------------------------------------------
 
 // ln m = 2s + s^3 P(s^2) for sqrt(1/2) <= m < sqrt(2) and s = (m - 1) / (m + 1), to 2^-59.
-struct LogarithmRule {
+template <class T>
+struct LogarithmRule;
+template <>
+struct LogarithmRule<double> {
     static constexpr double kTerms[] = {0.6666666666666734,  0.39999999999413965, 0.28571428742562144,
                                         0.22222198553785505, 0.18183565407248337, 0.15314021118750684,
                                         0.14796261168009273};
+};
+// ln(1 + f) = f - f^2/2 + f^3 P(f) for sqrt(1/2) <= 1 + f < sqrt(2), to 2^-30.
+template <>
+struct LogarithmRule<float> {
+    static constexpr float kTerms[] = {0.33333313f,  -0.25000009f, 0.20002124f, -0.16668005f, 0.14219454f,
+                                       -0.12405346f, 0.118886948f, -0.11677478f, 0.067476884f};
 };
 
 // The natural logarithm as the C library defines it.
@@ -177,12 +205,64 @@ struct LogarithmRule {
     const V s = f / (f + 2.0);
     const V square = s * s;
     const V half = f * f * 0.5;
-    const V rest = mulAdd(s, half + square * polynomial<LogarithmRule::kTerms>(square), k * Exp::kLn2Rest);
+    const V rest = mulAdd(s, half + square * polynomial<LogarithmRule<double>::kTerms>(square), k * Exp::kLn2Rest);
     V result = k * Exp::kLn2 - ((half - rest) - f);
     const auto good = x >= std::numeric_limits<double>::min() && x <= std::numeric_limits<double>::max();
     if (!stdx::all_of(good)) [[unlikely]]
         result = laneByLane(result, x, good, [](double v) { return std::log(v); });
     return result;
+}
+
+// The same of floats, as a sum whose head is within a few units of the last place; for positive normal numbers.
+struct LogarithmParts {
+    Vec<float> head, tail;
+
+    [[gnu::always_inline]] explicit LogarithmParts(const Vec<float>& x) {
+        using V = Vec<float>;
+        using Bits = VecBits<float>;
+        using Exp = ExponentialRule<float>;
+        constexpr uint32_t kRootHalf = std::bit_cast<uint32_t>(0x1.6a09e6p-1f), kOne = uint32_t{127} << 23;
+        constexpr uint32_t kTo23 = std::bit_cast<uint32_t>(0x1p23f);
+        const Bits lifted = std::bit_cast<Bits>(x) + Bits(kOne - kRootHalf);
+        const V m = std::bit_cast<V>((lifted & Bits((uint32_t{1} << 23) - 1)) + Bits(kRootHalf));
+        const V k = std::bit_cast<V>((lifted >> 23) | Bits(kTo23)) - (0x1p23f + 127);
+        const V f = m - 1.0f, whole = k * Exp::kLn2;
+        const V square = f * f;
+        const V rest = mulAdd(square * f, polynomial<LogarithmRule<float>::kTerms>(f), k * Exp::kLn2Rest);
+        const V small = square * 0.5f - rest;
+        // Each sum begins with the larger part, so what it loses is exact.
+        const V first = f - small, firstLost = (f - first) - small;
+        head = whole + first;
+        tail = (first - (head - whole)) + firstLost;
+    }
+};
+
+// `result` where x is a positive normal number, function(x) elsewhere.
+template <class Function>
+[[gnu::always_inline]] inline Vec<float> unlessUnusual(Vec<float> result, const Vec<float>& x, Function function) {
+    const auto good = x >= std::numeric_limits<float>::min() && x <= std::numeric_limits<float>::max();
+    if (!stdx::all_of(good)) [[unlikely]]
+        result = laneByLane(result, x, good, function);
+    return result;
+}
+
+[[gnu::always_inline]] inline Vec<float> logarithm(const Vec<float>& x) {
+    const LogarithmParts parts(x);
+    return unlessUnusual(parts.head + parts.tail, x, [](float v) { return std::log(v); });
+}
+
+// The logarithm to base 10 as the C library defines it.
+[[gnu::always_inline]] inline Vec<double> logarithm10(const Vec<double>& x) {
+    return logarithm(x) * 0x1.bcb7b1526e50ep-2;
+}
+[[gnu::always_inline]] inline Vec<float> logarithm10(const Vec<float>& x) {
+    using V = Vec<float>;
+    // Half the digits of the head times as many of the factor, log10 e, make an exact product.
+    constexpr float kFactor = 0x1.bcb7b2p-2f, kHigh = 0x1.bccp-2f, kLow = -0x1.09d5b2p-15f;
+    const LogarithmParts parts(x);
+    const V head = std::bit_cast<V>(std::bit_cast<VecBits<float>>(parts.head) & VecBits<float>(~uint32_t{0xfff}));
+    const V rest = mulAdd(V((parts.head - head) + parts.tail), V(kFactor), head * kLow);
+    return unlessUnusual(mulAdd(head, V(kHigh), rest), x, [](float v) { return std::log10(v); });
 }
 
 }  // namespace kels

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 
 #include "core/simd/vec.h"
 #include "kels/types.h"
@@ -44,6 +45,36 @@ void transpose(const Rows& rows, std::size_t height, std::size_t width, T* data,
     }
     for (std::size_t j = 0; j < height; ++j) {
         for (std::size_t k = 0; k < width; ++k) data[k * stride + j] = static_cast<T>(row(j)[k]);
+    }
+}
+
+// The lanes of a and b in turn: those of the lower halves, and those of the upper halves.
+template <class T>
+struct Zipped {
+    Vec<T> low, high;
+
+    Zipped(const Vec<T>& a, const Vec<T>& b) : Zipped(a, b, std::make_integer_sequence<int, kLanes>()) {}
+
+  private:
+    static constexpr int kLanes = static_cast<int>(lanes<T>);
+    template <int... i>
+    Zipped(const Vec<T>& a, const Vec<T>& b, std::integer_sequence<int, i...>)
+        : low(__builtin_shufflevector(native(a), native(b), (i / 2 + i % 2 * kLanes)...)),
+          high(__builtin_shufflevector(native(a), native(b), (kLanes / 2 + i / 2 + i % 2 * kLanes)...)) {}
+};
+
+// A square of lanes turned over: lane j of v[i] changes places with lane i of v[j].
+template <class T>
+inline void transposeSquare(Vec<T> (&v)[lanes<T>]) {
+    constexpr std::size_t w = lanes<T>;
+    for (std::size_t step = 1; step < w; step *= 2) {
+        Vec<T> turned[w];
+        for (std::size_t i = 0; i < w / 2; ++i) {
+            const Zipped<T> pair(v[i], v[i + w / 2]);
+            turned[2 * i] = pair.low;
+            turned[2 * i + 1] = pair.high;
+        }
+        for (std::size_t i = 0; i < w; ++i) v[i] = turned[i];
     }
 }
 

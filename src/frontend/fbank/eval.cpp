@@ -10,13 +10,6 @@ using namespace kels::fbank;
 namespace {
 
 template <class Bank>
-KelStatus evalFault(const void* pSrc, const void* pDst, const Bank* bank) {
-    if (anyNull(pSrc, pDst, bank) || incomplete(*bank)) return kelStatusNullPtr;
-    if (!bank->ready) return kelStatusFBankState;
-    return kelStatusOk;
-}
-
-template <class Bank>
 std::size_t binCount(const Bank& bank) {
     return toSize(bank.fftLen2 / 2 + 1);
 }
@@ -62,16 +55,20 @@ KelStatus evaluate(const Kel16s* pSrc, Dst* pDst, const KelFilterBank_16s& bank,
 
 }  // namespace
 
+KelStatus kels::fbank::evaluate(const Kel32f* src, Kel32f* dst, const KelFilterBank_32f& bank) {
+    const Kel32f* spectrum = src;
+    if ((bank.flag & kelFBankOwnFFT) != 0) {
+        const KelStatus status = ownSpectrum(src, bank);
+        if (status != kelStatusOk) return status;
+        spectrum = bank.fftBuf;
+    }
+    sumFilters(triangles(bank), spectrum, dst);
+    return kelStatusOk;
+}
+
 KelStatus kelsEvalFBank_32f(const Kel32f* pSrc, Kel32f* pDst, KelFilterBank_32f* pFBank) {
     if (const KelStatus fault = evalFault(pSrc, pDst, pFBank)) return fault;
-    const Kel32f* spectrum = pSrc;
-    if ((pFBank->flag & kelFBankOwnFFT) != 0) {
-        const KelStatus status = ownSpectrum(pSrc, *pFBank);
-        if (status != kelStatusOk) return status;
-        spectrum = pFBank->fftBuf;
-    }
-    sumFilters(triangles(*pFBank), spectrum, pDst);
-    return kelStatusOk;
+    return evaluate(pSrc, pDst, *pFBank);
 }
 
 KelStatus kelsEvalFBank_16s_Sfs(const Kel16s* pSrc, Kel16s* pDst, KelFilterBank_16s* pFBank, int scaleFactor) {

@@ -1,11 +1,23 @@
 // The sums of a filter bank over one spectrum.
 #pragma once
 
+#include "core/check.h"
 #include "core/scaling.h"
 #include "core/simd/vec.h"
 #include "frontend/fbank/state.h"
 
 namespace kels::fbank {
+
+// The faults of every evaluation.
+template <class Bank>
+KelStatus evalFault(const void* pSrc, const void* pDst, const Bank* bank) {
+    if (anyNull(pSrc, pDst, bank) || incomplete(*bank)) return kelStatusNullPtr;
+    if (!bank->ready) return kelStatusFBankState;
+    return kelStatusOk;
+}
+
+// The bank on one spectrum, or on the samples of one frame where it has a transform of its own.
+KelStatus evaluate(const Kel32f* src, Kel32f* dst, const KelFilterBank_32f& bank);
 
 // The falling side of a filter and the rising side of the next one cover the same bins, so one pass over the bins
 // between two centres serves both.  The rising sum stays in a vector until the next pass has added the falling side:

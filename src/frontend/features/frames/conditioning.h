@@ -1,0 +1,124 @@
+// Frames made ready for the transform, lanes<T> of them at once: lane j of every vector belongs to frame j.
+//
+// In single precision, sums are still taken in double, and the mean is subtracted in two parts, so that what remains of
+// a frame beside a large mean keeps all its digits.
+#pragma once
+
+#include <cstddef>
+
+#include "core/simd/transpose.h"
+#include "core/simd/vec.h"
+#include "kels/types.h"
+
+namespace kels::features {
+
+// One double for each lane of T.
+template <class T>
+struct WideLanes {
+    static constexpr std::size_t kParts = lanes<T> / lanes<double>;
+    Vec<double> part[kParts];
+};
+
+inline WideLanes<double> wideLanes(const Vec<double>& v) {
+    return {{v}};
+}
+inline WideLanes<float> wideLanes(const Vec<float>& v) {
+    const auto [low, high] = widen(v);
+    return {{low, high}};
+}
+inline Vec<double> narrowLanes(const WideLanes<double>& v) {
+    return v.part[0];
+}
+inline Vec<float> narrowLanes(const WideLanes<float>& v) {
+    return narrow(v.part[0], v.part[1]);
+}
+
+inline Vec<double> loadAs(const Kel32f* p, double) {
+    return loadWide(p);
+}
+inline Vec<float> loadAs(const Kel32f* p, float) {
+    return load(p);
+}
+
+// Sample i of each frame in dst[i].
+template <class T>
+inline void loadFrames(const Kel32f* const* frames, std::size_t length, Vec<T>* dst) {
+    constexpr std::size_t w = lanes<T>;
+    if (length < w) {
+        for (std::size_t i = 0; i < length; ++i) {
+            dst[i] = Vec<T>([=](auto j) { return static_cast<T>(frames[static_cast<std::size_t>(j)][i]); });
+        }
+        return;
+    }
+    const auto square = [=](std::size_t i) {
+        Vec<T> block[w];
+        for (std::size_t j = 0; j < w; ++j) block[j] = loadAs(frames[j] + i, T());
+        transposeSquare<T>(block);
+        for (std::size_t j = 0; j < w; ++j) dst[i + j] = block[j];
+    };
+    for (std::size_t i = 0; i + w < length; i += w) square(i);
+    square(length - w);
+}
+
+// The sums of value(x[i]) over n vectors, in double, in four chains.
+template <class T, class Value>
+inline WideLanes<T> sumOf(const Vec<T>* x, std::size_t n, Value value) {
+    constexpr std::size_t kChains = 4, kParts = WideLanes<T>::kParts;
+    Vec<double> sums[kChains][kParts];
+    for (auto& chain : sums) {
+        for (auto& sum : chain) sum = 0.0;
+    }
+    const auto add = [&](std::size_t i, std::size_t chain) {
+        const WideLanes<T> v = wideLanes(Vec<T>(value(x[i])));
+        for (std::size_t p = 0; p < kParts; ++p) sums[chain][p] += v.part[p];
+    };
+    std::size_t i = 0;
+    for (; i + kChains <= n; i += kChains) {
+        for (std::size_t c = 0; c < kChains; ++c) add(i + c, c);
+    }
+    for (; i < n; ++i) add(i, 0);
+    WideLanes<T> total;
+    for (std::size_t p = 0; p < kParts; ++p) {
+        total.part[p] = (sums[0][p] + sums[1][p]) + (sums[2][p] + sums[3][p]);
+    }
+    return total;
+}
+
+template <class T>
+inline WideLanes<T> energyOf(const Vec<T>* x, std::size_t n) {
+    return sumOf(x, n, [](const Vec<T>& v) { return v * v; });
+}
+
+template <class T>
+inline void removeMean(Vec<T>* x, std::size_t n) {
+    WideLanes<T> mean = sumOf(x, n, [](const Vec<T>& v) { return v; });
+    for (auto& part : mean.part) part /= static_cast<double>(n);
+    const Vec<T> high = narrowLanes(mean);
+    if constexpr (sizeof(T) == sizeof(double)) {
+        for (std::size_t i = 0; i < n; ++i) x[i] -= high;
+    } else {
+        const WideLanes<T> rounded = wideLanes(high);
+        for (std::size_t p = 0; p < WideLanes<T>::kParts; ++p) mean.part[p] -= rounded.part[p];
+        const Vec<T> low = narrowLanes(mean);
+        for (std::size_t i = 0; i < n; ++i) x[i] = (x[i] - high) - low;
+    }
+}
+
+// x[i] - k x[i - 1], the first sample standing before itself, times the window.  Written as a difference and what is left
+// of the sample before: where neighbours are nearly equal, that loses nothing.
+template <class T>
+inline void emphasiseAndWindow(Vec<T>* x, std::size_t n, double preEmphasis, const T* window) {
+    const Vec<T> left(static_cast<T>(1 - preEmphasis));
+    Vec<T> before = x[0];
+    for (std::size_t i = 0; i < n; ++i) {
+        const Vec<T> now = x[i];
+        x[i] = mulAdd(before, left, Vec<T>(now - before)) * window[i];
+        before = now;
+    }
+}
+template <class T>
+inline void applyWindow(Vec<T>* x, std::size_t n, const T* window) {
+    for (std::size_t i = 0; i < n; ++i) x[i] *= window[i];
+}
+
+}  // namespace kels::features
