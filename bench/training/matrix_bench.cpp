@@ -1,5 +1,5 @@
-// Products, sums and decompositions of matrices beside OpenBLAS, LAPACK and Eigen on one thread, plain loops with double
-// sums, and the speed at which memory is read and written.  Arguments: rows x columns; blocks have 1000 rows.
+// Products, sums and decompositions of matrices beside OpenBLAS, LAPACK and Eigen on one thread, plain loops with
+// double sums, and the speed at which memory is read and written.  Arguments: rows x columns; blocks have 1000 rows.
 #include <benchmark/benchmark.h>
 #include <kels.h>
 
@@ -62,7 +62,8 @@ void add(const char* name, std::initializer_list<std::pair<int, int>> shapes, Ca
     for (const auto& [h, w] : shapes) b->Args({h, w});
 }
 
-// ---- plain loops -----------------------------------------------------------------------------------------------------
+// ---- plain loops
+// -----------------------------------------------------------------------------------------------------
 
 template <class T>
 [[gnu::noinline]] void plainMatVec(const T* a, const T* x, T* y, int height, int width) {
@@ -81,7 +82,8 @@ template <class T>
     for (int j = 0; j < width; ++j) y[j] = static_cast<T>(sums[static_cast<std::size_t>(j)]);
 }
 
-// ---- what there is for each type -------------------------------------------------------------------------------------
+// ---- what there is for each type
+// -------------------------------------------------------------------------------------
 
 template <class T>
 constexpr bool isFloat = std::is_same_v<T, float>;

@@ -1,11 +1,11 @@
 // Recognition by hidden Markov models: the word whose models give the frames the highest likelihood.
 //
-// There are several models of a word, one for each front end.  These differ in what they make of the recording: where one
-// trusts the spectrum as it came, another evens out what microphones, rooms and voices do to it, and loses some of what
-// tells vowels apart.  Their errors differ too, so that together they make fewer.
+// There are several models of a word, one for each front end.  These differ in what they make of the recording: where
+// one trusts the spectrum as it came, another evens out what microphones, rooms and voices do to it, and loses some of
+// what tells vowels apart.  Their errors differ too, so that together they make fewer.
 //
-// Words are not cut out.  Before and after the word a path goes through a model of what surrounds words, quiet or noisy,
-// and where it changes from one to the other is part of what is the likeliest.
+// Words are not cut out.  Before and after the word a path goes through a model of what surrounds words, quiet or
+// noisy, and where it changes from one to the other is part of what is the likeliest.
 #ifndef WORDS_HMM_RECOGNISER_H
 #define WORDS_HMM_RECOGNISER_H
 

@@ -43,8 +43,8 @@ class ModelReader {
     std::size_t position_ = 0;
 };
 
-// The contents with header and checksum around them.  Throws std::runtime_error with a message that names the file, which
-// then is as it was.
+// The contents with header and checksum around them.  Throws std::runtime_error with a message that names the file,
+// which then is as it was.
 void writeModelFile(const std::filesystem::path& file, const ModelWriter& writer);
 // Throws DamagedModel with a message that names the file if it is not a whole model file of this version.
 ModelReader readModelFile(const std::filesystem::path& file);

@@ -28,9 +28,9 @@ struct NoisyRecording {
     int end = 0;
 };
 
-// White: normally distributed samples.  Car: the same, falling by 12 dB an octave from 250 Hz on.  Speech: the same with
-// the long-term spectrum of the recording.  Babble: six of the talkers at a time, each one word after the other; without
-// talkers the recording itself takes their part, half of the time backwards.
+// White: normally distributed samples.  Car: the same, falling by 12 dB an octave from 250 Hz on.  Speech: the same
+// with the long-term spectrum of the recording.  Babble: six of the talkers at a time, each one word after the other;
+// without talkers the recording itself takes their part, half of the time backwards.
 NoisyRecording withNoise(const Recording& clean, const Surroundings& surroundings,
                          std::span<const Recording* const> talkers = {});
 

@@ -15,7 +15,8 @@ struct NoiseTest {
 
 // Recognises recordings with half a second before and after them: quiet, and in white noise, car noise, noise with the
 // spectrum of speech and babble of other speakers at 20 to 0 dB.  Prints a line a condition: its name, its level in dB,
-// the percentage that is right, the ends of its confidence interval (95 %, Wilson), and how many were right of how many.
+// the percentage that is right, the ends of its confidence interval (95 %, Wilson), and how many were right of how
+// many.
 void evaluateInNoise(const Corpus& corpus, const Split& split, const Choice& choice, const NoiseTest& test,
                      std::ostream& out);
 

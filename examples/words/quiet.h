@@ -11,8 +11,8 @@ namespace words {
 // Whether a recording is so much longer than a word that some of it is none.
 bool hasQuiet(const Matrix& features);
 
-// A Gaussian of the frames with the least energy.  It knows noise that training has not heard.  The variances are not below
-// `leastVariance`, as the frames are few.  For recordings that have some.
+// A Gaussian of the frames with the least energy.  It knows noise that training has not heard.  The variances are not
+// below `leastVariance`, as the frames are few.  For recordings that have some.
 Mixture quietOf(const Matrix& features, const Vector& leastVariance);
 
 // The mean variance of all Gaussians of all words.

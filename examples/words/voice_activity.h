@@ -21,8 +21,9 @@ struct VoiceActivity {
     FrameSpan word;
 };
 
-// The detector of the distributed speech recognition front-end on the frames of a recording.  As that expects some noise
-// before anybody speaks, and a recording may begin with the word, it first hears the quietest frames of the recording.
+// The detector of the distributed speech recognition front-end on the frames of a recording.  As that expects some
+// noise before anybody speaks, and a recording may begin with the word, it first hears the quietest frames of the
+// recording.
 class SpeechDetector {
   public:
     SpeechDetector(int rate, int frameLength, int frameStep);

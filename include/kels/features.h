@@ -78,13 +78,13 @@
  *
  * A stream gives, bit for bit, the rows of one call on all its samples, however they are cut and of either type.  A row
  * is given as soon as no later sample can change it: its frame ends among the samples, what mirrors it to the left is
- * there, and so are deltaOrder * deltaWin further frames.  With kelFeatDropLast there may be one frame more to wait for.
- * What needs the whole signal has no stream: logRange above 0, and normalisation.
+ * there, and so are deltaOrder * deltaWin further frames.  With kelFeatDropLast there may be one frame more to wait
+ * for. What needs the whole signal has no stream: logRange above 0, and normalisation.
  *
  * ## Shapes and units
- * Results are rows of `width` values, `dstStep` elements apart; kelsFeatureGetSize_32f gives height and width.  Elements
- * of a row beyond its width are neither read nor written.  Sources and destinations do not overlap unless a function's
- * own description allows it.
+ * Results are rows of `width` values, `dstStep` elements apart; kelsFeatureGetSize_32f gives height and width.
+ * Elements of a row beyond its width are neither read nor written.  Sources and destinations do not overlap unless a
+ * function's own description allows it.
  *
  * Float samples must be in the unit of the toolkit: +-32768 for HTK and Kaldi, +-1 for librosa and Whisper.  16-bit
  * samples are brought there by scale16s.
@@ -99,10 +99,10 @@
  * ## Accuracy
  * Everything from the samples to the cepstra runs in double precision and is rounded once; deltas and normalisation are
  * computed in double from the stored statics.  A bin is within 2^-47 of the sum of the frame's absolute samples, a
- * logarithm or a value within 2^-23 of itself beyond what that makes, a cepstrum within 2^-23 of itself and 2^-40 of the
- * sum of its absolute terms.  With hint kelHintFast the transform, the spectrum, the bank and the logarithms run in
- * single precision: a bin may be off by 2^-21 of the frame's largest bin, which bands far below the rest show as 1e-3 to
- * 1e-2 in the logarithm.  Transforms with a prime factor above 31 are not done in single precision.
+ * logarithm or a value within 2^-23 of itself beyond what that makes, a cepstrum within 2^-23 of itself and 2^-40 of
+ * the sum of its absolute terms.  With hint kelHintFast the transform, the spectrum, the bank and the logarithms run in
+ * single precision: a bin may be off by 2^-21 of the frame's largest bin, which bands far below the rest show as 1e-3
+ * to 1e-2 in the logarithm.  Transforms with a prime factor above 31 are not done in single precision.
  *
  * docs/features.md tabulates how far the rows of each preset are from the toolkit's formulas, and what is not matched.
  *
@@ -118,7 +118,8 @@
  *     GetBank                NullPtr, ContextMatch, ModeNotSupported (no bank), Step
  *     kelsFeature_*          NullPtr (pBuffer excepted), ContextMatch, Size (len < 1, or too many rows), Step, NoMemory
  *     StreamInitAlloc        NullPtr, ContextMatch, ModeNotSupported (logRange, norm), NoMemory
- *     push, flush            NullPtr (whatever the counts), ContextMatch, Size (len or height < 0), Step, Size (the rows
+ *     push, flush            NullPtr (whatever the counts), ContextMatch, Size (len or height < 0), Step, Size (the
+ * rows
  *                            do not fit into height: nothing is taken)
  *     FFT rows               NullPtr (pFFTSpec), ContextMatch, NullPtr (pSrc, pDst), Size (height), Step, NoMemory
  *     bank rows              NullPtr (or a freed bank), FBankState, Size (height), Step
@@ -139,7 +140,8 @@
  * S. Young et al., The HTK Book (version 3.4), chapters 5 and 18.  D. Povey et al., "The Kaldi speech recognition
  * toolkit", ASRU 2011.  B. McFee et al., "librosa: audio and music signal analysis in Python", SciPy 2015.  A. Radford
  * et al., "Robust speech recognition via large-scale weak supervision", 2022.  M. Slaney, Auditory Toolbox, Technical
- * Report 1998-010, Interval Research.  S. Davis, P. Mermelstein, IEEE Trans. ASSP 28(4), 1980.  J. F. Kaiser, ISCAS 1974.
+ * Report 1998-010, Interval Research.  S. Davis, P. Mermelstein, IEEE Trans. ASSP 28(4), 1980.  J. F. Kaiser, ISCAS
+ * 1974.
  *
  * @{
  */
@@ -172,13 +174,7 @@ enum {
     kelWinPeriodic = 16
 };
 /** edges; kelFeatDropLast is added to any of the others. */
-enum {
-    kelFeatSnip = 0,
-    kelFeatMirror = 1,
-    kelFeatCentreZero = 2,
-    kelFeatCentreReflect = 3,
-    kelFeatDropLast = 16
-};
+enum { kelFeatSnip = 0, kelFeatMirror = 1, kelFeatCentreZero = 2, kelFeatCentreReflect = 3, kelFeatDropLast = 16 };
 /** spectrum */
 enum { kelFeatMagnitude = 0, kelFeatPower = 1 };
 /** melScale */
@@ -202,17 +198,11 @@ enum { kelFeatDeltaOfDelta = 0, kelFeatDeltaOfStatic = 1 };
 /** norm */
 enum { kelFeatNormNone = 0, kelFeatNormMean = 1, kelFeatNormMeanVar = 2 };
 /** Presets */
-enum {
-    kelFeatHtkMfcc = 1,
-    kelFeatKaldiMfcc = 2,
-    kelFeatKaldiFbank = 3,
-    kelFeatLibrosaMfcc = 4,
-    kelFeatWhisperMel = 5
-};
+enum { kelFeatHtkMfcc = 1, kelFeatKaldiMfcc = 2, kelFeatKaldiFbank = 3, kelFeatLibrosaMfcc = 4, kelFeatWhisperMel = 5 };
 /** @} */
 
-/** The choices of a front end.  Real fields are double so that 0.97 means 0.97.  A field without effect beside the others
- *  is not looked at. */
+/** The choices of a front end.  Real fields are double so that 0.97 means 0.97.  A field without effect beside the
+ *  others is not looked at. */
 typedef struct {
     Kel32s sampleRate;  /**< Hz, 1000 .. 384000 */
     Kel32s frameLen;    /**< samples, 1 .. 65536 */
@@ -282,11 +272,12 @@ KELS_API KelStatus kelsFeature_16s32f_D2(const Kel16s* pSrc, int len, Kel32f* pD
  * A push takes len samples (0 is allowed) and writes the rows that are settled by them; pushes of both types may be
  * mixed.  A flush ends the signal and writes the rows that are left; then, as after a reset, the stream is at its start
  * again.  *pHeight is the number of rows written.  A call whose rows do not fit into height rows is refused and takes
- * nothing; len / frameShift + 1 rows are always enough for a push.  GetSize gives the rows of a push of len samples, and
- * those of a flush after it.
+ * nothing; len / frameShift + 1 rows are always enough for a push.  GetSize gives the rows of a push of len samples,
+ * and those of a flush after it.
  * @{ */
 KELS_API KelStatus kelsFeatureStreamInitAlloc_32f(KelFeatureStream_32f** ppStream, const KelFeatureSpec_32f* pSpec);
-KELS_API KelStatus kelsFeatureStreamGetSize_32f(const KelFeatureStream_32f* pStream, int len, int* pHeight, int* pFlush);
+KELS_API KelStatus kelsFeatureStreamGetSize_32f(const KelFeatureStream_32f* pStream, int len, int* pHeight,
+                                                int* pFlush);
 KELS_API KelStatus kelsFeatureStream_32f_D2(const Kel32f* pSrc, int len, Kel32f* pDst, int dstStep, int height,
                                             int* pHeight, KelFeatureStream_32f* pStream);
 KELS_API KelStatus kelsFeatureStream_16s32f_D2(const Kel16s* pSrc, int len, Kel32f* pDst, int dstStep, int height,
@@ -318,9 +309,9 @@ KELS_API KelStatus kelsExp_64f_I(Kel64f* pSrcDst, int len);
 /** @} */
 
 /** @name Floors, ceilings, squared magnitude
- * MaxEveryC raises the elements below val to it, MinEveryC lowers those above.  Comparisons with NaN fail: a NaN element
- * stays, and a NaN val changes nothing.  MagnitudeSqr is re^2 + im^2 within 2^-22 of itself and the smallest denormal;
- * pDst may be pSrc.  These stand in core, in vector/limits.cpp.
+ * MaxEveryC raises the elements below val to it, MinEveryC lowers those above.  Comparisons with NaN fail: a NaN
+ * element stays, and a NaN val changes nothing.  MagnitudeSqr is re^2 + im^2 within 2^-22 of itself and the smallest
+ * denormal; pDst may be pSrc.  These stand in core, in vector/limits.cpp.
  * @{ */
 KELS_API KelStatus kelsMaxEveryC_32f_I(Kel32f val, Kel32f* pSrcDst, int len);
 KELS_API KelStatus kelsMinEveryC_32f_I(Kel32f val, Kel32f* pSrcDst, int len);
@@ -329,10 +320,10 @@ KELS_API KelStatus kelsMagnitudeSqr_32fc(const Kel32fc* pSrc, Kel32f* pDst, int 
 
 /** @name Windows
  * The values of a window of len values, and their products with a vector.  param is the beta of a Kaiser window; other
- * kinds do not look at it.  Windows are exactly symmetric (periodic ones about len / 2), and the ends of Hann, Povey and
- * Blackman windows are exactly 0.  Values are within 1e-14 + 1e-15 beta; in single precision they are rounded once more.
- * MulWindow multiplies by the values of kelsWindow_32f.  To multiply many rows, make the window once and use it as the
- * scales of kelsNormalizeColumn_32f_D2_I, with means of 0.
+ * kinds do not look at it.  Windows are exactly symmetric (periodic ones about len / 2), and the ends of Hann, Povey
+ * and Blackman windows are exactly 0.  Values are within 1e-14 + 1e-15 beta; in single precision they are rounded once
+ * more. MulWindow multiplies by the values of kelsWindow_32f.  To multiply many rows, make the window once and use it
+ * as the scales of kelsNormalizeColumn_32f_D2_I, with means of 0.
  * @{ */
 KELS_API KelStatus kelsWindow_32f(Kel32f* pDst, int len, int kind, Kel32f param);
 KELS_API KelStatus kelsWindow_64f(Kel64f* pDst, int len, int kind, Kel64f param);

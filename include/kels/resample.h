@@ -144,8 +144,8 @@ extern "C" {
 
 /** The state of the general form. */
 typedef struct {
-    Kel32s own[2];   /* of the library */
-    Kel32f invStep;  /* 1 / nStep */
+    Kel32s own[2];  /* of the library */
+    Kel32f invStep; /* 1 / nStep */
     Kel32s nStep;
     Kel32s tableLen; /* L + 1 */
     Kel32f gain;     /* of outputs at factor < 1; 1 */

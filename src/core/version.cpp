@@ -4,14 +4,8 @@
 
 namespace {
 
-const KelLibVersion kVersion = {KELS_VERSION_MAJOR,
-                                KELS_VERSION_MINOR,
-                                12,
-                                5,
-                                {'a', '6', '\0', '\0'},
-                                "libkelsra6.so",
-                                "v" KELS_VERSION_STRING,
-                                "Jul 23 2004"};
+const KelLibVersion kVersion = {KELS_VERSION_MAJOR, KELS_VERSION_MINOR,      12,           5, {'a', '6', '\0', '\0'},
+                                "libkelsra6.so",    "v" KELS_VERSION_STRING, "Jul 23 2004"};
 
 }  // namespace
 

@@ -9,8 +9,8 @@
 namespace kels {
 namespace {
 
-// Products of singles, or of a single and 16 bits, are exact in double precision, so the difference is rounded there and
-// then to single.  From the last sample to the first, so that dst may be src.
+// Products of singles, or of a single and 16 bits, are exact in double precision, so the difference is rounded there
+// and then to single.  From the last sample to the first, so that dst may be src.
 template <class T>
 void preEmphasise(const T* src, Kel32f* dst, std::size_t len, Kel32f val, T* memory) {
     constexpr std::size_t w = lanes<Kel32f>, half = lanes<Kel64f>;

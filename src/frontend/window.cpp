@@ -1,3 +1,4 @@
+// Windows by their formulas, exactly symmetric.
 #include "frontend/window.h"
 
 #include <algorithm>

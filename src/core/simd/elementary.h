@@ -185,7 +185,7 @@ struct LogarithmRule<double> {
 // ln(1 + f) = f - f^2/2 + f^3 P(f) for sqrt(1/2) <= 1 + f < sqrt(2), to 2^-30.
 template <>
 struct LogarithmRule<float> {
-    static constexpr float kTerms[] = {0.33333313f,  -0.25000009f, 0.20002124f, -0.16668005f, 0.14219454f,
+    static constexpr float kTerms[] = {0.33333313f,  -0.25000009f, 0.20002124f,  -0.16668005f, 0.14219454f,
                                        -0.12405346f, 0.118886948f, -0.11677478f, 0.067476884f};
 };
 

@@ -2,6 +2,7 @@
 #include "frontend/fbank/eval.h"
 
 #include "core/check.h"
+#include "core/fft/transform.h"
 #include "core/vector/roots.h"
 
 using namespace kels;
@@ -16,7 +17,7 @@ std::size_t binCount(const Bank& bank) {
 
 // Magnitudes of the transformed samples, in the bank's own buffer.
 KelStatus ownSpectrum(const Kel32f* pSrc, const KelFilterBank_32f& bank) {
-    const KelStatus status = kelsFFTFwd_RToCCS_32f(pSrc, bank.fftBuf, bank.fftSpec, fftWork(bank));
+    const KelStatus status = forwardToCcs(*bank.fftSpec, pSrc, bank.fftBuf, fftWork(bank));
     if (status != kelStatusOk) return status;
     magnitudes(reinterpret_cast<const Kel32fc*>(bank.fftBuf), bank.fftBuf, binCount(bank));
     return kelStatusOk;
@@ -25,8 +26,7 @@ KelStatus ownSpectrum(const Kel32f* pSrc, const KelFilterBank_32f& bank) {
 // The transform and the magnitude each keep three more fraction bits.
 constexpr int kTransformBits = 3, kMagnitudeBits = 3;
 KelStatus ownSpectrum(const Kel16s* pSrc, const KelFilterBank_16s& bank) {
-    const KelStatus status =
-        kelsFFTFwd_RToCCS_16s32s_Sfs(pSrc, bank.fftBuf, bank.fftSpec, -kTransformBits, fftWork(bank));
+    const KelStatus status = forwardToCcs(*bank.fftSpec, pSrc, bank.fftBuf, -kTransformBits, fftWork(bank));
     if (status != kelStatusOk) return status;
     magnitudesScaled(reinterpret_cast<const Kel32sc*>(bank.fftBuf), bank.fftBuf, binCount(bank), -kMagnitudeBits);
     return kelStatusOk;

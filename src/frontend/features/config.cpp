@@ -1,3 +1,4 @@
+// Presets and checks of a configuration.
 #include "frontend/features/config.h"
 
 #include <bit>
@@ -42,8 +43,8 @@ bool frequenciesAreGood(const KelFeatureConfig& c) {
 bool spectrumIsGood(const KelFeatureConfig& c) {
     if (!within(c.edges & ~kelFeatDropLast, kelFeatSnip, kelFeatCentreReflect)) return false;
     if (!isWindow(c.window, c.windowParam)) return false;
-    return within(c.removeMean, 0, 1) && within(c.preEmphasis, -1, 1) && std::isfinite(c.scale16s) &&
-           c.scale16s != 0 && within(c.spectrum, kelFeatMagnitude, kelFeatPower);
+    return within(c.removeMean, 0, 1) && within(c.preEmphasis, -1, 1) && std::isfinite(c.scale16s) && c.scale16s != 0 &&
+           within(c.spectrum, kelFeatMagnitude, kelFeatPower);
 }
 
 bool bankIsGood(const KelFeatureConfig& c) {

@@ -1,3 +1,4 @@
+// Builds a specification: window, bank, cosines and transform in one block.
 #include "frontend/features/spec.h"
 
 #include <cfloat>

@@ -1,3 +1,4 @@
+// A stream: samples kept until no later one can change a row.
 #include "frontend/features/stream.h"
 
 #include <limits>
@@ -80,7 +81,8 @@ class RowMaker {
     }
 
     Kel32f* row(int64_t t) const {
-        return stream_.rows + static_cast<std::ptrdiff_t>(t % stream_.rowCount) * static_cast<std::ptrdiff_t>(spec_.width);
+        return stream_.rows +
+               static_cast<std::ptrdiff_t>(t % stream_.rowCount) * static_cast<std::ptrdiff_t>(spec_.width);
     }
 
     template <class T>

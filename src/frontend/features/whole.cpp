@@ -1,3 +1,4 @@
+// A whole signal: frames in batches, then what looks at all of them.
 #include "frontend/features/whole.h"
 
 #include "core/scaling.h"
@@ -7,7 +8,8 @@
 namespace kels::features {
 namespace {
 
-// Cepstra under a range below the maximum wait for it: their logarithms and energies, a part of a batch behind the other.
+// Cepstra under a range below the maximum wait for it: their logarithms and energies, a part of a batch behind the
+// other.
 bool waitsForPeak(const KelFeatureConfig& c) {
     return hasRange(c) && c.output == kelFeatCepstra;
 }

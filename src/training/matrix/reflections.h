@@ -200,7 +200,8 @@ inline void reflect(const Mirror& one, const Mirror& other, std::size_t begin, s
                [&](auto n, std::size_t j) { reflectGroup<n>(one, other, between, from, rows, columns, j); });
 }
 
-// ---- many ------------------------------------------------------------------------------------------------------------
+// ---- many
+// ------------------------------------------------------------------------------------------------------------
 
 // Column k of the product of reflections k and those after it, from its place, where reflection k is kept.
 inline void formColumn(Kel64f* column, std::size_t k, std::size_t rows, const Mirror& mirror) {

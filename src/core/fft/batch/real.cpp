@@ -1,3 +1,4 @@
+// Real transforms of any even length, a frame in each lane: factors, tables, and the passes put together.
 #include "core/fft/batch/real.h"
 
 #include <bit>
@@ -118,7 +119,7 @@ bool RealTransform<T>::fill() const {
     if (!convolved()) return true;
 
     const std::size_t vectors = 2 * points_;
-    Vec<T> *a = nullptr, *b = nullptr;
+    Vec<T>*a = nullptr, *b = nullptr;
     const auto arrangeWork = [&](Layout& layout) {
         a = layout.take<Vec<T>>(static_cast<int64_t>(vectors), alignof(Vec<T>));
         b = layout.take<Vec<T>>(static_cast<int64_t>(vectors), alignof(Vec<T>));

@@ -74,7 +74,7 @@ class RealTransform {
         for (std::size_t k = 1; 2 * k <= half_; ++k) {
             const Complex<T> low = complexAt(z, k), high = complexAt(z, half_ - k);
             const Vec<T> evenRe = (low.re + high.re) * half, evenIm = (low.im - high.im) * half;
-            const Vec<T> oddRe = low.im + high.im, oddIm = high.re - low.re;  // twice O
+            const Vec<T> oddRe = low.im + high.im, oddIm = high.re - low.re;    // twice O
             const Vec<T> cosine(rotation_[2 * k]), sine(rotation_[2 * k + 1]);  // half of w^k
             const Vec<T> re = mulAdd(cosine, oddRe, -(sine * oddIm)), im = mulAdd(cosine, oddIm, sine * oddRe);
             out[k] = measure(Vec<T>(evenRe + re), Vec<T>(evenIm + im));

@@ -1,3 +1,4 @@
+// The triangles of a bank over the bins of the transform.
 #include "frontend/features/frames/bank.h"
 
 #include <cmath>

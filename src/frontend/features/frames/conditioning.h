@@ -104,8 +104,8 @@ inline void removeMean(Vec<T>* x, std::size_t n) {
     }
 }
 
-// x[i] - k x[i - 1], the first sample standing before itself, times the window.  Written as a difference and what is left
-// of the sample before: where neighbours are nearly equal, that loses nothing.
+// x[i] - k x[i - 1], the first sample standing before itself, times the window.  Written as a difference and what is
+// left of the sample before: where neighbours are nearly equal, that loses nothing.
 template <class T>
 inline void emphasiseAndWindow(Vec<T>* x, std::size_t n, double preEmphasis, const T* window) {
     const Vec<T> left(static_cast<T>(1 - preEmphasis));

@@ -60,9 +60,7 @@ struct LogarithmEnd {
     // A value as it is, for what is not known yet.
     LogarithmEnd() : least(-std::numeric_limits<double>::infinity()), offset(0), scale(1) {}
 
-    Vec<double> operator()(const Vec<double>& v) const {
-        return (notBelow(Vec<double>(least), v) + offset) * scale;
-    }
+    Vec<double> operator()(const Vec<double>& v) const { return (notBelow(Vec<double>(least), v) + offset) * scale; }
 };
 
 // Cepstra of values in lanes.  The cosines are even or odd about the middle, so the values are folded there first.
