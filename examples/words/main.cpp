@@ -38,7 +38,7 @@ recordings and compare by time warping.
 evaluate leaves out each speaker in turn and recognises that speaker from the others, unless CHOICE is
   --leave-speaker NAME   recognise the recordings of this speaker only
   --test-index A-B       recognise the recordings with an index from A to B, learn from the rest
-and with --noise tests in noise: a line for each kind and level, with the percentage, its confidence interval and counts;
+and with --noise tests in noise: a line for each kind and level, with the percentage, its confidence interval, counts;
   --draws N   of noise, for every recording          --every N   one recording of so many
 With --trim energy, detector or none templates cut the silence around words off by level, by voice activity, or not.
 
