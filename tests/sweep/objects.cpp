@@ -7,30 +7,10 @@
 #include <cstdlib>
 
 #include "kels.h"
+#include "sweep/making.h"
 
 namespace sweep {
 namespace {
-
-void require(KelStatus status, const char* what) {
-    if (status >= 0) return;
-    std::fprintf(stderr, "cannot make %s: status %d\n", what, status);
-    std::abort();
-}
-#define MAKE(call) require(call, #call)
-
-Object inMemory(int bytes) {
-    Object object;
-    object.memory = std::make_shared<test::Guarded<Kel8u>>(static_cast<std::size_t>(bytes));
-    object.pointer = object.memory->data();
-    return object;
-}
-
-template <class T>
-std::vector<T> values(Dice& dice, int n) {
-    std::vector<T> v(static_cast<std::size_t>(n));
-    for (T& x : v) x = static_cast<T>(dice.ordinary() * (std::is_integral_v<T> ? 60 : 1));
-    return v;
-}
 
 template <auto release, class T>
 void give(void* p) {
@@ -358,6 +338,9 @@ const std::map<std::string, ObjectKind> kKinds = {
     {"Resample_16s", owned<kelsResamplePolyphaseFree_16s, KelResamplePolyphase_16s>(resample_16s)},
     {"Fixed_32f", owned<kelsResamplePolyphaseFixedFree_32f, KelResamplePolyphaseFixed_32f>(fixed_32f)},
     {"Fixed_16s", owned<kelsResamplePolyphaseFixedFree_16s, KelResamplePolyphaseFixed_16s>(fixed_16s)},
+    {"FeatureConfig", {featureConfiguration, nothing, nothing}},
+    {"Feature", owned<kelsFeatureFree_32f, KelFeatureSpec_32f>(features)},
+    {"FeatureStream", owned<kelsFeatureStreamFree_32f, KelFeatureStream_32f>(featureStream)},
 };
 
 }  // namespace

@@ -17,6 +17,7 @@ struct Object {
     std::map<std::string, double> properties;
     std::shared_ptr<test::Guarded<Kel8u>> memory;      // of an object in the caller's memory
     std::vector<test::AllocationWatch::Block> blocks;  // all the memory it is made of
+    std::shared_ptr<void> support = {};                // what it refers to and does not own
 };
 
 struct ObjectKind {

@@ -194,7 +194,7 @@ const std::vector<Signature>& signatures() {
         std::vector<Signature> found;
         for (const auto& rules :
              {vectorRules, frontendRules, predictionRules, scoreRules, mixtureRules, trainingRules, matrixRules,
-              codebookRules, matchRules, enhanceRules, resampleRules, auroraRules, echoRules}) {
+              codebookRules, matchRules, enhanceRules, resampleRules, auroraRules, echoRules, featureRules}) {
             for (const Rule& rule : rules()) {
                 for (const Function& function : rule.functions) found.emplace_back(function, rule);
             }
@@ -212,6 +212,8 @@ const std::vector<std::string>& apart() {
         // memory and the version record: memory_test
         "kelsMalloc_8u", "kelsMalloc_16s", "kelsMalloc_32s", "kelsMalloc_32f", "kelsMalloc_64f", "kelsFree",
         "kelsrGetLibVersion",
+        // texts: features_test
+        "kelsrGetStatusString", "kelsrGetTargetName",
         // the processor and its control words: cpu_test
         "kel_has_cpuid", "kel_max_cpuid_input", "kel_has_rdtsc", "kel_is_mmx_extension", "kel_is_ssx_extension",
         "kel_is_vbz_extension", "kel_is_vcz_extension", "kel_is_htt_extension", "kel_is_x64e_extension",

@@ -112,5 +112,6 @@ Rules enhanceRules();
 Rules resampleRules();
 Rules auroraRules();
 Rules echoRules();
+Rules featureRules();
 
 }  // namespace sweep

@@ -144,6 +144,10 @@ double Call::sizeBy(const std::string& function) {
     for (std::size_t k = 0; k + 1 < values.size(); ++k) {
         for (std::size_t a = 0; a < s_.arguments.size(); ++a) {
             if (s_.arguments[a].name != asked.arguments[k].name) continue;
+            if (s_.arguments[a].isObject()) {
+                resolve(a);
+                if (!objects_[a].empty()) values[k].pointer = objects_[a][0].pointer;
+            }
             if (s_.arguments[a].type.kind == Kind::Float) values[k].real = value(a);
             if (s_.arguments[a].type.kind == Kind::Int) values[k].integer = static_cast<int64_t>(value(a));
         }
