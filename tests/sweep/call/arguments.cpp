@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "sweep/call/call.h"
 
@@ -86,6 +87,9 @@ void Call::pinBeside(std::size_t argument, std::size_t other, double difference)
     later_[argument] = [this, argument, other, difference] {
         return clampTo(s_.arguments[argument].type, value(other) + difference);
     };
+}
+void Call::prefer(int size) {
+    preferred_ = size;
 }
 void Call::setNull(std::size_t argument) {
     null_[argument] = pinned_[argument] = true;
@@ -173,6 +177,7 @@ double Call::randomScalar(const Argument& argument) {
         return clampTo(type, argument.any && dice_.oneIn(3) ? special(dice_, type.size == 4) : dice_.ordinary());
     }
     if (argument.any || type.size < 4) return static_cast<double>(anyInteger(dice_, type.size));
+    if (preferred_ > 0) return std::exchange(preferred_, 0);
     if (dice_.oneIn(3)) return static_cast<double>(dice_.between(1, std::min(largest_, 9)));
     if (largest_ <= 64 || dice_.oneIn(2)) return static_cast<double>(dice_.between(1, std::min(largest_, 80)));
     return static_cast<double>(dice_.between(1, largest_));

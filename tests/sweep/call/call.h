@@ -24,6 +24,7 @@ class Call : private Variables {
     void pinBeyond(std::size_t argument, bool above);
     void pinBeside(std::size_t argument, std::size_t other, double difference);
     void setNull(std::size_t argument);
+    void prefer(int size);  // for the first size that may be any
     // Makes up the rest; false where the arrays would not fit, or could not be given in spite of a fault.
     bool prepare();
 
@@ -103,7 +104,7 @@ class Call : private Variables {
     const Signature& s_;
     Memory& memory_;
     Dice& dice_;
-    int largest_;
+    int largest_, preferred_ = 0;
     std::vector<double> scalar_;
     std::vector<char> state_;  // of each argument: 0 open, 1 being resolved, 2 done
     std::vector<bool> pinned_, null_;
