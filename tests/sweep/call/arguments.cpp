@@ -168,6 +168,9 @@ double Call::randomScalar(const Argument& argument) {
     }
     if (argument.low) {
         const double low = argument.low(*this), high = std::max(low, argument.high(*this));
+        if (preferred_ >= low && preferred_ <= high && high > low + 20 && type.kind == Kind::Int && preferred_ > 0) {
+            return std::exchange(preferred_, 0);
+        }
         if (dice_.oneIn(6)) return clampTo(type, dice_.oneIn(2) ? low : high);
         if (type.kind == Kind::Float) return clampTo(type, low + dice_.uniform() * (high - low));
         return clampTo(
