@@ -190,6 +190,11 @@ TEST_P(Sweep, ThreadsShareWhatIsOnlyRead) {
     });
 }
 
+class Count : public ::testing::Environment {
+    void TearDown() override { std::printf("%ld calls of the library\n", Call::calls); }
+};
+[[maybe_unused]] const auto* const kCount = ::testing::AddGlobalTestEnvironment(new Count);
+
 INSTANTIATE_TEST_SUITE_P(, Sweep, ::testing::Range(0, 4));
 
 // Names that the library exports and the table does not know, or the other way round.

@@ -179,8 +179,9 @@ Call::Result Call::run(const Setting& setting) {
         given += static_cast<int>(objects_[a][0].blocks.size());
         values_[a].pointer = objects_[a][0].pointer;
     }
-    watch.restart(setting.failAt, kLargestBlock, setting.fill);
-    fillStack(setting.fill);
+    // Other garbage than in outputs, where it would pass for what has not been written.
+    watch.restart(setting.failAt, kLargestBlock, setting.fill ^ 0x33);
+    fillStack(setting.fill ^ 0x66);
     const unsigned mxcsr = _mm_getcsr();
     const uint16_t x87 = x87Control();
     setX87Control(setting.x87);
@@ -243,7 +244,7 @@ bool Call::allowed(KelStatus status) const {
     // Sizes that memory may be refused for without being asked for.
     double largest = 1, second = 1;
     for (std::size_t a = 0; a < arrays_.size(); ++a) {
-        if (!s_.arguments[a].scalar || s_.arguments[a].type.kind != Kind::Int) continue;
+        if (!s_.arguments[a].scalar) continue;
         second = std::max(second, std::min(largest, scalar_[a]));
         largest = std::max(largest, scalar_[a]);
     }
