@@ -145,15 +145,4 @@ TYPED_TEST(DCTLifter, StatusesAndMemory) {
     kelsFree(state);
 }
 
-TEST(DCTLifter, StatusesOfTheCallersState) {
-    expectChecks<Places{.height = 1, .width = 0}>({kelStatusNullPtr, kelStatusSize}, 1, kelsDCTLifterGetSize_MulC0_16s);
-    expectChecks<Places{.height = 3, .width = 1}>({kelStatusNullPtr, kelStatusSize}, 1, kelsDCTLifterInit_MulC0_16s);
-    expectNullChecks(kelsDCTLifter_32f, kelsDCTLifter_16s_Sfs, kelsDCTLifter_32s16s_Sfs);
-    enum { kSizeLenDCT, kSizeLenCeps };
-    expectSteps(kelsDCTLifterGetSize_MulC0_16s, {3, 4, 0},
-                {{kSizeLenCeps, 4, kelStatusSize}, {kSizeLenDCT, 8193, kelStatusSize}});
-    enum { kInitLenDCT = 1, kInitLenCeps = 3 };
-    expectSteps(kelsDCTLifterInit_MulC0_16s, {}, {{kInitLenDCT, 3, kelStatusSize}, {kInitLenCeps, 4, kelStatusSize}});
-}
-
 }  // namespace

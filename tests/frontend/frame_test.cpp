@@ -183,17 +183,4 @@ TEST(CopyWithPadding, CopiesAndClears) {
     checkPadding(kelsCopyWithPadding_32f);
 }
 
-TEST(FrameStatus, InOrderAndNothingWritten) {
-    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsCompensateOffset_32f, kelsCompensateOffset_32f_I,
-                       kelsCompensateOffset_16s, kelsCompensateOffset_16s_I, kelsCompensateOffsetQ15_16s,
-                       kelsCompensateOffsetQ15_16s_I);
-    // The longest Q15 frame has 65535 samples, and a length is looked at before a negative coefficient.
-    const auto expectQ15Steps = [](int len, auto* f, auto arguments) {
-        expectSteps(f, arguments, {{len, 65536, kelStatusSize}, {len, 65535, kelStatusBadArg}});
-    };
-    expectQ15Steps(2, kelsCompensateOffsetQ15_16s, std::array<double, 6>{0, 0, 0, 0, 0, -1});
-    expectQ15Steps(1, kelsCompensateOffsetQ15_16s_I, std::array<double, 5>{0, 0, 0, 0, -1});
-    expectVectorChecks({kelStatusSize, kelStatusNullPtr}, kelsZeroMean_16s);
-}
-
 }  // namespace

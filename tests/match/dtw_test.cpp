@@ -169,17 +169,6 @@ TEST(DtwFloat, Rules) {
     EXPECT_EQ(warp({1, 3e38f, 3}, {1, -3e38f}), kFar);
 }
 
-TYPED_TEST(Dtw, StatusesInOrder) {
-    constexpr int kHeight1 = 1, kHeight2 = 3, kWidth = 4, kStep = 5;
-    const auto d2 = warpD2.of<TypeParam>();
-    const auto d2l = warpD2L.of<TypeParam>();
-    const std::vector<KelStatus> order = {kelStatusNullPtr, kelStatusSize};
-    expectChecks<Places{.step = -1, .height = kHeight1, .width = kWidth}>(order, 1, d2, d2l);
-    expectChecks<Places{.step = -1, .height = kHeight2, .width = kWidth}>(order, 1, d2, d2l);
-    // A step below the width counts as a wrong size.
-    expectChecks<Places{.step = -1, .height = -1, .width = kStep}>(order, 1, d2);
-}
-
 TYPED_TEST(Dtw, EveryFailedAllocationIsReported) {
     constexpr bool floats = std::is_same_v<TypeParam, Kel32f>;
     const auto run = [](auto d2, auto... scale) {

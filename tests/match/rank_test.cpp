@@ -210,13 +210,4 @@ TEST(UnitCurve, SixteenBitsAreExactBeforeOneRounding) {
     }
 }
 
-TEST(Ranking, PointersAreCheckedBeforeLengths) {
-    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsScaleLM_32f, kelsLMThreshold_32f, kelsScaleLM_16s32s,
-                       kelsUnitCurve_32f, kelsUnitCurve_32f_I, kelsNormalizeInRange_32f_I, kelsNormalizeInRange_16s_I,
-                       kelsNormalizeInRangeMinMax_32f_I, kelsNormalizeInRangeMinMax_16s_I);
-    const std::vector<KelStatus> order = {kelStatusNullPtr, kelStatusSize};
-    expectChecks<Places{.step = -1, .height = -1, .width = 3}>(order, 1, kelsUnitCurve_16s_Sfs);
-    expectChecks<Places{.step = -1, .height = -1, .width = 2}>(order, 1, kelsUnitCurve_16s_ISfs);
-}
-
 }  // namespace

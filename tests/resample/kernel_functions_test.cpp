@@ -47,10 +47,4 @@ TEST(KernelFunctions, ElementsFollowOneAnotherWhereArraysOverlap) {
     expectLoopWhereArraysOverlap<Kel64f, 2>(of(kelsExpNegSqr_64f));
 }
 
-TEST(KernelFunctions, CheckPointersThenLength) {
-    expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsSinC_32f, kelsSinC_64f, kelsSinC_32f64f, kelsSinC_32f_I,
-                       kelsSinC_64f_I, kelsExpNegSqr_32f, kelsExpNegSqr_64f, kelsExpNegSqr_32f64f, kelsExpNegSqr_32f_I,
-                       kelsExpNegSqr_64f_I);
-}
-
 }  // namespace

@@ -81,10 +81,4 @@ TEST(Model, ConstantsOfOverlappingArraysFollowOneAnother) {
     test::expectLoopWhereArraysOverlap<Kel32s, 3>(constants(kelsOutProbPreCalc_32s));
 }
 
-TEST(Model, ChecksPointersThenLength) {
-    test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kInverse, kDirect, kelsOutProbPreCalc_32f,
-                             kelsOutProbPreCalc_64f, kelsOutProbPreCalc_32s, kelsOutProbPreCalc_32f_I,
-                             kelsOutProbPreCalc_64f_I, kelsOutProbPreCalc_32s_I);
-}
-
 }  // namespace

@@ -248,13 +248,4 @@ TEST(Bhattacharyya, DistancesAndFaults) {
     }
 }
 
-TEST(UpdateChecks, InOrder) {
-    const std::vector<KelStatus> pointersFirst = {kelStatusNullPtr, kelStatusSize};
-    const std::vector<KelStatus> lengthFirst = {kelStatusSize, kelStatusNullPtr};
-    expectVectorChecks(pointersFirst, updateMean, updateVar, updateWeight, accumulate, weightedSum, weightedSumHalf,
-                       stateStatistics, stateStatisticsDirect, clusterLikelihood, kelsGaussianSplit_64f,
-                       kelsBhatDist_32f64f, kelsBhatDist_32f, kelsBhatDistSLog_32f64f, kelsBhatDistSLog_32f);
-    expectVectorChecks(lengthFirst, kelsGaussianSplit_32f, merge, mergeCost);
-}
-
 }  // namespace

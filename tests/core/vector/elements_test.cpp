@@ -230,19 +230,4 @@ TEST(Elements, Warnings) {
     }
 }
 
-TEST(Elements, Checks) {
-    test::expectVectorChecks(
-        {kelStatusNullPtr, kelStatusSize}, kelsZero_8u, kelsZero_16s, kelsZero_32f, kelsZero_64f, kelsCopy_8u,
-        kelsCopy_16s, kelsCopy_32f, kelsCopy_64f, kelsMove_32f, kelsConvert_8u32f, kelsConvert_16s32f,
-        kelsConvert_32s32f, kelsConvert_16s32f_Sfs, kelsConvert_32s32f_Sfs, kelsConvert_16s64f_Sfs,
-        kelsConvert_32f16s_Sfs, kelsConvert_32f32s_Sfs, kelsConvert_64f32s_Sfs, kelsConvert_32s16s_Sfs,
-        kelsConvert_64f32f, kelsAdd_32f_I, kelsAdd_64f_I, kelsAddC_32f, kelsSub_32f, kelsSub_64f, kelsSub_16s,
-        kelsSub_32f_I, kelsSub_64f_I, kelsMul_32f, kelsMul_16s_Sfs, kelsMulC_32f, kelsMulC_64f, kelsMulC_32f_I,
-        kelsMulC_64f_I, kelsDiv_32f, kelsDiv_64f, kelsDivC_32f, kelsDivC_32f_I, kelsDivC_64f, kelsDivC_64f_I,
-        kelsMaxEvery_32f_I, kelsMinEvery_32f_I, kelsMinEvery_32s_I, kelsAbs_64f, kelsSqrt_64f_I, kelsLn_32s_Sfs,
-        kelsLn_32s_ISfs, kelsMagnitude_32fc, kelsMagnitude_32sc_Sfs, kelsSet_8u, kelsSet_16s, kelsSet_32f, kelsSet_64f,
-        kelsRecSqrt_32f, kelsRecSqrt_32s_Sfs, kelsRecSqrt_32s16s_Sfs);
-    test::expectChecks<test::Places{.width = 2}>({kelStatusNullPtr, kelStatusSize}, 1, kelsSet_32s);
-}
-
 }  // namespace

@@ -180,10 +180,4 @@ KelStatus withIndex(const T* src, int len, T* max) {
     return status;
 }
 
-TEST(Reductions, Checks) {
-    test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kelsSum_32f, kelsSum_32s_Sfs, kelsSum_16s32s_Sfs,
-                             dotProd, kelsDotProd_32f64f, kelsDotProd_16s64s, kelsDotProd_16s32f, maxOf, minOf,
-                             withIndex<Kel32f, kelsMaxIndx_32f>, withIndex<Kel64f, kelsMaxIndx_64f>);
-}
-
 }  // namespace

@@ -338,20 +338,4 @@ TYPED_TEST(Delta, StatusesInOrder) {
     }
 }
 
-TEST(DeltaStatus, WholeArraysAndCopies) {
-    const std::vector<KelStatus> order{kelStatusNullPtr, kelStatusSize, kelStatusStep};
-    expectChecks<Places{.step = 2, .height = 1, .width = 3}>(order, 2, evalDelta);
-    expectChecks<Places{.step = 3, .height = 2, .width = 4}>(order, 2, evalDeltaMul);
-    expectChecks<Places{.step = 3, .height = 4, .width = 1}>(order, 1, copyColumn, kelsCopyCol_32f_D2);
-    enum { kHeight = 1, kStep, kWidth, kOffset, kWinHalf };
-    expectSteps(kelsEvalDelta_32f_D2, {0, 2, 5, 2, 2, 1},
-                {{kWinHalf, 0, kelStatusSize},
-                 {kWinHalf, 2, kelStatusSize},
-                 {kWinHalf, INT_MAX, kelStatusSize},
-                 {kWinHalf, 1, kelStatusStep},
-                 {kOffset, -1, kelStatusSize},
-                 {kOffset, INT_MAX, kelStatusStep},
-                 {kWidth, INT_MAX, kelStatusStep}});
-}
-
 }  // namespace

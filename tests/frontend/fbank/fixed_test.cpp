@@ -100,53 +100,6 @@ TEST(FixedBank, SumsScaleRoundAndSaturate) {
     for (const Kel32s end : {INT32_MAX, INT32_MIN}) EXPECT_EQ(wide.evaluate(std::vector<Kel32s>(4097, end), 0)[0], end);
 }
 
-TEST(FixedBank, StatusesInOrder) {
-    expectNullChecks(kelsMelFBankGetSize_32s, kelsMelFBankInit_32s, kelsEvalFBank_32s_Sfs);
-    {
-        enum { kFFTLen, kFilters, kFlag };
-        expectSteps(kelsMelFBankGetSize_32s, {512, 999, 1, 0},
-                    {{kFilters, 0, kelStatusSize},
-                     {kFilters, 999, kelStatusFBankFlag},
-                     {kFFTLen, 31, kelStatusSize},
-                     {kFFTLen, 8193, kelStatusSize},
-                     {kFFTLen, 512, kelStatusFBankFlag},
-                     {kFlag, kelFBankWeightBin | kelFBankOwnFFT, kelStatusFBankFlag},
-                     {kFlag, kelFBankWeightBin, kelStatusSize},
-                     {kFilters, 257, kelStatusSize}});
-    }
-    {
-        enum { kFFTLen = 2, kSampFreq, kLowFreq, kHighFreq, kFilters, kMelMul, kMelDiv, kFlag };
-        expectSteps(kelsMelFBankInit_32s, {0, 0, 512, 0, -1, 1, 999, 0, 0, 0},
-                    {{kFilters, 0, kelStatusSize},
-                     {kFilters, 999, kelStatusFBankFlag},
-                     {kHighFreq, 0, kelStatusSize},
-                     {kHighFreq, 1, kelStatusFBankFlag},
-                     {kFFTLen, 31, kelStatusSize},
-                     {kFFTLen, 8193, kelStatusSize},
-                     {kFFTLen, 512, kelStatusFBankFlag},
-                     {kFlag, kelFBankWeightBin | kelFBankWeightMel, kelStatusFBankFlag},
-                     {kFlag, kelFBankWeightBin, kelStatusSize},
-                     {kLowFreq, 2, kelStatusSize},
-                     {kSampFreq, 48001, kelStatusSize},
-                     {kSampFreq, 8000, kelStatusFBankFreq},
-                     {kLowFreq, -1, kelStatusSize},
-                     {kLowFreq, 0, kelStatusBadArg},
-                     {kLowFreq, 1, kelStatusFBankFreq},
-                     {kHighFreq, 24001, kelStatusFBankFreq},
-                     {kHighFreq, 3, kelStatusBadArg},
-                     {kMelDiv, 1 << 20, kelStatusBadArg},
-                     {kMelMul, 0x80000, kelStatusBadArg},
-                     {kMelMul, 0x40000000, kelStatusBadArg},
-                     {kMelMul, 1 << 20, kelStatusSize},
-                     {kMelDiv, 0x80000, kelStatusBadArg},
-                     {kMelDiv, 0x10000000, kelStatusBadArg},
-                     {kMelDiv, 1 << 20, kelStatusSize},
-                     {kFilters, 258, kelStatusSize}});
-    }
-    enum { kScaleFactor = 3 };
-    expectSteps(kelsEvalFBank_32s_Sfs, {}, {{kScaleFactor, 32, kelStatusBadArg}, {kScaleFactor, -32, kelStatusBadArg}});
-}
-
 // Init takes one filter more than GetSize; the formula of the size is part of the interface.
 TEST(FixedBank, SizesAtTheirEnds) {
     int size = 0, order = 0;

@@ -276,8 +276,4 @@ TYPED_TEST(LogIntegers, SumAsFloats) {
     EXPECT_EQ(sum(std::vector<T>{-5, -5}, 0), -4);  // -4.3
 }
 
-TEST(Log, ChecksTheLengthBeforeThePointers) {
-    test::expectVectorChecks({kelStatusSize, kelStatusNullPtr}, kAdd, kSubtract, kSum);
-}
-
 }  // namespace

@@ -252,15 +252,4 @@ TEST(Covariance, AboutTheMeanOfTheHigherColumn) {
     expectCovariance<Kel16s>(kelsAccCovarianceMatrix_16s64f_D2, kelsAccCovarianceMatrix_16s64f_D2L);
 }
 
-TEST(Statistics, ChecksInTheirOrder) {
-    expectChecks<Places{.step = 2, .height = 1, .width = 4}>(kStepFirst, 1, kelsMeanColumn_16s_D2);
-    expectChecks<Places{.step = 2, .height = 1, .width = 5}>(
-        kStepLast, 2, kelsVarColumn_16s_D2Sfs, kelsMeanVarColumn_16s_D2Sfs, kelsMeanVarColumn_16s32s_D2Sfs,
-        kelsMeanVarColumn_16s16s32s_D2);
-    expectChecks<Places{.height = 1, .width = 3}>(kStepLast, 1, kelsMeanColumn_16s_D2L);
-    expectChecks<Places{.height = 1, .width = 4}>(kStepLast, 2, kelsVarColumn_16s_D2LSfs, kelsMeanVarColumn_16s_D2LSfs,
-                                                  kelsMeanVarColumn_16s32s_D2LSfs, kelsMeanVarColumn_16s16s32s_D2L);
-    expectVectorChecks(kStepLast, kelsNewVar_32f, kelsNewVar_32f_I, kelsNewVar_32s_Sfs, kelsNewVar_32s_ISfs);
-}
-
 }  // namespace
