@@ -10,12 +10,10 @@ namespace {
 
 constexpr float kMelMul = 1127;
 constexpr float kMelDiv = 700;
-constexpr double kNepersPerDb = 0.2302585;  // of energy; half as many of magnitude
-constexpr double kLeastEnergy = 1;          // of a frame in the range of 16-bit audio
-constexpr float kLeastVariance = 1e-3F;     // keeps a constant column from being blown up
-constexpr float kLargestPower = 10;         // gives compressed spectra about the range of logarithms
-constexpr double kShortSeconds = 1;         // so short a recording may hold nothing but the word
-constexpr float kQuietSeconds = 0.4F;
+constexpr double kNepersPerDb = 0.2302585;          // of energy; half as many of magnitude
+constexpr double kLeastEnergy = 1;                  // of a frame in the range of 16-bit audio
+constexpr float kLeastVariance = 1e-3F;             // keeps a constant column from being blown up
+constexpr float kLargestPower = 10;                 // gives compressed spectra about the range of logarithms
 constexpr int kDerivativeRows = 6;                  // the fewest that two windows of +-2 rows take
 constexpr float kDerivativeScale = 1.0F / (2 * 5);  // regression over +-2 rows: 1 / (2 * (1*1 + 2*2))
 
@@ -257,21 +255,7 @@ std::vector<FrontEnd> frontEndsFor(int rate, const std::vector<FrontEndSettings>
     return result;
 }
 
-// With quiet around it, where the word is not cut out: the search for the word takes some.
-Recording withQuiet(const Recording& recording) {
-    Recording longer;
-    longer.rate = recording.rate;
-    const int around = static_cast<int>(kQuietSeconds * static_cast<float>(recording.rate));
-    longer.samples = Vector(recording.samples.size() + 2 * around);
-    check(kelsCopy_32f(recording.samples.data(), longer.samples.data() + around, recording.samples.size()),
-          "kelsCopy_32f");
-    return longer;
-}
-
-Views analyse(const Recording& given, const std::vector<FrontEnd>& frontEnds) {
-    const bool isShort = given.seconds() > frontEnds.front().settings().frameSeconds &&
-                         given.seconds() < kShortSeconds && frontEnds.front().settings().trim == Trim::none;
-    const Recording recording = isShort ? withQuiet(given) : given;
+Views analyse(const Recording& recording, const std::vector<FrontEnd>& frontEnds) {
     Views views;
     std::map<float, Denoised> denoised;  // by warp
     for (const auto& frontEnd : frontEnds) {
