@@ -264,7 +264,9 @@ TEST(Features, SpoilTheRowsOfFaultySamplesOnly) {
         for (int k = 0; k < clean.width; ++k) {
             const auto at = static_cast<std::size_t>(i * clean.width + k);
             EXPECT_EQ(std::isnan(spoilt.values[at]), hit);
-            if (!hit) EXPECT_EQ(spoilt.values[at], clean.values[at]);
+            if (!hit) {
+                EXPECT_EQ(spoilt.values[at], clean.values[at]);
+            }
         }
     }
 }
@@ -294,7 +296,9 @@ void expectElementary(KelStatus (*f)(const T*, T*, int), long double (*exact)(lo
     x[5] = 1;
     EXPECT_EQ(f(x.data(), y.data(), 10), exponential ? kelStatusOk : kelStatusLogNegative);
     EXPECT_EQ(std::isnan(y[9]), !exponential);
-    if (!exponential) EXPECT_EQ(y[5], 0);
+    if (!exponential) {
+        EXPECT_EQ(y[5], 0);
+    }
 }
 
 TEST(Features, LogarithmsAndExponentialsAreAccurate) {
@@ -325,7 +329,9 @@ TEST(Features, WindowsAreSymmetricAndEndInZero) {
                                                 std::pow(hann, 0.85L),
                                                 0.42L - 0.5L * std::cos(a) + 0.08L * std::cos(2 * a),
                                                 kaiser / std::cyl_bessel_i(0.0, 6.0)};
-                if (len > 1) EXPECT_NEAR(w[static_cast<std::size_t>(i)], expected[kind], 3e-14) << kind << ' ' << i;
+                if (len > 1) {
+                    EXPECT_NEAR(w[static_cast<std::size_t>(i)], expected[kind], 3e-14) << kind << ' ' << i;
+                }
                 EXPECT_EQ(w[static_cast<std::size_t>(i)], w[static_cast<std::size_t>(len - 1 - i)]);
             }
             EXPECT_EQ(len == 1 ? w[0] : 1, 1);
