@@ -2,8 +2,8 @@
 // usage: accuracy            the rows
 //        accuracy --check F  compares them with those of the file F and fails where one has grown
 //        accuracy --update F writes them to F where they are larger than what it says, or new
-// Errors are in units of the last place of the exact result (ulp), or, of sums, in units of 2^-24 or 2^-53 of the sum of
-// the magnitudes of their terms (u).
+// Errors are in units of the last place of the exact result (ulp), or, of sums, in units of 2^-24 or 2^-53 of the sum
+// of the magnitudes of their terms (u).
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
