@@ -28,7 +28,9 @@ class Dice {
         return z ^ (z >> 31);
     }
     int64_t between(int64_t low, int64_t high) {  // both included
-        return low + static_cast<int64_t>(bits() % (static_cast<uint64_t>(high - low) + 1));
+        // Without signs, so that no range overflows.
+        const uint64_t values = static_cast<uint64_t>(high) - static_cast<uint64_t>(low) + 1;
+        return static_cast<int64_t>(static_cast<uint64_t>(low) + (values == 0 ? bits() : bits() % values));
     }
     bool oneIn(int n) { return bits() % static_cast<uint64_t>(n) == 0; }
     double uniform() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
