@@ -1,10 +1,8 @@
 // resample: converts a sound file to another sampling rate.  The usage text below says the rest.
 #include <sndfile.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <iostream>
@@ -14,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/progress_bar.h"
 #include "common/sound_input.h"
 #include "common/stream.h"
 
@@ -74,34 +73,6 @@ Job parse(int argc, char** argv) {
     return job;
 }
 
-// A bar on standard error, if that is a terminal.
-class Progress {
-  public:
-    explicit Progress(sf_count_t total) : total_(total), shown_(isatty(STDERR_FILENO) == 1 && total > 0) {}
-    ~Progress() {
-        if (shown_) std::cerr << "\r\033[K" << std::flush;
-    }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-
-    void at(sf_count_t frames) {
-        const auto now = std::chrono::steady_clock::now();
-        if (!shown_ || now - last_ < std::chrono::milliseconds(100)) return;
-        last_ = now;
-        constexpr int width = 40;
-        const double part = std::min(1.0, static_cast<double>(frames) / static_cast<double>(total_));
-        const auto filled = static_cast<std::size_t>(part * width);
-        const double seconds = std::chrono::duration<double>(now - start_).count();
-        std::fprintf(stderr, "\r[%s%s] %3.0f %%  %.0f s left \033[K", std::string(filled, '#').c_str(),
-                     std::string(width - filled, '.').c_str(), 100 * part, seconds / part - seconds);
-    }
-
-  private:
-    sf_count_t total_;
-    bool shown_;
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now(), last_{};
-};
-
 void convert(const Job& job) {
     common::SoundInput input(job.in);
     SF_INFO info = input.info();
@@ -138,7 +109,7 @@ void convert(const Job& job) {
         writtenFrames += static_cast<sf_count_t>(count);
     };
     {
-        Progress progress(headerFrames);
+        common::ProgressBar progress(headerFrames);
         constexpr sf_count_t all = std::numeric_limits<sf_count_t>::max();
         while (const sf_count_t n = input.read(frames.data(), block)) {
             pass(n, all);

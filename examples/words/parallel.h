@@ -1,20 +1,15 @@
-// Independent pieces of work spread over the machine's processors.
+// Independent pieces of work spread over the machine's processors, and the time that they take.
 #ifndef WORDS_PARALLEL_H
 #define WORDS_PARALLEL_H
 
-#include <algorithm>
-#include <atomic>
 #include <ctime>
-#include <exception>
-#include <mutex>
-#include <thread>
-#include <vector>
+
+#include "common/parallel.h"
 
 namespace words {
 
-inline int processorCount() {
-    return static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-}
+using common::forEachInParallel;
+using common::processorCount;
 
 // The time that all threads of this program together spend computing; unlike the clock on the wall it does not depend
 // on what else the machine does.
@@ -25,31 +20,6 @@ class ProcessorTimer {
   private:
     std::clock_t begin_ = std::clock();
 };
-
-// Calls work(i) for every i in 0..count-1, several at a time, and returns when all are done.  Each call must write only
-// to places of its own, so that results do not depend on the number of threads.  The first exception ends the rest and
-// is thrown again.
-template <class Work>
-void forEachInParallel(int count, const Work& work) {
-    std::atomic<int> next = 0;
-    std::exception_ptr failure;
-    std::mutex guard;
-    const auto run = [&] {
-        try {
-            for (int i = next++; i < count; i = next++) work(i);
-        } catch (...) {
-            next = count;
-            const std::lock_guard lock(guard);
-            if (!failure) failure = std::current_exception();
-        }
-    };
-    {
-        std::vector<std::jthread> threads;
-        for (int i = 1; i < std::min(processorCount(), count); ++i) threads.emplace_back(run);
-        run();
-    }
-    if (failure) std::rethrow_exception(failure);
-}
 
 }  // namespace words
 
