@@ -1,46 +1,57 @@
-// Recursive descent to the steps of a stack machine.
+// Recursive descent to nested functions, a level of precedence a call.
 #include "sweep/expression.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 namespace sweep {
+namespace {
 
-// Recursive descent, one level of precedence a call, to steps of a stack machine.
+using Term = std::function<double(Variables&, double)>;
+
+struct Operator {
+    const char* sign;
+    double (*apply)(double, double);
+};
+const std::vector<Operator> kLevels[] = {
+    {{"||", [](double a, double b) -> double { return a != 0 || b != 0; }}},
+    {{"&&", [](double a, double b) -> double { return a != 0 && b != 0; }}},
+    {{"==", [](double a, double b) -> double { return a == b; }},
+     {"!=", [](double a, double b) -> double { return a != b; }},
+     {"<=", [](double a, double b) -> double { return a <= b; }},
+     {">=", [](double a, double b) -> double { return a >= b; }},
+     {"<", [](double a, double b) -> double { return a < b; }},
+     {">", [](double a, double b) -> double { return a > b; }}},
+    {{"+", [](double a, double b) { return a + b; }}, {"-", [](double a, double b) { return a - b; }}},
+    {{"//", [](double a, double b) { return std::floor(a / b); }},
+     {"*", [](double a, double b) { return a * b; }},
+     {"/", [](double a, double b) { return a / b; }},
+     {"%", [](double a, double b) { return std::fmod(a, b); }}},
+};
+constexpr std::size_t kLevelCount = std::size(kLevels);
+// Of one operand, or of two.
+const Operator kFunctions[] = {
+    {"min", [](double a, double b) { return std::fmin(a, b); }},
+    {"max", [](double a, double b) { return std::fmax(a, b); }},
+    {"floor", [](double a, double) { return std::floor(a); }},
+    {"pow2", [](double a, double) { return std::exp2(a); }},
+    {"up2", [](double a, double) { return a > 2 ? std::exp2(std::ceil(std::log2(a))) : 2; }},
+};
+
 class Parser {
   public:
-    using Step = Expression::Step;
-    Parser(const std::string& text, const Expression::Lookup& lookup, Expression& out)
-        : text_(text), at_(text_.c_str()), lookup_(lookup), out_(out) {}
-    void run() {
-        level(0);
+    Parser(const std::string& text, const Expression::Lookup& lookup, std::vector<double>& numbers)
+        : text_(text), at_(text_.c_str()), lookup_(lookup), numbers_(numbers) {}
+    Term run() {
+        Term whole = level(0);
         if (*skip() != 0) fail();
+        return whole;
     }
 
   private:
-    struct Operator {
-        const char* sign;
-        Step::Code code;
-    };
-    static constexpr Operator kLevels[][6] = {
-        {{"||", Step::Or}},
-        {{"&&", Step::And}},
-        {{"==", Step::Equal},
-         {"!=", Step::NotEqual},
-         {"<=", Step::LessEqual},
-         {">=", Step::GreaterEqual},
-         {"<", Step::Less},
-         {">", Step::Greater}},
-        {{"+", Step::Add}, {"-", Step::Subtract}},
-        {{"//", Step::Quotient}, {"*", Step::Multiply}, {"/", Step::Divide}, {"%", Step::Remainder}},
-    };
-    static constexpr std::size_t kLevelCount = std::size(kLevels);
-
     [[noreturn]] void fail() {
         std::fprintf(stderr, "bad expression '%s' at '%s'\n", text_.c_str(), at_);
         std::abort();
@@ -55,74 +66,71 @@ class Parser {
         at_ += n;
         return true;
     }
-    void expect(const char* sign) {
-        if (!take(sign)) fail();
+    Term closed(Term term, const char* bracket) {
+        if (!take(bracket)) fail();
+        return term;
     }
-    void emit(Step::Code code, double number = 0, std::size_t variable = 0, const std::string& function = "") {
-        out_.steps_.push_back({code, number, variable, function});
-    }
-    void level(std::size_t n) {
-        if (n == kLevelCount) return unary();
-        level(n + 1);
-        for (bool again = true; again;) {
-            again = false;
-            for (const Operator& op : kLevels[n]) {
-                if (op.sign == nullptr || !take(op.sign)) continue;
-                level(n + 1);
-                emit(op.code);
-                again = true;
-                break;
-            }
+    const Operator* takeOne(const std::vector<Operator>& level) {
+        for (const Operator& op : level) {
+            if (take(op.sign)) return &op;
         }
+        return nullptr;
     }
-    void unary() {
-        if (take("-")) return unary(), emit(Step::Negative);
-        if (*skip() == '!' && at_[1] != '=') return ++at_, unary(), emit(Step::Not);
-        if (take("(")) return level(0), expect(")");
-        if (std::isdigit(*skip()) != 0) return number();
-        name();
+    static Term join(const Operator& op, const Term& a, const Term& b) {
+        return [=, apply = op.apply](auto& v, double i) {
+            const double first = a(v, i);
+            return apply(first, b(v, i));
+        };
     }
-    void number() {
+    Term level(std::size_t n) {
+        if (n == kLevelCount) return unary();
+        Term a = level(n + 1);
+        while (const Operator* const op = takeOne(kLevels[n])) a = join(*op, a, level(n + 1));
+        return a;
+    }
+    Term unary() {
+        if (take("-")) return [a = unary()](auto& v, double i) { return -a(v, i); };
+        if (*skip() == '!' && at_[1] != '=') {
+            ++at_;
+            return [a = unary()](auto& v, double i) -> double { return a(v, i) == 0; };
+        }
+        if (take("(")) return closed(level(0), ")");
+        return std::isdigit(*skip()) != 0 ? number() : name();
+    }
+    Term number() {
         char* end;
         const char* const two = std::strstr(at_, "..");  // 1..40: not a fraction
-        std::string digits(at_, two == nullptr ? std::strlen(at_) : static_cast<std::size_t>(two - at_));
+        const std::string digits(at_, two == nullptr ? std::strlen(at_) : static_cast<std::size_t>(two - at_));
         const double value = std::strtod(digits.c_str(), &end);
         at_ += end - digits.c_str();
-        out_.numbers_.push_back(value);
-        emit(Step::Number, value);
+        numbers_.push_back(value);
+        return [=](auto&, double) { return value; };
     }
-    void name() {
+    Term name() {
         const char* const begin = at_;
         while (std::isalnum(*at_) != 0 || *at_ == '_' || *at_ == '.') ++at_;
         const std::string word(begin, at_);
         if (word.empty()) fail();
-        static constexpr Operator kFunctions[] = {{"min", Step::Min},
-                                                  {"max", Step::Max},
-                                                  {"floor", Step::Floor},
-                                                  {"pow2", Step::Power2},
-                                                  {"up2", Step::UpToPower2}};
-        if (word == "i" && *at_ != '(' && *at_ != '[') return emit(Step::Index);
+        if (word == "i" && *at_ != '(' && *at_ != '[') return [](auto&, double i) { return i; };
         if (!take("(")) {
             const std::size_t variable = lookup_(word);
-            if (!take("[")) return emit(Step::Name, 0, variable);
-            level(0);
-            expect("]");
-            return emit(Step::Element, 0, variable);
+            if (!take("[")) return [=](auto& v, double) { return v.value(variable); };
+            const Term place = closed(level(0), "]");
+            return [=](auto& v, double i) { return v.element(variable, place(v, i)); };
         }
         if (word == "sum" || word == "null" || word == "size") {
             const char* const argument = skip();
             while (*at_ != ')' && *at_ != 0) ++at_;
             const std::string given(argument, at_);
-            if (word == "size") emit(Step::Size, 0, 0, given);
-            if (word != "size") emit(word == "sum" ? Step::Sum : Step::Null, 0, lookup_(given));
-            return expect(")");
+            if (word == "size") return closed([=](auto& v, double) { return v.sizeBy(given); }, ")");
+            const std::size_t variable = lookup_(given);
+            if (word == "sum") return closed([=](auto& v, double) { return v.sum(variable); }, ")");
+            return closed([=](auto& v, double) -> double { return v.isNull(variable); }, ")");
         }
         for (const Operator& function : kFunctions) {
             if (word != function.sign) continue;
-            level(0);
-            if (take(",")) level(0);
-            expect(")");
-            return emit(function.code);
+            const Term a = level(0);
+            return closed(join(function, a, take(",") ? level(0) : a), ")");
         }
         fail();
     }
@@ -130,108 +138,11 @@ class Parser {
     std::string text_;
     const char* at_;
     const Expression::Lookup& lookup_;
-    Expression& out_;
+    std::vector<double>& numbers_;
 };
 
-Expression::Expression(const std::string& text, const Lookup& lookup) {
-    Parser(text, lookup, *this).run();
-}
+}  // namespace
 
-double Expression::operator()(Variables& variables, double index) const {
-    double stack[17];  // the first place stays unused
-    double* top = stack;
-    for (const Step& step : steps_) {
-        const bool binary = step.code >= Step::Add && step.code <= Step::Max;
-        const double b = binary ? *top-- : 0;
-        double* const a = top;
-        switch (step.code) {
-            case Step::Number:
-                *++top = step.number;
-                break;
-            case Step::Name:
-                *++top = variables.value(step.variable);
-                break;
-            case Step::Index:
-                *++top = index;
-                break;
-            case Step::Element:
-                *a = variables.element(step.variable, *a);
-                break;
-            case Step::Sum:
-                *++top = variables.sum(step.variable);
-                break;
-            case Step::Null:
-                *++top = variables.isNull(step.variable);
-                break;
-            case Step::Size:
-                *++top = variables.sizeBy(step.function);
-                break;
-            case Step::Negative:
-                *a = -*a;
-                break;
-            case Step::Not:
-                *a = *a == 0;
-                break;
-            case Step::Add:
-                *a += b;
-                break;
-            case Step::Subtract:
-                *a -= b;
-                break;
-            case Step::Multiply:
-                *a *= b;
-                break;
-            case Step::Divide:
-                *a /= b;
-                break;
-            case Step::Quotient:
-                *a = std::floor(*a / b);
-                break;
-            case Step::Remainder:
-                *a = std::fmod(*a, b);
-                break;
-            case Step::Less:
-                *a = *a < b;
-                break;
-            case Step::LessEqual:
-                *a = *a <= b;
-                break;
-            case Step::Greater:
-                *a = *a > b;
-                break;
-            case Step::GreaterEqual:
-                *a = *a >= b;
-                break;
-            case Step::Equal:
-                *a = *a == b;
-                break;
-            case Step::NotEqual:
-                *a = *a != b;
-                break;
-            case Step::And:
-                *a = *a != 0 && b != 0;
-                break;
-            case Step::Or:
-                *a = *a != 0 || b != 0;
-                break;
-            case Step::Min:
-                *a = std::fmin(*a, b);
-                break;
-            case Step::Max:
-                *a = std::fmax(*a, b);
-                break;
-            case Step::Floor:
-                *a = std::floor(*a);
-                break;
-            case Step::UpToPower2:
-                *a = *a > 2 ? std::exp2(std::ceil(std::log2(*a))) : 2;
-                break;
-            case Step::Power2:
-                *a = std::exp2(*a);
-                break;
-        }
-    }
-    return *top;
-}
+Expression::Expression(const std::string& text, const Lookup& lookup) : term_(Parser(text, lookup, numbers_).run()) {}
 
 }  // namespace sweep

@@ -29,49 +29,13 @@ class Expression {
     using Lookup = std::function<std::size_t(const std::string&)>;
     Expression() = default;
     Expression(const std::string& text, const Lookup& lookup);
-    explicit operator bool() const { return !steps_.empty(); }
-    double operator()(Variables& variables, double index = 0) const;
+    explicit operator bool() const { return term_ != nullptr; }
+    double operator()(Variables& variables, double index = 0) const { return term_(variables, index); }
     const std::vector<double>& numbers() const { return numbers_; }  // that the text names
 
   private:
-    friend class Parser;
-    struct Step {
-        enum Code : char {
-            Number,
-            Name,
-            Index,
-            Element,
-            Sum,
-            Null,
-            Size,
-            Negative,
-            Not,
-            Add,
-            Subtract,
-            Multiply,
-            Divide,
-            Quotient,
-            Remainder,
-            Less,
-            LessEqual,
-            Greater,
-            GreaterEqual,
-            Equal,
-            NotEqual,
-            And,
-            Or,
-            Min,
-            Max,
-            Floor,
-            Power2,
-            UpToPower2
-        } code;
-        double number;
-        std::size_t variable;
-        std::string function;
-    };
-    std::vector<Step> steps_;
     std::vector<double> numbers_;
+    std::function<double(Variables&, double index)> term_;
 };
 
 }  // namespace sweep

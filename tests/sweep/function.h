@@ -16,12 +16,16 @@ namespace sweep {
 enum class Kind : uint8_t { Int, Float, Array, Rows };  // Rows: a pointer to pointers
 enum class Element : uint8_t { Opaque, Integer, Float };
 
+template <class T>
+inline constexpr char kTag = 0;  // whose address stands for T
+
 struct Type {
     Kind kind;
     Element element;  // of what is pointed to, or of the scalar; of complex numbers, their parts
     uint8_t size;     // of one element in bytes; 0 of structures, which only objects are
     uint8_t parts;    // 2 of complex numbers, otherwise 1
     bool isConst;     // what is pointed to
+    const char* structure = nullptr;
 };
 
 union Value {
@@ -47,7 +51,7 @@ constexpr Type typeOf() {
         } else if constexpr (std::is_arithmetic_v<E>) {
             return {Kind::Array, std::is_integral_v<E> ? Element::Integer : Element::Float, sizeof(E), 1, isConst};
         } else {
-            return {Kind::Array, Element::Opaque, 0, 1, isConst};
+            return {Kind::Array, Element::Opaque, 0, 1, isConst, &kTag<E>};
         }
     } else if constexpr (std::is_floating_point_v<T>) {
         return {Kind::Float, Element::Float, sizeof(T), 1, false};

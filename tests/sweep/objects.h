@@ -9,6 +9,7 @@
 #include "support/allocation.h"
 #include "support/guarded.h"
 #include "sweep/call/dice.h"
+#include "sweep/rules.h"
 
 namespace sweep {
 
@@ -21,15 +22,17 @@ struct Object {
 };
 
 struct ObjectKind {
-    Object (*make)(Dice& dice, int parameter);  // the number behind the kind, as in Cdbk_32f:8, or 0
+    const char* structure;                      // its type: kinds of one name differ in it
+    Object (*make)(Dice& dice, int parameter);  // the number behind the name, as in Cdbk:8, or 0
     void (*release)(void* pointer);             // with all that it owns
     void (*discard)(void* pointer);             // what the library's own Free leaves to the caller
 };
 
-const ObjectKind& objectKind(const std::string& name);
+// The kind that an argument is of.
+const ObjectKind& objectKind(const Argument& argument);
 
 // An object whose blocks are known.
-Object makeObject(const std::string& kind, Dice& dice, int fill);
-void releaseObject(const std::string& kind, Object& object);
+Object makeObject(const Argument& argument, Dice& dice, int fill);
+void releaseObject(const Argument& argument, Object& object);
 
 }  // namespace sweep

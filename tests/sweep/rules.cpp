@@ -9,33 +9,14 @@
 namespace sweep {
 namespace {
 
+#define S(name) \
+    { #name, kelStatus##name }
 const std::map<std::string, KelStatus> kStatuses = {
-    {"Err", kelStatusErr},
-    {"AllocError", kelStatusAllocError},
-    {"BadArg", kelStatusBadArg},
-    {"Size", kelStatusSize},
-    {"OutOfRange", kelStatusOutOfRange},
-    {"NullPtr", kelStatusNullPtr},
-    {"NoMemory", kelStatusNoMemory},
-    {"DivByZeroErr", kelStatusDivByZeroErr},
-    {"FftOrder", kelStatusFftOrder},
-    {"FftFlag", kelStatusFftFlag},
-    {"ContextMatch", kelStatusContextMatch},
-    {"Step", kelStatusStep},
-    {"NoConverge", kelStatusNoConverge},
-    {"ModeNotSupported", kelStatusModeNotSupported},
-    {"NegOcc", kelStatusNegOcc},
-    {"FBankState", kelStatusFBankState},
-    {"FBankFlag", kelStatusFBankFlag},
-    {"FBankFreq", kelStatusFBankFreq},
-    {"NoRoot", kelStatusNoRoot},
-    {"BadLsp", kelStatusBadLsp},
-    {"LpcCalc", kelStatusLpcCalc},
-    {"LengthRange", kelStatusLengthRange},
-    {"UnknownKind", kelStatusUnknownKind},
-    {"ZeroOcc", kelStatusZeroOcc},
-    {"NoOperation", kelStatusNoOperation},
-};
+    S(Err),          S(AllocError),  S(BadArg),    S(Size),         S(OutOfRange), S(NullPtr),    S(NoMemory),
+    S(DivByZeroErr), S(FftOrder),    S(FftFlag),   S(ContextMatch), S(Step),       S(NoConverge), S(ModeNotSupported),
+    S(NegOcc),       S(FBankState),  S(FBankFlag), S(FBankFreq),    S(NoRoot),     S(BadLsp),     S(LpcCalc),
+    S(LengthRange),  S(UnknownKind), S(ZeroOcc),   S(NoOperation)};
+#undef S
 
 [[noreturn]] void bad(const Function& function, const std::string& what) {
     std::fprintf(stderr, "the rule of %s: %s\n", function.name, what.c_str());
@@ -145,6 +126,8 @@ Signature::Signature(const Function& itsFunction, const Rule& rule) : function(i
     for (Words& w : words) {
         w.argument.name = w.name;
         w.argument.type = function.types[arguments.size()];
+        const std::string name = function.name;
+        if (!w.argument.kind.empty() && w.argument.kind.back() == ':') w.argument.kind += name.back();
         arguments.push_back(w.argument);
     }
     const auto lookup = [&](const std::string& name) -> std::size_t {
@@ -187,6 +170,13 @@ Signature::Signature(const Function& itsFunction, const Rule& rule) : function(i
         if (note.rfind("may:", 0) == 0) may.push_back(statusOf(note.substr(4)));
         if (note.rfind("memory:", 0) == 0) memory = statusOf(note.substr(7));
     }
+}
+
+bool Signature::roundsByMode() const {
+    const bool floats = std::any_of(arguments.begin(), arguments.end(), [](const Argument& a) {
+        return a.type.isConst && a.type.element == Element::Float;
+    });
+    return notes("mode") || (floats && notes("floatmode"));
 }
 
 const std::vector<Signature>& signatures() {

@@ -16,7 +16,8 @@
 //     +d[n]           read and written;   ~b[n]  scratch, whose contents afterwards mean nothing
 //     p?[n]           may be null
 //     d[n]|s|t        may be the same array as s, or as t (sizes are then the same, too)
-//     spec@FFT        an object of a kind (objects.cpp), whose properties are written spec.n;  books[k]@Cdbk: an array
+//     spec@FFT        an object of a kind (objects.cpp), whose properties are written spec.n;  books[k]@Cdbk: an array;
+//                     Cdbk:8 is made with a number, and Cdbk: with that which the name of the function ends with
 //     pp>FFT          where a new object is stored;   spec<FFT  an object that the call releases
 //     mel!            a scalar that is trusted: a fault in it has no defined result
 //
@@ -27,7 +28,8 @@
 //     may:NAME        an error that depends on the contents of arrays; nothing is written then
 //     writes          ... or outputs may be written all the same
 //     memory:NAME     the status when memory is out, if not NoMemory
-//     anymode         floats, too, are the same in every rounding mode (integers are unless it says `mode`)
+//     mode            integers may depend on the rounding mode, as floats may;  floatmode  if made from floats
+//     anymode         floats, too, are the same in every rounding mode
 //     own             its object serves one thread at a time, const or not
 //     order           in place, float results may differ from those apart (sums in another order)
 //     shared          an object that is not const serves several threads at a time all the same
@@ -77,6 +79,8 @@ struct Signature {
     bool notes(const char* word) const {
         return (" " + noteText + " ").find(std::string(" ") + word + " ") != std::string::npos;
     }
+
+    bool roundsByMode() const;
 
     Function function;
     std::vector<Argument> arguments;

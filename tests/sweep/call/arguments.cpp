@@ -70,7 +70,7 @@ Call::Call(const Signature& signature, Memory& memory, Dice& dice, int largest)
 
 Call::~Call() {
     for (std::size_t a = 0; a < objects_.size(); ++a) {
-        for (Object& object : objects_[a]) releaseObject(s_.arguments[a].kind, object);
+        for (Object& object : objects_[a]) releaseObject(s_.arguments[a], object);
     }
 }
 
@@ -140,9 +140,11 @@ double Call::sum(std::size_t array) {
     return all;
 }
 
-// Bytes that a function of the library reports in its last argument.
+// Bytes that a function of the library reports in its last argument; one whose name ends in _ takes the end of this
+// one's.
 double Call::sizeBy(const std::string& function) {
-    const Signature& asked = signature(function);
+    const std::string own = s_.function.name;
+    const Signature& asked = signature(function + (function.back() == '_' ? own.substr(own.rfind('_') + 1) : ""));
     std::vector<Value> values(asked.arguments.size());
     int bytes = 0;
     for (std::size_t k = 0; k + 1 < values.size(); ++k) {
@@ -198,7 +200,7 @@ void Call::resolve(std::size_t a) {
         if (argument.isObject() && !argument.released) {
             const double wanted = argument.shape.empty() ? 1 : argument.shape[0](*this);
             for (int k = 0; k < std::clamp(wanted, 0.0, 12.0); ++k) {
-                objects_[a].push_back(makeObject(argument.kind, dice_, dice_.oneIn(2) ? 0xFF : 0x5A));
+                objects_[a].push_back(makeObject(argument, dice_, dice_.oneIn(2) ? 0xFF : 0x5A));
             }
             tooLarge_ |= wanted > 12;
         }

@@ -51,6 +51,7 @@ class Call : private Variables {
     static long calls;  // made so far
 
   private:
+    using Block = test::AllocationWatch::Block;
     struct Piece {
         uint8_t* at;
         std::size_t bytes;
@@ -94,6 +95,10 @@ class Call : private Variables {
     void restore(const Setting& setting);
     void give(const Setting& setting);
     std::string bytesOf(std::size_t argument) const;
+    template <class Body>
+    void forBlocks(std::size_t argument, Body body) const;
+    bool objectsStay(std::size_t argument) const;
+    bool arrayStays(std::size_t argument, bool given, int fill) const;
     std::string untouched(const Setting& setting, const Result& result) const;
     std::string gapsAndMargins(const Setting& setting) const;
     Result run(const Setting& setting);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "sweep/call/call.h"
 
@@ -30,6 +31,15 @@ void setX87Control(uint16_t word) {
 
 long Call::calls = 0;
 
+// body(block, image) with all memory of an argument's objects and what it held when they were made.
+template <class Body>
+void Call::forBlocks(std::size_t a, Body body) const {
+    const char* image = images_[a].data();
+    for (const Object& object : objects_[a]) {
+        for (const Block& block : object.blocks) body(block, std::exchange(image, image + block.size));
+    }
+}
+
 void Call::restore(const Setting& setting) {
     for (std::size_t a = 0; a < arrays_.size(); ++a) {
         const Argument& argument = s_.arguments[a];
@@ -52,13 +62,9 @@ void Call::restore(const Setting& setting) {
                 std::memcpy(array.table.at + r * sizeof(void*), &array.pieces[r].at, sizeof(void*));
             }
         }
-        const char* image = images_[a].data();
-        for (const Object& object : objects_[a]) {
-            for (const auto& block : object.blocks) {
-                if (std::memcmp(block.at, image, block.size) != 0) std::memcpy(block.at, image, block.size);
-                image += block.size;
-            }
-        }
+        forBlocks(a, [](const Block& block, const char* image) {
+            if (std::memcmp(block.at, image, block.size) != 0) std::memcpy(block.at, image, block.size);
+        });
     }
 }
 
@@ -83,6 +89,28 @@ std::string Call::bytesOf(std::size_t a) const {
     return bytes;
 }
 
+// Whether objects are as they were made.
+bool Call::objectsStay(std::size_t a) const {
+    bool same = true;
+    forBlocks(a, [&](const Block& block, const char* image) {
+        same = same && std::memcmp(block.at, image, block.size) == 0;
+    });
+    return same;
+}
+
+// Whether an array holds its content, or the filling if it has none; between its rows is always the filling.
+bool Call::arrayStays(std::size_t a, bool given, int fill) const {
+    const Array& array = arrays_[a];
+    std::size_t at = 0;
+    for (const Piece& piece : array.pieces) {
+        for (std::size_t k = 0; k < piece.bytes; ++k, ++at) {
+            const bool gap = array.step > array.row && k % array.step >= array.row;
+            if (piece.at[k] != (given && !gap ? array.content[at] : static_cast<uint8_t>(fill))) return false;
+        }
+    }
+    return true;
+}
+
 // What must not have changed: sources, what lies between rows and beside arrays.
 std::string Call::gapsAndMargins(const Setting& setting) const {
     for (std::size_t a = 0; a < arrays_.size(); ++a) {
@@ -96,44 +124,21 @@ std::string Call::gapsAndMargins(const Setting& setting) const {
                 return "wrote " + std::string(before ? "before " : "behind ") + argument.name;
             }
         }
-        if (array.table.at != nullptr) {
-            for (std::size_t r = 0; r < array.rows; ++r) {
-                if (std::memcmp(array.table.at + r * sizeof(void*), &array.pieces[r].at, sizeof(void*)) != 0) {
-                    return "changed a row pointer of " + argument.name;
-                }
+        for (std::size_t r = 0; r < array.rows; ++r) {
+            if (array.table.at != nullptr &&
+                std::memcmp(array.table.at + r * sizeof(void*), &array.pieces[r].at, sizeof(void*)) != 0) {
+                return "changed a row pointer of " + argument.name;
             }
-        } else {
-            for (std::size_t r = 0; r + 1 < array.rows && array.step > array.row; ++r) {
-                const uint8_t* const gap = array.pieces[0].at + r * array.step + array.row;
-                const auto n = static_cast<std::ptrdiff_t>(array.step - array.row);
-                if (std::count(gap, gap + n, static_cast<uint8_t>(setting.fill)) != n)
-                    return "wrote between rows of " + argument.name;
-            }
+            if (array.table.at != nullptr || array.step <= array.row || r + 1 == array.rows) continue;
+            const uint8_t* const gap = array.pieces[0].at + r * array.step + array.row;
+            const auto n = static_cast<std::ptrdiff_t>(array.step - array.row);
+            if (std::count(gap, gap + n, static_cast<uint8_t>(setting.fill)) != n)
+                return "wrote between rows of " + argument.name;
         }
         const bool source = !tables_[a].empty() || (argument.kind.empty() && argument.type.isConst);
-        if (source && a != setting.inPlaceOf && array.step == array.row) {
-            std::size_t at = 0;
-            for (const Piece& piece : array.pieces) {
-                if (piece.bytes > 0 && std::memcmp(piece.at, &array.content[at], piece.bytes) != 0)
-                    return "changed " + argument.name;
-                at += piece.bytes;
-            }
-        }
-        if (source && a != setting.inPlaceOf && array.step > array.row) {
-            for (std::size_t r = 0; r < array.rows; ++r) {
-                const std::size_t at = r * array.step;
-                if (std::memcmp(array.pieces[0].at + at, &array.content[at], array.row) != 0)
-                    return "changed " + argument.name;
-            }
-        }
-        const char* image = images_[a].data();
-        for (const Object& object : objects_[a]) {
-            for (const auto& block : object.blocks) {
-                if (argument.type.isConst && !s_.notes("own") && std::memcmp(block.at, image, block.size) != 0)
-                    return "changed " + argument.name;
-                image += block.size;
-            }
-        }
+        const bool changed = (source && a != setting.inPlaceOf && !arrayStays(a, true, setting.fill)) ||
+                             (argument.type.isConst && !s_.notes("own") && !objectsStay(a));
+        if (changed) return "changed " + argument.name;
     }
     return "";
 }
@@ -145,24 +150,9 @@ std::string Call::untouched(const Setting& setting, const Result& result) const 
         if (argument.scalar || argument.scratch || (argument.type.isConst && argument.kind.empty())) continue;
         if ((argument.created || s_.notes("unfinished")) && result.status == s_.memory)
             continue;  // may hold what is not finished
-        const Array& array = arrays_[a];
         const bool given = !tables_[a].empty() || (argument.kind.empty() && argument.isInput());
-        std::size_t at = 0;
-        for (const Piece& piece : array.pieces) {
-            for (std::size_t k = 0; k < piece.bytes; ++k, ++at) {
-                const bool gap = array.step > array.row && k % array.step >= array.row;
-                const uint8_t before = given && !gap ? array.content[at] : static_cast<uint8_t>(setting.fill);
-                if (piece.at[k] != before) return "wrote " + argument.name + " in spite of an error";
-            }
-        }
-        const char* image = images_[a].data();
-        for (const Object& object : objects_[a]) {
-            for (const auto& block : object.blocks) {
-                if (!s_.notes("own") && std::memcmp(block.at, image, block.size) != 0)
-                    return "changed " + argument.name + " in spite of an error";
-                image += block.size;
-            }
-        }
+        if (!arrayStays(a, given, setting.fill)) return "wrote " + argument.name + " in spite of an error";
+        if (!s_.notes("own") && !objectsStay(a)) return "changed " + argument.name + " in spite of an error";
     }
     return "";
 }
@@ -175,7 +165,7 @@ Call::Result Call::run(const Setting& setting) {
     int given = 0;  // blocks of objects that the call is to release
     for (std::size_t a = 0; a < arrays_.size(); ++a) {
         if (!s_.arguments[a].released || null_[a]) continue;
-        objects_[a] = {makeObject(s_.arguments[a].kind, dice_, setting.fill)};
+        objects_[a] = {makeObject(s_.arguments[a], dice_, setting.fill)};
         given += static_cast<int>(objects_[a][0].blocks.size());
         values_[a].pointer = objects_[a][0].pointer;
     }
@@ -209,11 +199,9 @@ Call::Result Call::run(const Setting& setting) {
         const Argument& argument = s_.arguments[a];
         if (argument.scalar || argument.scratch || argument.created || argument.type.isConst) continue;
         if (a != setting.alias) result.written[a] = bytesOf(a);
-        for (const Object& object : objects_[a]) {
-            for (const auto& block : object.blocks) {
-                if (!argument.released) result.written[a].append(static_cast<char*>(block.at), block.size);
-            }
-        }
+        forBlocks(a, [&](const Block& block, const char*) {
+            if (!argument.released) result.written[a].append(static_cast<char*>(block.at), block.size);
+        });
     }
     if (setting.alias != SIZE_MAX) result.written[setting.alias] = bytesOf(setting.inPlaceOf);
 
@@ -224,12 +212,12 @@ Call::Result Call::run(const Setting& setting) {
             void* before;
             std::memcpy(&made, arrays_[a].pieces[0].at, sizeof made);
             std::memset(&before, setting.fill, sizeof before);
-            if (made != before && made != nullptr) objectKind(argument.kind).release(made);
+            if (made != before && made != nullptr) objectKind(argument).release(made);
         }
         if (argument.released && !objects_[a].empty()) {
             Object& object = objects_[a][0];
-            if (result.status >= 0) objectKind(argument.kind).discard(object.pointer), object = {};
-            releaseObject(argument.kind, object);
+            if (result.status >= 0) objectKind(argument).discard(object.pointer), object = {};
+            releaseObject(argument, object);
             objects_[a].clear();
         }
     }

@@ -66,7 +66,7 @@ std::string Call::tryRoundingModes() {
         other.x87 = static_cast<uint16_t>(mode < 4 ? 0x037F | mode << 10 : mode == 4 ? 0x027F : 0x0F7F);
         const Result result = run(other);
         if (!result.wrong.empty()) return "rounding mode " + std::to_string(mode) + ": " + result.wrong;
-        if (mode > 3 || s_.notes("mode")) continue;
+        if (mode > 3 || s_.roundsByMode()) continue;
         const std::string difference = compare(usual, result, setting, other, s_.notes("anymode"));
         if (!difference.empty()) return "rounding mode " + std::to_string(mode) + ": " + difference;
     }

@@ -60,14 +60,14 @@ Rules featureRules() {
          {F(kelsPreEmphasis_32f), F(kelsPreEmphasis_16s32f)}},
         {"+d[n] n val +mem?[1]", "NullPtr; Size: n<1; BadArg: val-val!=0", {F(kelsPreEmphasis_32f_I)}},
         // Rows of frames.
-        {"s[h,sstep,spec.n] sstep=spec.n..spec.n+5 d[h,dstep,spec.ccs] dstep=spec.ccs..spec.ccs+5 h spec@FFT_32f "
+        {"s[h,sstep,spec.n] sstep=spec.n..spec.n+5 d[h,dstep,spec.ccs] dstep=spec.ccs..spec.ccs+5 h spec@FFT "
          "~b?[spec.buffer]",
          "NullPtr; Size: h<1; Step: sstep<spec.n||dstep<spec.ccs",
          {F(kelsFFTFwd_RToCCS_32f_D2)}},
-        {"s[h,sstep,b.src] sstep=b.src..b.src+5 d[h,dstep,b.n] dstep=b.n..b.n+5 h b@FBank_32f",
+        {"s[h,sstep,b.src] sstep=b.src..b.src+5 d[h,dstep,b.n] dstep=b.n..b.n+5 h b@FBank",
          "NullPtr; Size: h<1; Step: sstep<b.src||dstep<b.n",
          {F(kelsEvalFBank_32f_D2)}},
-        {"s[h,sstep,st.src] sstep=st.src..st.src+5 d[h,dstep,st.dst] dstep=st.dst..st.dst+5 h st@DCT_32f",
+        {"s[h,sstep,st.src] sstep=st.src..st.src+5 d[h,dstep,st.dst] dstep=st.dst..st.dst+5 h st@DCT",
          "NullPtr; Size: h<1; Step: sstep<st.src||dstep<st.dst",
          {F(kelsDCTLifter_32f_D2)}},
     };
