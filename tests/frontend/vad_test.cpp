@@ -122,15 +122,4 @@ TEST(VoiceActivity, NoiseLevelsFollow) {
     }
 }
 
-TEST(VoiceActivity, Statuses) {
-    for (const auto getSize : {kelsVADGetBufSize_Aurora_32f, kelsVADGetBufSize_Aurora_16s}) {
-        int size = 0;
-        EXPECT_EQ(getSize(&size), kelStatusOk);
-        EXPECT_EQ(size, 64);
-    }
-    expectNullChecks(kelsVADGetBufSize_Aurora_32f, kelsVADGetBufSize_Aurora_16s, kelsVADInit_Aurora_32f,
-                     kelsVADInit_Aurora_16s, kelsVADDecision_Aurora_32f, kelsVADDecision_Aurora_16s,
-                     kelsVADFlush_Aurora_32f, kelsVADFlush_Aurora_16s);
-}
-
 }  // namespace

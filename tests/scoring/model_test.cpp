@@ -1,7 +1,6 @@
 // Constants of Gaussian models.
 #include "kels/model.h"
 
-#include "support/checks.h"
 #include "support/elements.h"
 #include "support/forms.h"
 #include "support/overlap.h"

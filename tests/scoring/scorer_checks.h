@@ -64,37 +64,4 @@ inline constexpr auto keepsFloorsTiesAndNaN = []<class S, class R>(const Scorer<
     }
 };
 
-// Faults in the order in which they must be found; of two, the first wins and nothing is written.
-inline constexpr auto reportsTheFirstFault = []<class S, class R>(const Scorer<S, R>& scorer) {
-    using Fault = std::pair<KelStatus, std::function<void(Arguments<S, R>&)>>;
-    const Kind kind = scorer.kind;
-    const bool one = kind.items == Items::Vector;
-    std::vector<Fault> faults;
-    const auto add = [&](bool possible, KelStatus status, auto make) {
-        if (possible) faults.push_back({status, make});
-    };
-    const auto step = [](auto& a) { a.step = a.width - 1; };
-    add(!one && !scorer.rowPointers && !kind.mixture(), kelStatusStep, step);
-    add(true, kelStatusNullPtr, [](auto& a) { a.x = nullptr, a.xRows = nullptr; });
-    add(true, kelStatusNullPtr, [](auto& a) { a.mean = nullptr, a.meanRows = nullptr; });
-    add(!kind.unit(), kelStatusNullPtr, [](auto& a) { a.ivar = nullptr, a.ivarRows = nullptr; });
-    add(kind.ownConstants(), kelStatusNullPtr, [](auto& a) { a.constants = nullptr; });
-    add(true, kelStatusNullPtr, [](auto& a) { a.results = nullptr; });
-    add(kind.items == Items::Selected, kelStatusNullPtr, [](auto& a) { a.sign = nullptr; });
-    add(!scorer.rowPointers && kind.mixture(), kelStatusStep, step);
-    add(true, kelStatusSize, [](auto& a) { a.width = 0; });
-    add(!one, kelStatusSize, [](auto& a) { a.height = 0; });
-    add(kind.items == Items::Selected, kelStatusSize, [](auto& a) { a.offset = -1; });
-    for (std::size_t i = 0; i < faults.size(); ++i) {
-        for (std::size_t j = i; j < faults.size(); ++j) {
-            Random random(4);
-            Problem<S, R> p(scorer, random, 1, 6);
-            faults[j].second(p.arguments);
-            faults[i].second(p.arguments);  // last, so that a step is too small for a width that is faulty, too
-            EXPECT_EQ(p.run(), faults[i].first) << i << ' ' << j;
-            EXPECT_EQ(p.results.vector(), p.before);
-        }
-    }
-};
-
 }  // namespace test

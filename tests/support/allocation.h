@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "kels/core.h"
-
 namespace test {
 
 // While an object lives, this thread's calls of malloc are counted and the one with number `failAt` (from 0) gives
@@ -39,20 +37,5 @@ class AllocationWatch {
     std::vector<Block> blocks_;
     AllocationWatch* outer_;
 };
-
-// Runs `attempt` with its first allocation failing, then its second, and so on until it allocates no further.
-// `attempt(n)` is called with the number that fails; the call in which nothing fails ends the walk and is the last.
-template <class Attempt>
-void failEachAllocation(Attempt attempt) {
-    for (int n = 0;; ++n) {
-        int calls;
-        {
-            const AllocationWatch watch(n);
-            attempt(n, watch);
-            calls = watch.calls();
-        }
-        if (calls <= n) return;
-    }
-}
 
 }  // namespace test

@@ -5,7 +5,6 @@
 //     dotProd(x, y, n, &sum);              // calls the form that these arguments fit
 //     dotProd.of<Kel64f>();                // that form itself: the one whose arrays hold doubles
 //     dotProd.each([](auto* f) { ... });   // all forms in turn
-//     test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, dotProd);
 //
 // A test that is typed by its element type T thus names a function once and never asks which T it is.  Forms that
 // differ in more than their arrays (constants, units, references) are described by a struct with named members, one
@@ -26,6 +25,8 @@
 #include <tuple>
 #include <type_traits>
 #include <utility>
+
+#include "kels/types.h"
 
 namespace test {
 
@@ -106,5 +107,18 @@ template <class... F, class Action>
 void forEachForm(const Forms<F...>& functions, Action action) {
     functions.each(action);
 }
+
+// The in-place form f as one of a source and a destination.
+template <auto f>
+struct Apart;
+template <class T, class... A, KelStatus (*f)(T*, int, A...)>
+struct Apart<f> {
+    static KelStatus call(const T* src, T* dst, int len, A... arguments) {
+        std::copy_n(src, len, dst);
+        return f(dst, len, arguments...);
+    }
+};
+template <auto f>
+constexpr auto apart = &Apart<f>::call;
 
 }  // namespace test

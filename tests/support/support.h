@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "support/allocation.h"
-#include "support/checks.h"
+#include "support/forms.h"
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"

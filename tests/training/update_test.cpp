@@ -2,7 +2,6 @@
 #include "kels/update.h"
 
 #include "kels/stats.h"
-#include "support/checks.h"
 #include "support/elements.h"
 #include "support/forms.h"
 #include "support/overlap.h"

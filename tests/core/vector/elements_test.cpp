@@ -3,8 +3,8 @@
 #include <numeric>
 
 #include "kels.h"
-#include "support/checks.h"
 #include "support/elements.h"
+#include "support/forms.h"
 #include "support/rounding.h"
 
 namespace {

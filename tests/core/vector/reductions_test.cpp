@@ -6,7 +6,7 @@
 #include <numeric>
 
 #include "kels.h"
-#include "support/checks.h"
+#include "support/forms.h"
 #include "support/guarded.h"
 #include "support/numeric.h"
 #include "support/random.h"
@@ -169,15 +169,6 @@ TYPED_TEST(FloatReductions, ExtremaAreTheFirstOfEqualsAndPassOverNaN) {
             ASSERT_EQ(index, largest);
         }
     }
-}
-
-// An index is not asked for by its null pointer alone.
-template <class T, KelStatus (*f)(const T*, int, T*, int*)>
-KelStatus withIndex(const T* src, int len, T* max) {
-    int index = 5;
-    const KelStatus status = f(src, len, max, &index);
-    EXPECT_EQ(index, 5);
-    return status;
 }
 
 }  // namespace

@@ -199,25 +199,4 @@ TEST(Echo, IntegersOfOneBin) {
     EXPECT_TRUE(h[0][0].re == 47934903 && h[0][0].im == 38347922);
 }
 
-TEST(Echo, ScalarsAreSharesAndComeLast) {
-    Rows<Kel32fc> x(1, 1), h(1, 1);
-    Rows<Kel32f> var(1, 1), step(1, 1);
-    const Kel32fc e = {1, 1};
-    Kel32f near = 7;
-    const auto status = [&](int len, int parts, Kel32f factor, Kel32f forget, Kel32f smooth) {
-        return kelsStepSizeUpdateAECNLMS_32f(x.read(), h.read(), &e, &near, var.write(), step.write(), len, parts,
-                                             factor, forget, smooth);
-    };
-    const Kel32f nan = std::nanf("");
-    EXPECT_EQ(status(4098, 0, nan, nan, nan), kelStatusLengthRange);
-    EXPECT_EQ(status(1, 0, nan, nan, nan), kelStatusSize);
-    for (const Kel32f bad : {nan, -1e-30F, 1.0000001F}) {
-        EXPECT_EQ(status(1, 1, bad, 0, 0), kelStatusBadArg);
-        EXPECT_EQ(status(1, 1, 0, bad, 0), kelStatusBadArg);
-        EXPECT_EQ(status(1, 1, 0, 0, bad), kelStatusBadArg);
-    }
-    EXPECT_EQ(near, 7);
-    EXPECT_EQ(status(1, 1, 1, 0, 1), 0);
-}
-
 }  // namespace

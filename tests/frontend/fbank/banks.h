@@ -4,6 +4,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "kels/core.h"
 #include "kels/fbank.h"
 #include "support/forms.h"
 #include "support/support.h"

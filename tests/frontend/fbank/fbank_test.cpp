@@ -99,4 +99,36 @@ TYPED_TEST(FBankBuild, AuroraBanks) {
     }
 }
 
+// Of a bank that is not ready: whatever the index and the array, nothing is looked at.
+template <class F>
+void expectRefused(typename F::Bank* bank, KelStatus status) {
+    Kel32f coeff = 77;
+    int center = 77;
+    EXPECT_EQ(F::evaluate(bank), status);
+    EXPECT_EQ(getCenters(bank, &center), status);
+    EXPECT_EQ(getCoeffs(bank, 99, &coeff), status);
+    EXPECT_EQ(setCoeffs(bank, 99, &coeff), status);
+    EXPECT_TRUE(center == 77 && coeff == 77);
+}
+
+TYPED_TEST(FBankBuild, BanksAreReadyWhenTheirCentresAscend) {
+    using F = TypeParam;
+    F held(3), unfinished(3);
+    {
+        const AllocationWatch watch(1);
+        EXPECT_EQ(initEmpty(&unfinished.bank, &unfinished.order, 16, 3, 0), kelStatusNoMemory);
+    }
+    expectRefused<F>(unfinished.bank, kelStatusNullPtr);
+    ASSERT_EQ(initEmpty(&held.bank, &held.order, 16, 3, 0), kelStatusOk);
+    for (const auto& bad : {std::array{-1, 2, 3, 4, 5}, {2, 1, 3, 4, 5}, {0, 1, 2, 6, 5}, {0, 1, 2, 3, 9}}) {
+        EXPECT_EQ(setCenters(held.bank, bad.data()), kelStatusFBankState);
+        expectRefused<F>(held.bank, kelStatusFBankState);
+    }
+    EXPECT_EQ(setCenters(held.bank, std::array{0, 0, 3, 8, 8}.data()), kelStatusOk);
+    EXPECT_EQ(F::evaluate(held.bank), kelStatusOk);
+    EXPECT_EQ(setCoeffs(held.bank, 1, std::array{1e9f, 0.0f, -INFINITY, NAN}.data()), kelStatusOk);
+    EXPECT_EQ(held.weights(0)[0], F::kFixed ? 131072 : 1e9f);  // 2^31 - 1 in Q14 is not a float
+    EXPECT_EQ(held.weights(0)[2], F::kFixed ? -131072 : -INFINITY);
+}
+
 }  // namespace

@@ -66,4 +66,21 @@ TYPED_TEST(ResampleGeneral, GeneralFormIsTheSumOverTheTable) {
     }
 }
 
+// A block that is too short, times that are none, a filter that is stretched beyond all numbers.
+TYPED_TEST(ResampleGeneral, GivesNothingWhereNoOutputLies) {
+    using T = TypeParam;
+    const auto state = make<T>(Filter{4, 8, 1, 2});
+    const auto fixed = make<T>(FixedFilter{2, 3, 4});
+    const T x[20] = {};
+    T y[] = {5};
+    for (const Kel64f t : {18.0, Kel64f(NAN), HUGE_VAL, -HUGE_VAL, 1e300}) {
+        Kel64f time = t, zero = 0;
+        int n = 99, m = 99, l = 99;
+        EXPECT_EQ(runGeneral(state.get(), x, 20, y, 1, 1, &time, &n), 0);
+        EXPECT_EQ(runFixed(fixed.get(), x, 20, y, 1, &time, &m), 0);
+        EXPECT_EQ(runGeneral(state.get(), x, 20, y, 5e-324, 1, &zero, &l), 0);
+        EXPECT_TRUE(n == 0 && m == 0 && l == 0 && sameBits(time, t) && y[0] == 5);
+    }
+}
+
 }  // namespace

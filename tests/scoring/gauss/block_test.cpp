@@ -50,8 +50,5 @@ TEST(BlockScores, FollowTheirFormulasInEveryShape) {
 TEST(BlockScores, KeepFloorsTiesAndNaNOfVectorsAtTheMean) {
     everyScorer(test::keepsFloorsTiesAndNaN);
 }
-TEST(BlockScores, ReportTheFirstFault) {
-    everyScorer(test::reportsTheFirstFault);
-}
 
 }  // namespace

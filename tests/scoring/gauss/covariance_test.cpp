@@ -5,7 +5,6 @@
 #include <numeric>
 
 #include "support/allocation.h"
-#include "support/checks.h"
 #include "support/forms.h"
 #include "support/guarded.h"
 #include "support/numeric.h"
@@ -95,53 +94,6 @@ TEST(GaussCovariance, ScoresAreQuadraticFormsOfTheBlocks) {
                              7 - std::floor(test::scaled(static_cast<long double>(shorts.sum), scale + 1))));
         }
     }
-}
-
-// The length of the vector, memory for long ones, and nothing written.
-template <class T, class R, class... Scale>
-void expectFaults(KelStatus (*f)(const T*, const T*, const MatrixOf<T>*, int, R*, R, Scale...), Scale... scale) {
-    test::expectNullChecks(f);
-    const Model<T> small({3, 2}), large({112});
-    R out = 77;
-    const auto call = [&](const Model<T>& m, int len) {
-        return f(m.x.data(), m.mean.data(), m.matrix, len, &out, 0, scale...);
-    };
-    for (const int len : {0, 4, 6}) EXPECT_EQ(call(small, len), kelStatusSize);
-    const test::AllocationWatch watch(0);
-    EXPECT_EQ(call(large, 112), kelStatusNoMemory);
-    EXPECT_EQ(out, 77);
-    EXPECT_EQ(call(large, 112), kelStatusOk);
-    EXPECT_EQ(watch.unreleased(), 0);
-}
-
-TEST(GaussCovariance, FaultsAreReportedInOrder) {
-    expectFaults(kelsLogGaussSingle_BlockDVar_32f);
-    expectFaults(kelsLogGaussSingle_BlockDVar_32f64f);
-    expectFaults(kelsLogGaussSingle_BlockDVar_64f);
-    expectFaults(kelsLogGaussSingle_BlockDVar_16s32f);
-    expectFaults(kelsLogGaussSingle_BlockDVarScaled_16s32f, 3);
-    expectFaults(kelsLogGaussSingle_BlockDVar_16s32s_Sfs, 3);
-}
-
-template <class T>
-class BlockMatrices : public testing::Test {};
-using BlockTypes = testing::Types<Kel16s, Kel32f, Kel64f>;
-TYPED_TEST_SUITE(BlockMatrices, BlockTypes);
-
-TYPED_TEST(BlockMatrices, FailuresLeaveThePointerAlone) {
-    using T = TypeParam;
-    const T value[3] = {};
-    const T* rows[] = {value, value, value, value, value};
-    MatrixOf<T>* matrix = nullptr;
-    const int good[] = {2, 3}, bad[] = {2, 0}, large[] = {32767, 1};  // a row more than can be counted
-    test::expectVectorChecks({kelStatusNullPtr, kelStatusSize}, kMake.of<T>());
-    test::expectNullChecks(kFree.of<MatrixOf<T>>());
-    const test::AllocationWatch watch(0);
-    EXPECT_EQ(kMake(&matrix, rows, bad, 2), kelStatusSize);  // sizes come before memory
-    EXPECT_EQ(kMake(&matrix, rows, good, 2), kelStatusNoMemory);
-    EXPECT_EQ(kMake(&matrix, rows, large, 2), kelStatusNoMemory);
-    EXPECT_EQ(matrix, nullptr);
-    EXPECT_EQ(watch.unreleased(), 0);
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 
 #include "scoring/log/add.h"
 #include "scoring/log/reference.h"
-#include "support/checks.h"
 #include "support/elements.h"
 #include "support/forms.h"
 #include "support/rounding.h"

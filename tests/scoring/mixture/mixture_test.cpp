@@ -35,8 +35,5 @@ TEST(Mixtures, FollowTheirFormulasInEveryShape) {
 TEST(Mixtures, KeepFloorsTiesAndNaNOfVectorsAtTheMean) {
     everyScorer(test::keepsFloorsTiesAndNaN);
 }
-TEST(Mixtures, ReportTheFirstFault) {
-    everyScorer(test::reportsTheFirstFault);
-}
 
 }  // namespace

@@ -63,8 +63,5 @@ TEST(RunningScores, FollowTheirFormulasInEveryShape) {
 TEST(RunningScores, KeepFloorsTiesAndNaNOfVectorsAtTheMean) {
     everyScorer(test::keepsFloorsTiesAndNaN);
 }
-TEST(RunningScores, ReportTheFirstFault) {
-    everyScorer(test::reportsTheFirstFault);
-}
 
 }  // namespace
