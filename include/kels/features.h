@@ -51,24 +51,24 @@
  * Mirrors repeat as often as needed.  kelFeatDropLast takes the last frame off; that frame has no part in anything.
  * Each frame goes through these steps:
  *
- *  1. 16-bit samples are multiplied by scale16s and rounded to single precision; floats are taken as they are.  With
+ * 1.  16-bit samples are multiplied by scale16s and rounded to single precision; floats are taken as they are.  With
  *     removeMean the frame's mean is subtracted.  The raw energy E is the sum of squares at this point.
- *  2. Pre-emphasis k within the frame: f[i] - k f[i-1]; the first sample stands before itself: f[0] (1 - k).
- *  3. A window of L values.  Energy that is not raw is taken here.  Zeros follow up to fftLen.
- *  4. The spectrum of bins 0 .. fftLen/2: the magnitude of the transform, or its square, without a factor.
- *  5. The filter bank.  F + 2 corners are equally spaced on a mel scale from lowFreq to highFreq.  Filter m rises from
+ * 2.  Pre-emphasis k within the frame: f[i] - k f[i-1]; the first sample stands before itself: f[0] (1 - k).
+ * 3.  A window of L values.  Energy that is not raw is taken here.  Zeros follow up to fftLen.
+ * 4.  The spectrum of bins 0 .. fftLen/2: the magnitude of the transform, or its square, without a factor.
+ * 5.  The filter bank.  F + 2 corners are equally spaced on a mel scale from lowFreq to highFreq.  Filter m rises from
  *     corner m to m + 1 and falls to m + 2, straight over mel or over Hz; it is 0 at and beyond its ends.  It peaks at
  *     1, or with kelFeatBankArea has area 1 over Hz.  A filter may hold no bin; its value is 0.
  *     The mel scales are 1127 ln(1 + f / 700), and Slaney's: 3 f / 200 below 1000 Hz, 15 + 27 ln(f / 1000) / ln 6.4
  *     from there on.
- *  6. The logarithm v of max(value, logFloor).  With logRange above 0, v is raised to at least the largest v of the
+ * 6.  The logarithm v of max(value, logFloor).  With logRange above 0, v is raised to at least the largest v of the
  *     whole signal less logRange (NaN and infinity do not count as largest).  Then (v + logOffset) * logScale.
  *     kelFeatLogNone leaves the values alone.
- *  7. Cepstra c[k] = s[k] l[k] sum over j of v[j] cos(pi k (j + 1/2) / F), with s = sqrt(2 / F), for kelFeatDctOrtho
+ * 7.  Cepstra c[k] = s[k] l[k] sum over j of v[j] cos(pi k (j + 1/2) / F), with s = sqrt(2 / F), for kelFeatDctOrtho
  *     s[0] = sqrt(1 / F); l[k] = 1 + lifter/2 sin(pi k / lifter), and 1 for k = 0 or lifter 0.
- *  8. The row: c0 and the logarithm of max(E, energyFloor), those of them that are asked for, before or behind
+ * 8.  The row: c0 and the logarithm of max(E, energyFloor), those of them that are asked for, before or behind
  *     c1 .. cK, the bank's values or the spectrum.
- *  9. Normalisation over the signal: x - mean, or (x - mean) / sqrt(max(variance, 1e-20)), of the stored statics.
+ * 9.  Normalisation over the signal: x - mean, or (x - mean) / sqrt(max(variance, 1e-20)), of the stored statics.
  * 10. Deltas behind the statics: the sum over k = 1 .. W of k (x[t+k] - x[t-k]), divided by twice the sum of k^2.  The
  *     first or last row stands for rows outside.  Accelerations behind them: the same of the stored deltas
  *     (kelFeatDeltaOfDelta); or of the formula's deltas at t +- k, computed from the statics, whose rows alone are
