@@ -68,8 +68,8 @@ TEST(AuroraEnergyDetector, HangsOverAfterFiveLoudShifts) {
         }
         return said;
     };
-    EXPECT_EQ(decisions({{20, 20}, {4, 200}, {2, 20}}), std::string(20, '.') + "1234..");
-    EXPECT_EQ(decisions({{20, 20}, {5, 200}, {17, 20}}), std::string(20, '.') + "12345000000000000000..");
+    EXPECT_EQ(decisions({{20, 20}, {4, 200}, {2, 20}}), "....................1234..");
+    EXPECT_EQ(decisions({{20, 20}, {5, 200}, {17, 20}}), "....................12345000000000000000..");
     EXPECT_EQ(decisions({{3, 2}, {1, 30000}, {2, 2}}), "......");  // the first four are noise whatever they hold
 }
 
