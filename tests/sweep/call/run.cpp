@@ -2,6 +2,7 @@
 #include <xmmintrin.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -221,8 +222,10 @@ Call::Result Call::run(const Setting& setting) {
             objects_[a].clear();
         }
     }
-    const bool leaks = s_.notes("leaks") && result.refusals > 0;
-    if (result.wrong.empty() && watch.unreleased() + given != 0 && !leaks) {
+    if (s_.notes("leaks") && result.refusals > 0) {
+        while (!watch.blocks().empty()) std::free(watch.blocks().back().at);
+    }
+    if (result.wrong.empty() && watch.unreleased() + given != 0) {
         result.wrong = "left " + std::to_string(watch.unreleased() + given) + " blocks on the heap";
     }
     return result;
