@@ -13,8 +13,10 @@
  * @endcode
  *
  * ## Shapes and units
- * All arrays have `len` elements. Source and destination may be the same array. The caller's rounding mode has no
- * influence on integer results and on the kernel functions.
+ * All arrays have `len` elements. Source and destination may be the same array. Where they overlap in another way, the
+ * forms from floats to floats of NormalizeInRange and NormalizeInRangeMinMax and those of one type of SinC and ExpNegSqr
+ * give what a loop from the first element on gives; the other functions take no such arrays. The caller's rounding mode
+ * has no influence on integer results and on the kernel functions.
  *
  * ## Checks, in order
  * - kelStatusNullPtr: a pointer is null.
@@ -70,8 +72,6 @@ KELS_API KelStatus kelsScaleLM_16s32s(const Kel16s* src, Kel32s* dst, int len, K
  * in single precision. An element that is not a number counts as hi. Integer results are rounded to the nearest, ties
  * to even, and saturated.
  *
- * Where the arrays of a 32f form overlap in another way, the result is that of a loop from the first element on.
- *
  * Where mn equals mx, every dst[i] is 0 and the warning kelStatusNoOperation is returned.
  *
  * Further checks: kelStatusBadArg unless 0 <= lowCut < highCut <= 1 and range >= 0; then kelStatusBadArg unless mn <=
@@ -121,8 +121,7 @@ KELS_API KelStatus kelsUnitCurve_16s_ISfs(Kel16s* srcDst, int fracBits, int len,
  * dst[i] = sin(x) / x for x = src[i] in radians, and exactly 1 where x is 0 or NaN.
  *
  * 32f: the sine is rounded to float and divided in single precision; the result is within 1.5 units in the last place
- * over the whole range. 64f and 32f64f: in double precision, within 2.5 units. Where arrays of one type overlap in
- * another way, the result is that of a loop from the first element on.
+ * over the whole range. 64f and 32f64f: in double precision, within 2.5 units.
  * @{ */
 KELS_API KelStatus kelsSinC_32f(const Kel32f* src, Kel32f* dst, int len);
 KELS_API KelStatus kelsSinC_32f_I(Kel32f* srcDst, int len);
@@ -134,7 +133,7 @@ KELS_API KelStatus kelsSinC_32f64f(const Kel32f* src, Kel64f* dst, int len);
 /** @name exp(-x^2)
  * dst[i] = exp(-(x * x)) for x = src[i]. The square is rounded to the type of the destination, so that of 32f64f is
  * exact. The exponential of that square is within 1.1 units in the last place, subnormal results included. It is 0 for
- * large |x| and NaN for NaN. Arrays overlap as above.
+ * large |x| and NaN for NaN.
  * @{ */
 KELS_API KelStatus kelsExpNegSqr_32f(const Kel32f* src, Kel32f* dst, int len);
 KELS_API KelStatus kelsExpNegSqr_32f_I(Kel32f* srcDst, int len);

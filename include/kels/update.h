@@ -15,7 +15,8 @@
  *
  * ## Shapes and units
  * Vectors have `len` components, and variances are per component.  A destination may be one of the sources unless a
- * group says otherwise.  Logarithms are natural.
+ * group says otherwise.  Where arrays overlap in another way, UpdateMean, GaussianSplit and DcsClustLAccumulate give
+ * what a loop over the components gives; the other functions take no such arrays.  Logarithms are natural.
  *
  * ## Accuracy
  * Arithmetic is in the element type, in the order written, unless a group says otherwise.  Sums of logarithms are in
