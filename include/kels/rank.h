@@ -14,9 +14,9 @@
  *
  * ## Shapes and units
  * All arrays have `len` elements. Source and destination may be the same array. Where they overlap in another way, the
- * forms from floats to floats of NormalizeInRange and NormalizeInRangeMinMax and those of one type of SinC and ExpNegSqr
- * give what a loop from the first element on gives; the other functions take no such arrays. The caller's rounding mode
- * has no influence on integer results and on the kernel functions.
+ * forms from floats to floats of NormalizeInRange and NormalizeInRangeMinMax and those of one type of SinC and
+ * ExpNegSqr give what a loop from the first element on gives; the other functions take no such arrays. The caller's
+ * rounding mode has no influence on integer results and on the kernel functions.
  *
  * ## Checks, in order
  * - kelStatusNullPtr: a pointer is null.
