@@ -27,6 +27,7 @@
 #include "kels/matrix.h"
 #include "kels/mixture.h"
 #include "kels/model.h"
+#include "kels/pitch.h"
 #include "kels/rank.h"
 #include "kels/resample.h"
 #include "kels/select.h"

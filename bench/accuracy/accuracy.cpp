@@ -242,6 +242,84 @@ void reductions() {
     score<double, double>("kelsLogGaussMixture_64f_D2", mixture(kelsLogGaussMixture_64f_D2));
 }
 
+// call(x, n, r): one number from n samples with something periodic in them; exact(x, n).
+template <class S, class Call, class Exact>
+void measure(const char* name, Range range, Call call, Exact exact) {
+    Real worst = 0;
+    for (int t = 0; t < kTimes; ++t) {
+        const int n = 30 + static_cast<int>(engine() % 80);
+        auto x = values<S>(range, n);
+        for (std::size_t i = 20; i < x.size(); ++i) x[i] = static_cast<S>(x[i] / 4 + x[i - 20] / 2);
+        float got;
+        call(x.data(), n, &got);
+        const Real e = exact(x, static_cast<std::size_t>(n));
+        worst = std::max(worst, std::fabs(static_cast<Real>(got) - e) / ulpOf<float>(e));
+    }
+    row(name, "ulp", range, worst);
+}
+
+// Similarity at the lag 20, where it is high, and entropy.
+void pitch() {
+    constexpr Range samples = {-30000, 30000};
+    constexpr std::size_t kLag = 20;
+    const auto product = [](const auto& x, std::size_t i, std::size_t lag) {
+        return static_cast<Real>(x[i]) * static_cast<Real>(x[i + lag]);
+    };
+    const auto coefficient = [=](const auto& x, std::size_t n) {
+        Real xy = 0, xx = 0, yy = 0;
+        for (std::size_t i = 0; i < n - kLag; ++i) {
+            xy += product(x, i, kLag);
+            xx += product(x, i, 0);
+            yy += product(x, i + kLag, 0);
+        }
+        return xy / std::sqrt(xx * yy);
+    };
+    measure<float>(
+        "kelsCrossCorrCoeff_32f", samples,
+        [](auto x, int n, auto r) { kelsCrossCorrCoeff_32f(x, x + 20, n - 20, r, 1); }, coefficient);
+    measure<int16_t>(
+        "kelsCrossCorrCoeff_16s32f", samples,
+        [](auto x, int n, auto r) { kelsCrossCorrCoeff_16s32f(x, x + 20, n - 20, r, 1); }, coefficient);
+    const std::vector<float> flat(200, 1);
+    measure<float>(
+        "kelsPeriodicity_32f", samples,
+        [&](auto x, int n, auto r) { kelsPeriodicity_32f(x, n, flat.data(), r, 20, 20); },
+        [=](const auto& x, std::size_t n) {
+            Real r = 0, energy = 0;
+            for (std::size_t i = 0; i < n; ++i) energy += product(x, i, 0);
+            for (std::size_t i = 0; i + kLag < n; ++i) r += product(x, i, kLag);
+            return r / energy;
+        });
+    const auto leastSquares = [=](const auto& x, std::size_t n) {
+        Real above = 0, whole = 0;
+        for (std::size_t phase = 0; phase < kLag; ++phase) {
+            Real k = 0, sum = 0, squares = 0;
+            for (std::size_t i = phase; i < n; i += kLag, k += 1) {
+                sum += static_cast<Real>(x[i]);
+                squares += product(x, i, 0);
+            }
+            if (k < 2) continue;
+            above += (sum * sum - squares) / k;
+            whole += squares * (k - 1) / k;
+        }
+        return above / whole;
+    };
+    measure<float>(
+        "kelsPeriodicityLSPE_32f", samples, [](auto x, int n, auto r) { kelsPeriodicityLSPE_32f(x, n, r, 20, 20); },
+        leastSquares);
+    measure<int16_t>(
+        "kelsPeriodicityLSPE_16s32f", samples,
+        [](auto x, int n, auto r) { kelsPeriodicityLSPE_16s32f(x, n, r, 20, 20); }, leastSquares);
+    measure<float>(
+        "kelsEntropy_32f", {0, 1e4}, [](auto x, int n, auto r) { kelsEntropy_32f(x, n, r); },
+        [](const auto& x, std::size_t) {
+            Real sum = 0, entropy = 0;
+            for (const float v : x) sum += v;
+            for (const float v : x) entropy -= v == 0 ? 0 : v / sum * std::log(v / sum);
+            return entropy;
+        });
+}
+
 // The error that a line of the table tells of a function, and its name; empty for any other line.
 std::string recorded(const std::string& line, double* error) {
     if (line.rfind("| `kels", 0) != 0) return "";
@@ -296,6 +374,7 @@ void update(const char* path) {
 int main(int argc, char** argv) {
     elementwise();
     reductions();
+    pitch();
     if (argc == 3 && std::strcmp(argv[1], "--check") == 0) {
         std::ifstream in(argv[2]);
         return check(in);

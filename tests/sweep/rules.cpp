@@ -182,9 +182,9 @@ bool Signature::roundsByMode() const {
 const std::vector<Signature>& signatures() {
     static const std::vector<Signature> all = [] {
         std::vector<Signature> found;
-        for (const auto& rules :
-             {vectorRules, frontendRules, predictionRules, scoreRules, mixtureRules, trainingRules, matrixRules,
-              codebookRules, matchRules, enhanceRules, resampleRules, auroraRules, echoRules, featureRules}) {
+        for (const auto& rules : {vectorRules, frontendRules, predictionRules, scoreRules, mixtureRules, trainingRules,
+                                  matrixRules, codebookRules, matchRules, enhanceRules, resampleRules, auroraRules,
+                                  echoRules, featureRules, pitchRules}) {
             for (const Rule& rule : rules()) {
                 for (const Function& function : rule.functions) found.emplace_back(function, rule);
             }

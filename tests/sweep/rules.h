@@ -117,5 +117,6 @@ Rules resampleRules();
 Rules auroraRules();
 Rules echoRules();
 Rules featureRules();
+Rules pitchRules();
 
 }  // namespace sweep

@@ -15,9 +15,6 @@
 namespace kels {
 namespace {
 
-// From this many lags on the transforms are worth their while.
-constexpr int kFirstFftLags = 700;
-
 void correlateDirectly(const Kel32f* src, int srcLen, Kel32f* dst, int lags) {
     for (int k = 0; k < lags; ++k) dst[k] = roundedSum(FloatProducts{src, src + k}, toSize(srcLen - k));
 }

@@ -67,11 +67,19 @@ inline Vec<float> pairSums(const Vec<float>& a, const Vec<float>& b) {
 #endif
 }
 
-// The last n lanes of v, zero in those before them.
+// The first, or the last, n lanes of v, zero in the others.
+template <class T>
+Vec<T> laneIndices() {
+    return Vec<T>([](auto i) { return static_cast<T>(static_cast<std::size_t>(i)); });
+}
+template <class T>
+Vec<T> firstElements(Vec<T> v, std::size_t n) {
+    stdx::where(laneIndices<T>() >= static_cast<T>(n), v) = T();
+    return v;
+}
 template <class T>
 Vec<T> lastElements(Vec<T> v, std::size_t n) {
-    const Vec<T> index([](auto i) { return static_cast<T>(static_cast<std::size_t>(i)); });
-    stdx::where(index < static_cast<T>(lanes<T> - n), v) = T();
+    stdx::where(laneIndices<T>() < static_cast<T>(lanes<T> - n), v) = T();
     return v;
 }
 
