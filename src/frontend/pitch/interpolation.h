@@ -28,12 +28,13 @@ WindowSums windowSums(const T* x, const T* y, const T* z, std::size_t len) {
         const std::array terms = {a * a, a * b, a * c, b * b, b * c, c * c, b * -up, c * up, a * up};
         for (std::size_t s = 0; s < 9; ++s) sum[s] += terms[s];
     };
+    const auto wideOne = [](T v) { return static_cast<Kel64f>(v); };
     for (std::size_t i = 0; i < len;) {
         const std::size_t end = std::min(len, i + kBlock);
         std::array<Wide, 9> wide{};
         std::array<Kel64f, 9> rest{};
         for (; i + kWide <= end; i += kWide) addTerms(wide, loadWide(x + i), loadWide(y + i), loadWide(z + i));
-        for (; i < end; ++i) addTerms(rest, Kel64f{x[i]}, Kel64f{y[i]}, Kel64f{z[i]});
+        for (; i < end; ++i) addTerms(rest, wideOne(x[i]), wideOne(y[i]), wideOne(z[i]));
         for (std::size_t s = 0; s < 9; ++s) sums[s] += static_cast<Sum<T>>(stdx::reduce(wide[s]) + rest[s]);
     }
     const auto sum = [&](std::size_t s) { return static_cast<Kel64f>(sums[s]); };
