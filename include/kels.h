@@ -32,6 +32,7 @@
 #include "kels/resample.h"
 #include "kels/select.h"
 #include "kels/stats.h"
+#include "kels/store.h"
 #include "kels/update.h"
 #include "kels/vad.h"
 #include "kels/vq.h"

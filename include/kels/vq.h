@@ -185,7 +185,7 @@ KELS_API KelStatus kelsCdbkInit_L2_16s(KelCdbk_16s* pCdbk, const Kel16s* pSrc, i
 
 /** @name Access and release
  * GetCdbkSize gives the number of codevectors.  GetCodebook copies them to rows `step` apart.  Free releases what
- * InitAlloc built.
+ * InitAlloc built.  kels/store.h turns codebooks into bytes and back.
  *
  * Checks, in this order: a null pointer is kelStatusNullPtr; a step below 1 or below the width is kelStatusSize; a
  * kind of codebook that Free does not know is kelStatusUnknownKind, and nothing is released.

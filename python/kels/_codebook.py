@@ -1,7 +1,9 @@
 """Codebooks: vector quantisation."""
+import pathlib
+
 import numpy as np
 
-from kels._base import build, call, count, lib, matrix, pointer, size_of
+from kels._base import KelsError, KelsMemoryError, build, call, count, lib, matrix, pointer, size_of
 
 _KINDS = {'widest': lib.kelCdbkSplitWidest, 'largest': lib.kelCdbkSplitLargest}
 
@@ -25,14 +27,10 @@ class Codebook:
             raise ValueError(f'no split {split!r}: there are {", ".join(_KINDS)}')
         self.split = split
 
-    def _hold(self, rows, step, size, kind):
-        if not rows.size:
-            raise ValueError('there are no rows')
-        self._codebook = build('KelCdbk_32f', lib.kelsCdbkInitAlloc_L2_32f, pointer(rows), rows.shape[1], step,
-                               rows.shape[0], size, kind, free=lib.kelsCdbkFree_32f)
-        self._tree = kind != lib.kelCdbkExhaustive
-        self.codevectors_ = np.empty((size_of(lib.kelsGetCdbkSize_32f, self._codebook), rows.shape[1]), np.float32)
-        call(lib.kelsGetCodebook_32f, self._codebook, pointer(self.codevectors_), rows.shape[1])
+    def _hold(self, codebook):
+        self._codebook, self._tree = codebook, codebook.kind != lib.kelCdbkExhaustive
+        self.codevectors_ = np.empty((codebook.cdbkSize, codebook.width), np.float32)
+        call(lib.kelsGetCodebook_32f, codebook, pointer(self.codevectors_), codebook.width)
         return self
 
     def fit(self, X):
@@ -41,7 +39,10 @@ class Codebook:
         Where rows repeat there may be fewer codevectors, which is a KelsWarning.
         """
         rows, step = matrix(X)
-        return self._hold(rows, step, self.size, _KINDS[self.split])
+        if not rows.size:
+            raise ValueError('there are no rows')
+        return self._hold(build('KelCdbk_32f', lib.kelsCdbkInitAlloc_L2_32f, pointer(rows), rows.shape[1], step,
+                                rows.shape[0], self.size, _KINDS[self.split], free=lib.kelsCdbkFree_32f))
 
     def encode(self, X, search='full', return_distance=False):
         """The index of the nearest codevector of each row: int32, (rows,).
@@ -70,13 +71,21 @@ class Codebook:
         return self.codevectors_[indices]
 
     def save(self, file):
-        """Writes the codevectors to a NumPy archive, .npz."""
-        np.savez(file, codevectors=self.codevectors_)
+        """Writes the codebook with its tree to a file, a block of kels/store.h, which C programs read too."""
+        block = np.empty(size_of(lib.kelsCdbkGetPackedSize_32f, self._codebook), np.uint8)
+        call(lib.kelsCdbkPack_32f, self._codebook, pointer(block), len(block))
+        pathlib.Path(file).write_bytes(block)
 
     @classmethod
     def load(cls, file):
-        """A codebook that save has written; it searches in full."""
-        with np.load(file) as archive:
-            codevectors = np.ascontiguousarray(archive['codevectors'], np.float32)
-        codebook = cls(len(codevectors))
-        return codebook._hold(codevectors, codevectors.shape[1], len(codevectors), lib.kelCdbkExhaustive)
+        """The codebook of a file that save, or a C program, has written; it encodes as the one that was saved."""
+        block = np.fromfile(file, np.uint8)
+        try:
+            book = build('KelCdbk_32f', lib.kelsCdbkUnpackAlloc_32f, pointer(block), len(block),
+                         free=lib.kelsCdbkFree_32f)
+        except KelsMemoryError:
+            raise
+        except KelsError:
+            raise ValueError(f'{file}: not a codebook of floats, or a damaged one') from None
+        split = next((name for name, kind in _KINDS.items() if kind == book.kind), 'widest')
+        return cls(book.cdbkSize, split)._hold(book)

@@ -93,12 +93,16 @@ def test_codebooks_find_the_nearest(clusters, tmp_path):
     assert np.abs(means - codebook.codevectors_).max() < 0.3
     tree = codebook.encode(clusters, search='tree')
     assert distances[np.arange(len(clusters)), tree].mean() < 1.05 * distances.min(1).mean()
-    codebook.save(tmp_path / 'codebook.npz')
-    loaded = kels.Codebook.load(tmp_path / 'codebook.npz')
+    file = tmp_path / 'book.kels'
+    codebook.save(file)
+    loaded = kels.Codebook.load(file)
     assert np.array_equal(loaded.encode(clusters), indices)
+    assert np.array_equal(loaded.encode(clusters, search='tree'), tree)
     assert np.array_equal(loaded.decode(indices), codebook.decode(indices))
-    with pytest.raises(ValueError, match='search'):
-        loaded.encode(clusters, search='tree')
+    for damaged in (file.read_bytes()[:-1], b'', b'no codebook at all'):
+        file.write_bytes(damaged)
+        with pytest.raises(ValueError, match='book.kels: not a codebook'):
+            kels.Codebook.load(file)
 
 
 def warped(a, b):

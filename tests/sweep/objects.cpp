@@ -153,6 +153,8 @@ constexpr auto initBook = forms(kelsCdbkInitAlloc_L2_32f, kelsCdbkInitAlloc_L2_1
 constexpr auto initBookInMemory = forms(kelsCdbkInit_L2_32f, kelsCdbkInit_L2_16s);
 constexpr auto sizeOfBook = forms(kelsGetCdbkSize_32f, kelsGetCdbkSize_16s);
 constexpr auto freeBook = forms(kelsCdbkFree_32f, kelsCdbkFree_16s);
+constexpr auto packedSizeOf = forms(kelsCdbkGetPackedSize_32f, kelsCdbkGetPackedSize_16s);
+constexpr auto packBook = forms(kelsCdbkPack_32f, kelsCdbkPack_16s);
 
 // `width` 0: any.
 template <class Book, class T>
@@ -178,7 +180,10 @@ Object codebook(Dice& dice, int width) {
     int size;
     MAKE(sizeOfBook(static_cast<Book*>(object.pointer), &size));
     const int bits = std::max(1, static_cast<int>(std::ceil(std::log2(size))));
-    object.properties = {{"width", width}, {"size", size}, {"bits", bits}, {"tree", kind != 1}, {"callers", callers}};
+    int bytes;
+    MAKE(packedSizeOf(static_cast<Book*>(object.pointer), &bytes));
+    object.properties = {{"width", width},    {"size", size},       {"bits", bits},
+                         {"tree", kind != 1}, {"callers", callers}, {"packed", bytes}};
     return object;
 }
 // One of the library's own memory.
@@ -188,6 +193,24 @@ Object ownCodebook(Dice& dice, int width) {
         Object object = codebook<Book, T>(dice, width);
         if (!object.memory) return object;
     }
+}
+// One in bytes, now and then cut or damaged.
+template <class Book, class T>
+Object packedCodebook(Dice& dice, int width) {
+    const Object made = ownCodebook<Book, T>(dice, width);
+    Book* const book = static_cast<Book*>(made.pointer);
+    std::vector<Kel8u> block(static_cast<std::size_t>(made.properties.at("packed")));
+    MAKE(packBook(book, block.data(), static_cast<int>(block.size())));
+    MAKE(freeBook(book));
+    if (dice.oneIn(4)) block.resize(static_cast<std::size_t>(between(dice, 1, static_cast<int>(block.size()))));
+    for (int n = dice.oneIn(4) ? 3 : 0; n > 0; --n) {
+        const int place = between(dice, 0, static_cast<int>(block.size()) - 1);
+        block[static_cast<std::size_t>(place)] = static_cast<Kel8u>(dice.between(0, 255));
+    }
+    Object object = inMemory(static_cast<int>(block.size()));
+    std::copy(block.begin(), block.end(), object.memory->data());
+    object.properties = {{"bytes", static_cast<double>(block.size())}};
+    return object;
 }
 
 // ---- enhancement, resampling ----------------------------------------------------------------------------------------
@@ -283,6 +306,8 @@ const std::multimap<std::string, ObjectKind> kKinds = {
     {"Cdbk", owned<KelCdbk_16s, freeBook>(codebook<KelCdbk_16s, Kel16s>)},
     {"OwnCdbk", owned<KelCdbk_32f, freeBook>(ownCodebook<KelCdbk_32f, Kel32f>)},
     {"OwnCdbk", owned<KelCdbk_16s, freeBook>(ownCodebook<KelCdbk_16s, Kel16s>)},
+    {"PackedCdbk_32f", bytes(packedCodebook<KelCdbk_32f, Kel32f>)},
+    {"PackedCdbk_16s", bytes(packedCodebook<KelCdbk_16s, Kel16s>)},
     {"MCRA", callers<KelMCRAState_32f>(noise<KelMCRAState_32f, kelsGetSizeMCRA_32f, kelsInitMCRA_32f>)},
     {"MCRA", callers<KelMCRAState_32s>(noise<KelMCRAState_32s, kelsGetSizeMCRA_32s, kelsInitMCRA_32s>)},
     {"AEC", callers<KelAECState_32f>(

@@ -15,8 +15,8 @@ template <class T>
 KelStatus trainingFault(const T* pWgt, int width, int step, int height, int cdbkSize, int kind) {
     if (width < 1 || step < 1 || height < 1 || cdbkSize < 1 || step < width) return kelStatusSize;
     if (cdbkSize > kMostCodevectors || height < cdbkSize) return kelStatusSize;
-    if (std::any_of(pWgt, pWgt + width, [](T weight) { return weight < T(0); })) return kelStatusBadArg;
-    if (kind < kelCdbkExhaustive || kind > kelCdbkSplitLargest) return kelStatusModeNotSupported;
+    if (anyNegative(pWgt, width)) return kelStatusBadArg;
+    if (!isKnown(kind)) return kelStatusModeNotSupported;
     return kelStatusOk;
 }
 
@@ -58,10 +58,6 @@ void copyCodebook(const Record& codebook, T* pDst, int step) {
     for (Kel32s i = 0; i < codebook.cdbkSize; ++i) {
         std::copy(codevectors[i], codevectors[i] + codebook.width, rows[i]);
     }
-}
-
-bool isKnown(int kind) {
-    return kind >= kelCdbkExhaustive && kind <= kelCdbkSplitLargest;
 }
 
 }  // namespace

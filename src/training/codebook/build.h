@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -30,7 +31,8 @@ void release(Codebook<T>* codebook) {
 template <class T>
 class CodebookBuilder {
   public:
-    CodebookBuilder(const T* weights, int width, int step, int kind) : codebook_(allocate<Codebook<T>>(1)) {
+    // Weights at any address.
+    CodebookBuilder(const void* weights, int width, int step, int kind) : codebook_(allocate<Codebook<T>>(1)) {
         if (codebook_ == nullptr) return;
         *codebook_ = {};
         codebook_->width = width;
@@ -40,8 +42,8 @@ class CodebookBuilder {
         codebook_->rowStep = static_cast<Kel32s>(rowStep);
         codebook_->weights = allocate<T>(width);
         if (codebook_->weights == nullptr) return;
-        std::copy(weights, weights + width, codebook_->weights);
-        if (std::any_of(weights, weights + width, [](T w) { return w != T(1); })) codebook_->flags |= kelCdbkWeighted;
+        std::memcpy(codebook_->weights, weights, toSize(width) * sizeof(T));
+        if (!allOnes(codebook_->weights, width)) codebook_->flags |= kelCdbkWeighted;
     }
     ~CodebookBuilder() {
         if (codebook_ != nullptr) release<T>(codebook_);
@@ -50,14 +52,15 @@ class CodebookBuilder {
     CodebookBuilder& operator=(const CodebookBuilder&) = delete;
 
     KelStatus build(const StepRows<const T>& rows, int height, int wanted) {
-        if (codebook_ == nullptr || codebook_->weights == nullptr) return kelStatusNoMemory;
+        if (failed()) return kelStatusNoMemory;
         if (codebook_->kind == kelCdbkExhaustive) return copyRows(rows, height, wanted);
         return withWeighting(isWeighted(*codebook_),
                              [&](auto weighting) { return splitRows<decltype(weighting)>(rows, height, wanted); });
     }
     Codebook<T>* handOver() { return std::exchange(codebook_, nullptr); }
 
-  private:
+    // The same step by step; whatever is false says that memory is out.
+    bool failed() const { return codebook_ == nullptr || codebook_->weights == nullptr; }
     bool allocateVectors(int number) {
         codebook_->cdbkSize = number;
         codebook_->indexBits = indexBitsOf(number);
@@ -66,12 +69,20 @@ class CodebookBuilder {
         return codebook_->codevectors != nullptr && codebook_->work != nullptr;
     }
     T* codevector(std::size_t i) { return codebook_->codevectors + i * toSize(codebook_->rowStep); }
+    bool finishExhaustive(bool withGrid) {
+        codebook_->lastIndexOrDepth = codebook_->cdbkSize - 1;
+        return !withGrid || buildGrid<T>(*codebook_);
+    }
+    template <class Others>
+    bool finishTree(const SplitNode* splits, Kel32s neighbours, const Others& othersOf) {
+        return TreeBuilder<T>(*codebook_, splits, neighbours).build(othersOf);
+    }
 
+  private:
     KelStatus copyRows(const StepRows<const T>& rows, int height, int wanted) {
         if (!allocateVectors(height)) return kelStatusNoMemory;
         for (int i = 0; i < height; ++i) std::copy(rows[i], rows[i] + codebook_->width, codevector(toSize(i)));
-        codebook_->lastIndexOrDepth = height - 1;
-        if (!buildGrid<T>(*codebook_)) return kelStatusNoMemory;
+        if (!finishExhaustive(true)) return kelStatusNoMemory;
         return height == wanted ? kelStatusOk : kelStatusCdbkShrunk;
     }
 
@@ -88,7 +99,9 @@ class CodebookBuilder {
             const Kel32f* const centroid = clusters.centroid(c);
             std::transform(centroid, centroid + codebook_->width, codevector(c), componentOf<T>);
         }
-        return TreeBuilder<T>(*codebook_, clustering.splits().nodes()).build() ? status : kelStatusNoMemory;
+        const LeavesByDistance<T> others = {*codebook_};
+        const bool done = finishTree(clustering.splits().nodes(), neighbourCount(codebook_->cdbkSize), others);
+        return done ? status : kelStatusNoMemory;
     }
 
     Codebook<T>* codebook_;

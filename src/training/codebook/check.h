@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "core/check.h"
-#include "kels/types.h"
+#include "kels/vq.h"
 
 namespace kels::codebook {
 
@@ -12,6 +12,15 @@ namespace kels::codebook {
 template <class Record>
 bool isNull(const Record* codebook) {
     return codebook == nullptr || codebook->codevectors == nullptr;
+}
+
+inline bool isKnown(int kind) {
+    return kind >= kelCdbkExhaustive && kind <= kelCdbkSplitLargest;
+}
+
+template <class T>
+bool anyNegative(const T* weights, int width) {
+    return std::any_of(weights, weights + width, [](T weight) { return weight < T(0); });
 }
 
 // Of a search for every row of a block.

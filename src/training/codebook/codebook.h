@@ -1,6 +1,7 @@
 // What codebooks of both element types are made of, and their memory.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -80,6 +81,11 @@ bool isWeighted(const Record& codebook) {
 // The widths with kernels, and fast blocks in the tree, of their own.
 constexpr bool isFastWidth(int width) {
     return width == 1 || width == 2 || width == 4 || width == 8;
+}
+
+template <class T>
+bool allOnes(const T* weights, int width) {
+    return std::all_of(weights, weights + width, [](T weight) { return weight == T(1); });
 }
 
 inline constexpr int kMostCodevectors = 16383;

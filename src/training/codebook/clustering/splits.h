@@ -43,6 +43,7 @@ class Splits {
     }
 
     SplitNode& leaf(std::size_t cluster) { return nodes_[leaves_[cluster]]; }
+    SplitNode& node(std::size_t i) { return nodes_[i]; }
 
     // One less than twice as many as there are clusters; the root is the first, and children come behind their parents.
     const SplitNode* nodes() const { return nodes_; }

@@ -35,25 +35,45 @@ T componentOf(Kel64f value) {
     }
 }
 
+// The leaves in the order of their distances from one of them, which is not among them.
+template <class T>
+struct LeavesByDistance {
+    const Codebook<T>& codebook;
+
+    OrderedPicks<RealOf<T>> operator()(Kel32s leaf) const {
+        const auto codevectors = codevectorsOf(codebook);
+        const Candidates<T> others = {codevectors[leaf], codevectors, codebook.weights};
+        const std::size_t leaves = toSize(codebook.cdbkSize);
+        RealOf<T>* const work = codebook.work;
+        withWeighting(isWeighted(codebook), [&](auto weighting) {
+            distances<decltype(weighting)>(others, 0, leaves, toSize(codebook.width), work);
+        });
+        work[leaf] = -1;
+        return OrderedPicks<RealOf<T>>(work, leaves);
+    }
+};
+
 template <class T>
 class TreeBuilder {
   public:
     // The codebook has its codevectors, in the order of the clusters.
-    TreeBuilder(Codebook<T>& codebook, const SplitNode* splits)
+    TreeBuilder(Codebook<T>& codebook, const SplitNode* splits, Kel32s neighbours)
         : codebook_(codebook),
           splits_(splits),
           leaves_(codebook.cdbkSize),
-          neighbours_(neighbourCount(leaves_)),
+          neighbours_(neighbours),
           width_(toSize(codebook.width)) {}
 
-    // False when memory is out.  The tree is one block that begins with the root.
-    bool build() {
+    // False when memory is out.  othersOf(leaf).next() tells the neighbours of a leaf, one after the other.  The tree
+    // is one block that begins with its nodes, in the order of the splits.
+    template <class Others>
+    bool build(const Others& othersOf) {
         if (allocateArranged([&](Layout& layout) { arrange(layout); }) == nullptr) return false;
         codebook_.treeRoot = &nodes_[0].node;
         codebook_.lastIndexOrDepth = 0;
         for (Kel32s i = nodeCount() - 1; i >= 0; --i) fillNode(i);
         for (Kel32s i = 0; i < nodeCount(); ++i) {
-            if (nodes_[i].node.isLeaf) listNeighbours(nodes_[i].node);
+            if (nodes_[i].node.isLeaf) listNeighbours(nodes_[i].node, othersOf(nodes_[i].node.index));
             if (!nodes_[i].node.isLeaf) gatherGrandchildren(nodes_[i]);
         }
         return true;
@@ -108,14 +128,8 @@ class TreeBuilder {
         }
     }
 
-    void listNeighbours(Node& leaf) {
-        const Candidates<T> others = {leaf.centroid, codevectorsOf(codebook_), codebook_.weights};
-        RealOf<T>* const work = codebook_.work;
-        withWeighting(isWeighted(codebook_), [&](auto weighting) {
-            distances<decltype(weighting)>(others, 0, toSize(leaves_), width_, work);
-        });
-        work[leaf.index] = -1;
-        OrderedPicks<RealOf<T>> picks(work, toSize(leaves_));
+    template <class Picks>
+    void listNeighbours(Node& leaf, Picks picks) {
         leaf.neighbourCount = neighbours_;
         leaf.neighbours = lists_ + static_cast<std::size_t>(leaf.index) * toSize(neighbours_);
         for (Kel32s i = 0; i < neighbours_; ++i) leaf.neighbours[i] = leafNodes_[picks.next()];
