@@ -1,156 +1,78 @@
 // A codec for speech features: mel cepstra at 100 frames a second, cut into pairs, each pair replaced by the index of
 // the nearest vector of a small codebook.  What goes over the line are those indices, packed bit by bit.
-#include <sndfile.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
-#include <memory>
-#include <numbers>
 #include <stdexcept>
-#include <string>
 #include <string_view>
-#include <vector>
 
-#include "common/sound_input.h"
-#include "kels.h"
+#include "books.h"
+#include "common/output_file.h"
 
 namespace {
 
-constexpr int kCepstra = 12;
-constexpr int kWidth = kCepstra + 1;             // and the logarithm of the energy
-constexpr int kParts[] = {2, 2, 2, 2, 2, 2, 1};  // how a row is cut
-constexpr int kStreams = static_cast<int>(std::size(kParts));
-constexpr int kFramesPerSecond = 100;
+namespace fs = std::filesystem;
+using namespace codec;
+
 constexpr int kLeastBits = 2, kMostBits = 9;  // of an index
 
-void check(KelStatus status, const char* function) {
-    if (status < 0) throw std::runtime_error(std::string(function) + " failed with status " + std::to_string(status));
-}
+constexpr char kUsage[] = R"(usage: codec RECORDING.wav|FOLDER...
+       codec train RECORDING.wav|FOLDER... -o BOOKS [--bits N]
+       codec encode BOOKS RECORDING.wav CODED
+       codec decode BOOKS CODED FEATURES.txt
 
-template <auto Free>
-struct Release {
-    template <class T>
-    void operator()(T* object) const {
-        Free(object);
-    }
-};
-using FilterBank = std::unique_ptr<KelFilterBank_32f, Release<kelsFBankFree_32f>>;
-using Cosine = std::unique_ptr<KelDCTLifterState_32f, Release<kelsDCTLifterFree_32f>>;
-using Codebook = std::unique_ptr<KelCdbk_32f, Release<kelsCdbkFree_32f>>;
+Packs speech features, 12 mel cepstra and the energy at 100 frames a second, into a few thousand bits a second.
+Without a command it tells what each rate costs: every second recording trains, the others are coded.
 
-// Rows of kWidth features, one behind the other.
-struct Features {
-    std::vector<float> values;
-    int rows() const { return static_cast<int>(values.size()) / kWidth; }
-};
+  train    writes codebooks of 2^N vectors, N = 2..9, 6 without --bits
+  encode   writes the features of a recording, coded with such codebooks
+  decode   writes the features that come back, a row of 13 numbers for each frame
 
-// ---- features ------------------------------------------------------------------------------------------------------
+Exit status: 0 if all is well, 1 if something failed (no file is then written), 2 if the command line is wrong.
+)";
 
-void appendFeatures(const std::filesystem::path& file, Features& features) {
-    common::SoundInput input(file);
-    const SF_INFO& info = input.info();
-    if (info.channels != 1 || info.samplerate < 4000 || info.frames > 1 << 26)
-        input.fail("is not one channel of at least 4 kHz and a sane length");
-    std::vector<float> samples(static_cast<std::size_t>(info.frames));
-    samples.resize(static_cast<std::size_t>(input.read(samples.data(), info.frames)));
+struct WrongUsage {};
 
-    const int frame = info.samplerate / 40, step = info.samplerate / kFramesPerSecond;
-    constexpr int filters = 23;
-    KelFilterBank_32f* bank = nullptr;
-    int order = 0;
-    check(kelsMelFBankInitAlloc_32f(&bank, &order, frame, static_cast<float>(info.samplerate), 64,
-                                    static_cast<float>(info.samplerate) / 2, filters, 1127, 700,
-                                    kelFBankWeightMel + kelFBankOwnFFT),
-          "kelsMelFBankInitAlloc_32f");
-    const FilterBank ownedBank(bank);
-    KelDCTLifterState_32f* cosine = nullptr;
-    check(kelsDCTLifterInitAlloc_32f(&cosine, filters, kCepstra, 22, 1), "kelsDCTLifterInitAlloc_32f");
-    const Cosine ownedCosine(cosine);
-
-    std::vector<float> padded(std::size_t{1} << order);
-    for (int begin = 0; begin + frame <= static_cast<int>(samples.size()); begin += step) {
-        double energy = 1;
-        for (int i = 0; i < frame; ++i) {
-            const float sample = 32768 * samples[static_cast<std::size_t>(begin + i)];
-            const double window = 0.54 - 0.46 * std::cos(2 * std::numbers::pi * i / (frame - 1));
-            energy += double{sample} * sample;
-            padded[static_cast<std::size_t>(i)] = static_cast<float>(sample * window);
-        }
-        float mel[filters], row[kWidth];
-        check(kelsEvalFBank_32f(padded.data(), mel, bank), "kelsEvalFBank_32f");
-        for (float& m : mel) m = std::log(std::max(m, 1.0F));
-        check(kelsDCTLifter_32f(mel, row, cosine), "kelsDCTLifter_32f");
-        row[kCepstra] = static_cast<float>(std::log(energy));
-        features.values.insert(features.values.end(), row, row + kWidth);
-    }
-}
-
-std::vector<std::filesystem::path> recordingsOf(int argc, char** argv) {
-    std::vector<std::filesystem::path> files;
-    for (int i = 1; i < argc; ++i) {
-        if (!std::filesystem::exists(argv[i]))
-            throw std::runtime_error(std::string(argv[i]) + ": no such file or folder");
-        if (!std::filesystem::is_directory(argv[i])) {
-            files.emplace_back(argv[i]);
-            continue;
-        }
-        for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
+// Sound files, and those below folders that are called .wav.
+std::vector<fs::path> recordingsOf(const std::vector<std::string_view>& names) {
+    std::vector<fs::path> files;
+    for (const fs::path name : names) {
+        if (!fs::exists(name)) throw std::runtime_error(name.string() + ": no such file or folder");
+        const std::size_t before = files.size();
+        if (!fs::is_directory(name)) files.push_back(name);
+        if (files.size() > before) continue;
+        for (const auto& entry : fs::directory_iterator(name)) {
             if (entry.path().extension() == ".wav") files.push_back(entry.path());
         }
+        if (files.size() == before) throw std::runtime_error(name.string() + ": there is no recording in this folder");
     }
     std::sort(files.begin(), files.end());
-    if (files.empty()) throw std::runtime_error("there is no recording");
     return files;
 }
 
-// ---- codec ---------------------------------------------------------------------------------------------------------
-
-class Codec {
-  public:
-    Codec(const Features& training, int bits) {
-        int column = 0;
-        for (const int width : kParts) {
-            std::vector<float> part;
-            for (int r = 0; r < training.rows(); ++r) {
-                const float* const begin = training.values.data() + r * kWidth + column;
-                part.insert(part.end(), begin, begin + width);
-            }
-            KelCdbk_32f* codebook = nullptr;
-            check(kelsCdbkInitAlloc_L2_32f(&codebook, part.data(), width, width, training.rows(), 1 << bits,
-                                           kelCdbkSplitWidest),
-                  "kelsCdbkInitAlloc_L2_32f");
-            codebooks_.emplace_back(codebook);
-            pointers_.push_back(codebook);
-            rowBits_ += codebook->indexBits;
-            column += width;
-        }
+// Calls use(file, number) for each, and says on a terminal how far that is.
+template <class Use>
+void forEach(const std::vector<fs::path>& files, const Use& use) {
+    const bool terminal = isatty(STDERR_FILENO) == 1;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (terminal) std::fprintf(stderr, "\r\033[Kreading %zu of %zu", i + 1, files.size());
+        use(files[i], i);
     }
-    int rowBits() const { return rowBits_; }
+    if (terminal) std::fprintf(stderr, "\r\033[K");
+}
 
-    std::vector<Kel8u> encode(const Features& features) {
-        std::vector<Kel8u> stream((static_cast<std::size_t>(features.rows()) * static_cast<std::size_t>(rowBits_) + 7) /
-                                  8);
-        check(kelsSplitVQ_32f1u(features.values.data(), kWidth, stream.data(), rowBits_, features.rows(),
-                                pointers_.data(), kStreams),
-              "kelsSplitVQ_32f1u");
-        return stream;
+Books trained(const std::vector<std::string_view>& names, const Features& features, int bits) {
+    const std::string named = std::string(names[0]) + (names.size() > 1 ? ", ...: " : ": ");
+    if (features.rows() <= 1 << bits) throw std::runtime_error(named + "is too short to train so many codevectors");
+    try {
+        return Books(features, bits);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(named + error.what());
     }
-    Features decode(const std::vector<Kel8u>& stream, int rows) {
-        Features features{std::vector<float>(static_cast<std::size_t>(rows) * kWidth)};
-        check(kelsFormVectorVQ_1u32f(stream.data(), rowBits_, features.values.data(), kWidth, rows, pointers_.data(),
-                                     kStreams),
-              "kelsFormVectorVQ_1u32f");
-        return features;
-    }
-
-  private:
-    std::vector<Codebook> codebooks_;
-    std::vector<KelCdbk_32f*> pointers_;
-    int rowBits_ = 0;
-};
+}
 
 // The power of each component's variation over that of its error, in dB, averaged over the components.
 double signalToNoise(const Features& exact, const Features& coded) {
@@ -168,41 +90,112 @@ double signalToNoise(const Features& exact, const Features& coded) {
     return sum / kWidth;
 }
 
-void run(int argc, char** argv) {
-    const auto files = recordingsOf(argc, argv);
-    // Every second recording trains, the others are coded; a single one does both.
+// ---- commands ------------------------------------------------------------------------------------------------------
+
+// Every second recording trains, the others are coded; a single one does both.
+void compareRates(const std::vector<std::string_view>& names) {
     Features training, test;
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        if (isatty(STDERR_FILENO)) std::fprintf(stderr, "\r\033[Kreading %zu of %zu", i + 1, files.size());
-        appendFeatures(files[i], i % 2 == 0 ? training : test);
-    }
-    if (isatty(STDERR_FILENO)) std::fprintf(stderr, "\r\033[K");
+    const auto files = recordingsOf(names);
+    forEach(files, [&](const fs::path& file, std::size_t i) { appendFeatures(file, i % 2 == 0 ? training : test); });
     if (files.size() == 1) test = training;
-    if (training.rows() <= 1 << kLeastBits || test.rows() < 1) throw std::runtime_error("the recordings are too short");
+    if (test.rows() < 1) throw std::runtime_error(files[1].string() + ": is too short");
 
     const bool terminal = isatty(STDOUT_FILENO) == 1;
-    std::printf("%d features a frame, %d frames to train, %d coded\n", kWidth, training.rows(), test.rows());
-    std::printf("%s%11s %12s %12s %14s%s\n", terminal ? "\033[1m" : "", "codevectors", "bits/frame", "bits/s",
-                "distortion/dB", terminal ? "\033[0m" : "");
-    for (int bits = kLeastBits; bits <= kMostBits && training.rows() > 2 << bits; ++bits) {
-        Codec codec(training, bits);
-        const Features coded = codec.decode(codec.encode(test), test.rows());
-        std::printf("%11d %12d %12d %14.1f\n", 1 << bits, codec.rowBits(), codec.rowBits() * kFramesPerSecond,
+    for (int bits = kLeastBits; bits <= kMostBits && (bits == kLeastBits || training.rows() > 2 << bits); ++bits) {
+        Books books = trained(names, training, bits);
+        const Features coded = books.decode(books.encode(test), test.rows());
+        if (bits == kLeastBits) {
+            std::printf("%d features a frame, %d frames to train, %d coded\n", kWidth, training.rows(), test.rows());
+            std::printf("%s%11s %12s %12s %14s%s\n", terminal ? "\033[1m" : "", "codevectors", "bits/frame", "bits/s",
+                        "distortion/dB", terminal ? "\033[0m" : "");
+        }
+        std::printf("%11d %12d %12d %14.1f\n", 1 << bits, books.rowBits(), books.rowBits() * kFramesPerSecond,
                     -signalToNoise(test, coded));
     }
+}
+
+void train(const std::vector<std::string_view>& arguments) {
+    std::vector<std::string_view> names;
+    fs::path file;
+    int bits = 6;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        const bool named = argument == "-o", rate = argument == "--bits";
+        if (!named && !rate && argument.starts_with("-")) throw WrongUsage();
+        if (!named && !rate) names.push_back(argument);
+        if (!named && !rate) continue;
+        if (++i == arguments.size()) throw WrongUsage();
+        const std::string_view value = arguments[i];
+        if (named) file = value;
+        const char* const end = value.data() + value.size();
+        if (rate && std::from_chars(value.data(), end, bits).ptr != end) throw WrongUsage();
+    }
+    if (names.empty() || file.empty() || bits < kLeastBits || bits > kMostBits) throw WrongUsage();
+    const auto files = recordingsOf(names);
+    for (const auto& input : files) common::refuseToOverwrite(input, file);
+    common::OutputFile output(file);  // before the work: whether it can be written shows now
+    Features features;
+    forEach(files, [&](const fs::path& input, std::size_t) { appendFeatures(input, features); });
+    const Books books = trained(names, features, bits);
+    output.write(books.bytes());
+    std::printf("%d frames, %d bits each\n", features.rows(), books.rowBits());
+}
+
+void encode(const std::vector<std::string_view>& arguments) {
+    if (arguments.size() != 3) throw WrongUsage();
+    const fs::path recording = arguments[1], coded = arguments[2];
+    Books books{fs::path(arguments[0])};
+    for (const fs::path input : {arguments[0], arguments[1]}) common::refuseToOverwrite(input, coded);
+    Features features;
+    appendFeatures(recording, features);
+    if (features.rows() < 1) throw std::runtime_error(recording.string() + ": is shorter than a frame");
+    common::writeFile(coded, packStream(books, books.encode(features), features.rows()));
+}
+
+void decode(const std::vector<std::string_view>& arguments) {
+    if (arguments.size() != 3) throw WrongUsage();
+    const fs::path coded = arguments[1], text = arguments[2];
+    Books books{fs::path(arguments[0])};
+    for (const fs::path input : {arguments[0], arguments[1]}) common::refuseToOverwrite(input, text);
+    const Stream stream = readStream(books, coded);
+    Features features;
+    try {
+        features = books.decode(stream.bytes, stream.rows);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(coded.string() + ": is damaged: " + error.what());
+    }
+    std::string lines;
+    for (std::size_t i = 0; i < features.values.size(); ++i) {
+        char number[32];
+        std::snprintf(number, sizeof number, "%.6g%c", features.values[i], (i + 1) % kWidth == 0 ? '\n' : ' ');
+        lines += number;
+    }
+    common::writeFile(text, lines);
+}
+
+void run(const std::vector<std::string_view>& arguments) {
+    if (arguments.empty()) throw WrongUsage();
+    const std::vector<std::string_view> rest(arguments.begin() + 1, arguments.end());
+    if (arguments[0] == "train") return train(rest);
+    if (arguments[0] == "encode") return encode(rest);
+    if (arguments[0] == "decode") return decode(rest);
+    if (arguments[0].starts_with("-")) throw WrongUsage();
+    compareRates(arguments);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    const bool help = argc == 2 && std::string_view(argv[1]) == "--help";
-    if (argc < 2 || argv[1][0] == '-') {
-        std::fprintf(help ? stdout : stderr, "usage: codec RECORDING.wav|FOLDER...\n");
-        return !help ? 2 : std::fflush(stdout) != 0;
+    if (argc == 2 && std::string_view(argv[1]) == "--help") {
+        std::fputs(kUsage, stdout);
+        return std::fflush(stdout) != 0;
     }
     try {
-        run(argc, argv);
+        run({argv + 1, argv + argc});
         if (std::fflush(stdout) != 0) throw std::runtime_error("standard output cannot be written");
+    } catch (const WrongUsage&) {
+        std::fputs(kUsage, stderr);
+        return 2;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "error: %s\n", error.what());
         return 1;

@@ -7,15 +7,13 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/check.h"
+
 namespace common {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr float kOffsetPole = 0.9990234375F, kPreEmphasis = 0.9F, kLeastPower = 4.539993e-5F;
-
-void check(KelStatus status) {
-    if (status < 0) throw std::runtime_error("the library reports status " + std::to_string(status));
-}
 
 void append(float* buffer, int length, const float* block, int count) {
     std::copy(buffer + count, buffer + length, buffer);

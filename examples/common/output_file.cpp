@@ -97,11 +97,14 @@ void OutputFile::fail(const std::string& why) const {
     throw std::runtime_error(file_.string() + ": cannot be written: " + why);
 }
 
+void OutputFile::write(std::string_view bytes) {
+    Descriptor written(open(written_.c_str(), O_WRONLY | O_CLOEXEC));
+    if (written.get() < 0 || !writeAll(written.get(), bytes) || !written.close()) fail(std::strerror(errno));
+    finish();
+}
+
 void writeFile(const fs::path& file, std::string_view bytes) {
-    OutputFile output(file);
-    Descriptor written(open(output.path().c_str(), O_WRONLY | O_CLOEXEC));
-    if (written.get() < 0 || !writeAll(written.get(), bytes) || !written.close()) output.fail(std::strerror(errno));
-    output.finish();
+    OutputFile(file).write(bytes);
 }
 
 }  // namespace common

@@ -23,6 +23,7 @@ class OutputFile {
 
     const std::string& path() const { return written_; }  // what the program opens, writes and closes
     void finish();
+    void write(std::string_view bytes);  // all of it, and finishes
     [[noreturn]] void fail(const std::string& why) const;
 
   private:

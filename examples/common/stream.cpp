@@ -7,13 +7,13 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/check.h"
+
+using common::check;
+
 namespace {
 
 constexpr double kMostTaps = 1 << 19;  // of all phases together: 2 MB, a quarter of a second to compute
-
-void check(KelStatus status, const char* what) {
-    if (status != kelStatusOk) throw std::runtime_error(std::string(what) + " gives status " + std::to_string(status));
-}
 
 }  // namespace
 

@@ -17,9 +17,12 @@
 #include <string_view>
 #include <vector>
 
+#include "common/check.h"
 #include "common/sound_input.h"
 
 namespace {
+
+using common::check;
 
 constexpr const char* kUsage = R"(usage: denoise IN OUT
 
@@ -33,10 +36,6 @@ constexpr float kMemory = 0.98F;      // of the decision-directed rule: what the
 constexpr float kLeastRatio = 3e-3F;  // -25 dB: residual noise stays noise and does not turn into tones
 constexpr float kLeastGain = 0.1F;    // -20 dB: a little of the room remains
 constexpr float kLeastNoise = 1e-9F;  // of samples within -1..1: below what 16 bits can say
-
-void check(KelStatus status) {
-    if (status < 0) throw std::runtime_error("the library reports status " + std::to_string(status));
-}
 
 using Signal = std::vector<float>;
 

@@ -8,12 +8,11 @@
 #include <cmath>
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
-inline void check(KelStatus status) {
-    if (status < 0) throw std::runtime_error("the library reports status " + std::to_string(status));
-}
+#include "common/check.h"
+
+using common::check;
 using Signal = std::vector<float>;
 using Spectrum = std::vector<Kel32fc>;
 struct FreeFft {
