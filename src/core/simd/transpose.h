@@ -48,34 +48,66 @@ void transpose(const Rows& rows, std::size_t height, std::size_t width, T* data,
     }
 }
 
-// The lanes of a and b in turn: those of the lower halves, and those of the upper halves.
+// Two vectors made of the lanes of two others, each by one instruction of most targets, none of which moves single values
+// from one 16 bytes of a vector to another.
 template <class T>
-struct Zipped {
-    Vec<T> low, high;
+struct Shuffled {
+    Vec<T> first, second;
 
-    Zipped(const Vec<T>& a, const Vec<T>& b) : Zipped(a, b, std::make_integer_sequence<int, kLanes>()) {}
+    // Of each 16 bytes the lanes of a and b in turn: those of the lower halves, and those of the upper ones.
+    static Shuffled zip(const Vec<T>& a, const Vec<T>& b) { return zip(a, b, Lanes()); }
+
+    // Runs of `step` lanes: every second run of b in the place of the run of a behind it, and the other way round.
+    template <int step>
+    static Shuffled exchange(const Vec<T>& a, const Vec<T>& b) {
+        return exchange<step>(a, b, Lanes());
+    }
 
   private:
-    static constexpr int kLanes = static_cast<int>(lanes<T>);
+    static constexpr int kLanes = static_cast<int>(lanes<T>), kPart = 16 / sizeof(T);
+    using Lanes = std::make_integer_sequence<int, kLanes>;
+
     template <int... i>
-    Zipped(const Vec<T>& a, const Vec<T>& b, std::integer_sequence<int, i...>)
-        : low(__builtin_shufflevector(native(a), native(b), (i / 2 + i % 2 * kLanes)...)),
-          high(__builtin_shufflevector(native(a), native(b), (kLanes / 2 + i / 2 + i % 2 * kLanes)...)) {}
+    static Shuffled zip(const Vec<T>& a, const Vec<T>& b, std::integer_sequence<int, i...>) {
+        return {pick<(i - i % kPart + i % kPart / 2 + i % 2 * kLanes)...>(a, b),
+                pick<(i - i % kPart + (kPart + i % kPart) / 2 + i % 2 * kLanes)...>(a, b)};
+    }
+    template <int step, int... i>
+    static Shuffled exchange(const Vec<T>& a, const Vec<T>& b, std::integer_sequence<int, i...>) {
+        return {pick<((i & step) == 0 ? i : i - step + kLanes)...>(a, b),
+                pick<((i & step) == 0 ? i + step : i + kLanes)...>(a, b)};
+    }
+    template <int... from>
+    static Vec<T> pick(const Vec<T>& a, const Vec<T>& b) {
+        return Vec<T>(__builtin_shufflevector(native(a), native(b), from...));
+    }
 };
 
-// A square of lanes turned over: lane j of v[i] changes places with lane i of v[j].
+// A square of lanes turned over: lane j of v[i] changes places with lane i of v[j].  First the squares of 16 bytes, then
+// these as wholes.
 template <class T>
 inline void transposeSquare(Vec<T> (&v)[lanes<T>]) {
-    constexpr std::size_t w = lanes<T>;
-    for (std::size_t step = 1; step < w; step *= 2) {
+    constexpr std::size_t w = lanes<T>, part = 16 / sizeof(T);
+    for (std::size_t step = 1; step < part; step *= 2) {
         Vec<T> turned[w];
         for (std::size_t i = 0; i < w / 2; ++i) {
-            const Zipped<T> pair(v[i], v[i + w / 2]);
-            turned[2 * i] = pair.low;
-            turned[2 * i + 1] = pair.high;
+            const std::size_t row = i / (part / 2) * part + i % (part / 2);
+            const auto zipped = Shuffled<T>::zip(v[row], v[row + part / 2]);
+            turned[2 * i] = zipped.first;
+            turned[2 * i + 1] = zipped.second;
         }
         for (std::size_t i = 0; i < w; ++i) v[i] = turned[i];
     }
+    const auto exchange = [&]<std::size_t step>(std::integral_constant<std::size_t, step>) {
+        for (std::size_t i = 0; i < w; ++i) {
+            if ((i & step) != 0) continue;
+            const auto exchanged = Shuffled<T>::template exchange<static_cast<int>(step)>(v[i], v[i + step]);
+            v[i] = exchanged.first;
+            v[i + step] = exchanged.second;
+        }
+    };
+    if constexpr (part < w) exchange(std::integral_constant<std::size_t, part>());
+    if constexpr (2 * part < w) exchange(std::integral_constant<std::size_t, 2 * part>());
 }
 
 }  // namespace kels
