@@ -83,12 +83,12 @@ void writeStatics(const KelFeatureSpec_32f& spec, const Samples& samples, int64_
         }
         return;
     }
+    constexpr std::size_t w = lanes<double>;
     for (int64_t t = 0; t < frames; ++t) {
         Kel32f* const values = rows(t) + spec.places.values;
-        for (std::size_t i = 0; i < spec.valueCount; ++i) {
-            const double v = values[i];
-            values[i] =
-                static_cast<Kel32f>(((v < rangedEnd.least ? rangedEnd.least : v) + rangedEnd.offset) * rangedEnd.scale);
+        for (std::size_t i = 0; i < spec.valueCount; i += w) {
+            const std::size_t count = std::min(spec.valueCount - i, w);
+            storeColumns(values + i, rangedEnd(loadColumns(values + i, count)), count);
         }
     }
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <type_traits>
 
 #include "core/layout.h"
 #include "frontend/features/frames/conditioning.h"
@@ -68,13 +69,15 @@ class Batch {
         const bool withEnergy = (c.energy & kelFeatEnergy) != 0, raw = c.energyRaw != 0;
         Vec<T>* const x = work_.a;
         loadFrames(frames, length, x);
-        if (c.removeMean != 0) removeMean(x, length);
-        if (withEnergy && raw) energy = energyOf(x, length);
-        if (c.preEmphasis != 0) {
-            emphasiseAndWindow(x, length, c.preEmphasis, analysis.window);
-        } else {
-            applyWindow(x, length, analysis.window);
-        }
+        const FrameMean<T> mean = c.removeMean != 0 ? FrameMean<T>(x, length) : FrameMean<T>();
+        const auto condition = [&](auto rawEnergy, auto emphasised) {
+            return conditionFrames<rawEnergy, emphasised>(x, length, mean, c.preEmphasis, analysis.window);
+        };
+        const auto conditionWith = [&](auto rawEnergy) {
+            return c.preEmphasis != 0 ? condition(rawEnergy, std::true_type())
+                                      : condition(rawEnergy, std::false_type());
+        };
+        energy = withEnergy && raw ? conditionWith(std::true_type()) : conditionWith(std::false_type());
         if (withEnergy && !raw) energy = energyOf(x, length);
         for (std::size_t i = length; i < fftLength; ++i) x[i] = T(0);
 

@@ -89,36 +89,57 @@ inline WideLanes<T> energyOf(const Vec<T>* x, std::size_t n) {
     return sumOf(x, n, [](const Vec<T>& v) { return v * v; });
 }
 
+// The mean of a frame in two parts, or none.
 template <class T>
-inline void removeMean(Vec<T>* x, std::size_t n) {
-    WideLanes<T> mean = sumOf(x, n, [](const Vec<T>& v) { return v; });
-    for (auto& part : mean.part) part /= static_cast<double>(n);
-    const Vec<T> high = narrowLanes(mean);
-    if constexpr (sizeof(T) == sizeof(double)) {
-        for (std::size_t i = 0; i < n; ++i) x[i] -= high;
-    } else {
+struct FrameMean {
+    Vec<T> high, low;
+
+    FrameMean() : high(T(0)), low(T(0)) {}
+    FrameMean(const Vec<T>* x, std::size_t n) : FrameMean() {
+        WideLanes<T> mean = sumOf(x, n, [](const Vec<T>& v) { return v; });
+        for (auto& part : mean.part) part /= static_cast<double>(n);
+        high = narrowLanes(mean);
+        if constexpr (sizeof(T) == sizeof(double)) return;
         const WideLanes<T> rounded = wideLanes(high);
         for (std::size_t p = 0; p < WideLanes<T>::kParts; ++p) mean.part[p] -= rounded.part[p];
-        const Vec<T> low = narrowLanes(mean);
-        for (std::size_t i = 0; i < n; ++i) x[i] = (x[i] - high) - low;
+        low = narrowLanes(mean);
     }
-}
+    Vec<T> takenFrom(const Vec<T>& v) const {
+        if constexpr (sizeof(T) == sizeof(double)) return v - high;
+        return (v - high) - low;
+    }
+};
 
-// x[i] - k x[i - 1], the first sample standing before itself, times the window.  Written as a difference and what is
-// left of the sample before: where neighbours are nearly equal, that loses nothing.
-template <class T>
-inline void emphasiseAndWindow(Vec<T>* x, std::size_t n, double preEmphasis, const T* window) {
+// A frame less its mean, with pre-emphasis, times the window, in one pass; the energy before pre-emphasis is returned.
+// x[i] - k x[i - 1], the first sample standing before itself, is written as a difference and what is left of the sample
+// before: where neighbours are nearly equal, that loses nothing.
+template <bool withEnergy, bool emphasised, class T>
+inline WideLanes<T> conditionFrames(Vec<T>* x, std::size_t n, const FrameMean<T>& mean, double preEmphasis,
+                                    const T* window) {
+    constexpr std::size_t kChains = 2, kParts = WideLanes<T>::kParts;
     const Vec<T> left(static_cast<T>(1 - preEmphasis));
-    Vec<T> before = x[0];
-    for (std::size_t i = 0; i < n; ++i) {
-        const Vec<T> now = x[i];
-        x[i] = mulAdd(before, left, Vec<T>(now - before)) * window[i];
-        before = now;
+    Vec<double> sums[kChains][kParts];
+    for (auto& chain : sums) {
+        for (auto& sum : chain) sum = 0.0;
     }
-}
-template <class T>
-inline void applyWindow(Vec<T>* x, std::size_t n, const T* window) {
-    for (std::size_t i = 0; i < n; ++i) x[i] *= window[i];
+    Vec<T> before = mean.takenFrom(x[0]);
+    const auto condition = [&](std::size_t i, std::size_t chain) {
+        const Vec<T> now = mean.takenFrom(x[i]);
+        if constexpr (withEnergy) {
+            const WideLanes<T> square = wideLanes(Vec<T>(now * now));
+            for (std::size_t p = 0; p < kParts; ++p) sums[chain][p] += square.part[p];
+        }
+        x[i] = (emphasised ? mulAdd(before, left, Vec<T>(now - before)) : now) * window[i];
+        before = now;
+    };
+    std::size_t i = 0;
+    for (; i + kChains <= n; i += kChains) {
+        for (std::size_t c = 0; c < kChains; ++c) condition(i + c, c);
+    }
+    if (i < n) condition(i, 0);
+    WideLanes<T> energy;
+    for (std::size_t p = 0; p < kParts; ++p) energy.part[p] = sums[0][p] + sums[1][p];
+    return energy;
 }
 
 }  // namespace kels::features
