@@ -32,6 +32,14 @@ class OutputRows {
   public:
     OutputRows(Kel32f* base, std::ptrdiff_t step) : base_(base), step_(step) {}
     Kel32f* operator()(int64_t t) const { return base_ + static_cast<std::ptrdiff_t>(t) * step_; }
+    // Asks for rows that will be written.
+    void fetch(int64_t t, std::size_t count, std::size_t width) const {
+        constexpr std::size_t kLine = 64 / sizeof(Kel32f);
+        for (std::size_t j = 0; j < count; ++j) {
+            const Kel32f* const row = (*this)(t + static_cast<int64_t>(j));
+            for (std::size_t i = 0; i < width; i += kLine) __builtin_prefetch(row + i, 1);
+        }
+    }
     auto from(int64_t t) const {
         return [rows = *this, t](std::size_t j) { return rows(t + static_cast<int64_t>(j)); };
     }
@@ -59,6 +67,7 @@ void writeStatics(const KelFeatureSpec_32f& spec, const Samples& samples, int64_
     Vec<double>* waiting = work.waiting;
     for (int64_t t = 0; t < frames; t += kFrames) {
         const auto count = static_cast<std::size_t>(std::min(frames - t, kFrames));
+        if (!waits) rows.fetch(t, count, spec.staticWidth);
         batch.run(
             samples, t, count, [&](Vec<double>* values, const Vec<double>& energy, std::size_t at, std::size_t n) {
                 if (ranged) peak.note(values, spec.valueCount);

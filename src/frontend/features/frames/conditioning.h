@@ -116,29 +116,28 @@ struct FrameMean {
 template <bool withEnergy, bool emphasised, class T>
 inline WideLanes<T> conditionFrames(Vec<T>* x, std::size_t n, const FrameMean<T>& mean, double preEmphasis,
                                     const T* window) {
-    constexpr std::size_t kChains = 2, kParts = WideLanes<T>::kParts;
+    constexpr std::size_t kBlock = 4, kParts = WideLanes<T>::kParts;
     const Vec<T> left(static_cast<T>(1 - preEmphasis));
-    Vec<double> sums[kChains][kParts];
-    for (auto& chain : sums) {
-        for (auto& sum : chain) sum = 0.0;
-    }
+    WideLanes<T> energy;
+    for (auto& part : energy.part) part = 0.0;
     Vec<T> before = mean.takenFrom(x[0]);
-    const auto condition = [&](std::size_t i, std::size_t chain) {
-        const Vec<T> now = mean.takenFrom(x[i]);
-        if constexpr (withEnergy) {
-            const WideLanes<T> square = wideLanes(Vec<T>(now * now));
-            for (std::size_t p = 0; p < kParts; ++p) sums[chain][p] += square.part[p];
+    // Squares of a few samples are added up in T, these sums in double.
+    const auto conditionBlock = [&](std::size_t begin, std::size_t count) {
+        Vec<T> squares(T(0));
+        for (std::size_t i = begin; i < begin + count; ++i) {
+            const Vec<T> now = mean.takenFrom(x[i]);
+            if constexpr (withEnergy) squares = mulAdd(now, now, squares);
+            x[i] = (emphasised ? mulAdd(before, left, Vec<T>(now - before)) : now) * window[i];
+            before = now;
         }
-        x[i] = (emphasised ? mulAdd(before, left, Vec<T>(now - before)) : now) * window[i];
-        before = now;
+        if constexpr (withEnergy) {
+            const WideLanes<T> wide = wideLanes(squares);
+            for (std::size_t p = 0; p < kParts; ++p) energy.part[p] += wide.part[p];
+        }
     };
     std::size_t i = 0;
-    for (; i + kChains <= n; i += kChains) {
-        for (std::size_t c = 0; c < kChains; ++c) condition(i + c, c);
-    }
-    if (i < n) condition(i, 0);
-    WideLanes<T> energy;
-    for (std::size_t p = 0; p < kParts; ++p) energy.part[p] = sums[0][p] + sums[1][p];
+    for (; i + kBlock <= n; i += kBlock) conditionBlock(i, kBlock);
+    conditionBlock(i, n - i);
     return energy;
 }
 

@@ -60,6 +60,7 @@ struct LogarithmEnd {
     // A value as it is, for what is not known yet.
     LogarithmEnd() : least(-std::numeric_limits<double>::infinity()), offset(0), scale(1) {}
 
+    bool leavesAll() const { return least == -std::numeric_limits<double>::infinity() && offset == 0 && scale == 1; }
     Vec<double> operator()(const Vec<double>& v) const { return (notBelow(Vec<double>(least), v) + offset) * scale; }
 };
 
@@ -141,10 +142,11 @@ template <class Rows>
 inline void finishRows(const KelFeatureSpec_32f& spec, Vec<double>* values, const Vec<double>& energy,
                        const LogarithmEnd& end, Vec<double>* work, const Rows& rows, std::size_t count) {
     const KelFeatureConfig& c = spec.config;
-    Vec<double>* const row = work;
-    if (hasLogarithm(c)) {
+    if (hasLogarithm(c) && !end.leavesAll()) {
         for (std::size_t i = 0; i < spec.valueCount; ++i) values[i] = end(values[i]);
     }
+    if (c.output != kelFeatCepstra && c.energy == 0) return storeRows(values, spec.valueCount, rows, count);
+    Vec<double>* const row = work;
     if (c.output == kelFeatCepstra) {
         const bool withC0 = (c.energy & kelFeatC0) != 0;
         CosineTransform(spec).apply(values, work + spec.staticWidth, spec.places, withC0, row);
