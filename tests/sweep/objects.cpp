@@ -136,7 +136,7 @@ constexpr auto freeBlocks = forms(kelsBlockDMatrixFree_16s, kelsBlockDMatrixFree
 
 template <class Matrix, class T>
 Object blockMatrix(Dice& dice, int) {
-    const int most = dice.oneIn(4) ? 50 : 9;  // now and then more than the stack holds of it
+    const int most = dice.oneIn(4) ? 99 : 9;  // now and then more than the stack holds of it
     std::vector<int> sizes(static_cast<std::size_t>(dice.between(1, 5)));
     std::vector<const T*> rows;
     const std::vector<T> elements = values<T>(dice, 300);

@@ -48,7 +48,9 @@ struct Words {
     bool fits(const Type& type) const {
         if (type.kind == Kind::Int || type.kind == Kind::Float) return argument.scalar;
         if (argument.scalar) return false;
-        const bool rows = argument.created || cut(shape, ',').size() == 2 || (!argument.kind.empty() && !shape.empty());
+        const std::size_t extents = cut(shape, ',').size();
+        if (extents == 3) return true;
+        const bool rows = argument.created || extents == 2 || (!argument.kind.empty() && !shape.empty());
         return rows == (type.kind == Kind::Rows);
     }
 };
@@ -130,6 +132,7 @@ Signature::Signature(const Function& itsFunction, const Rule& rule) : function(i
         if (!w.argument.kind.empty() && w.argument.kind.back() == ':') w.argument.kind += name.back();
         arguments.push_back(w.argument);
     }
+    bool absent = false;
     const auto lookup = [&](const std::string& name) -> std::size_t {
         const std::string owner = name.substr(0, name.find('.'));
         for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -140,12 +143,14 @@ Signature::Signature(const Function& itsFunction, const Rule& rule) : function(i
         }
         // An argument that this function does not have counts as 0.
         for (const Words& w : all) {
-            if (w.name == owner) return kFirstProperty - 1;
+            if (w.name == owner) return absent = true, kFirstProperty - 1;
         }
         bad(function, "nothing is called " + name);
     };
     for (std::size_t i = 0; i < words.size(); ++i) {
-        for (const std::string& extent : cut(words[i].shape, ',')) arguments[i].shape.emplace_back(extent, lookup);
+        std::vector<std::string> extents = cut(words[i].shape, ',');
+        if (extents.size() == 3 && arguments[i].type.kind == Kind::Rows) extents.erase(extents.begin() + 1);
+        for (const std::string& extent : extents) arguments[i].shape.emplace_back(extent, lookup);
         if (!words[i].low.empty()) arguments[i].low = Expression(words[i].low, lookup);
         if (!words[i].high.empty()) arguments[i].high = Expression(words[i].high, lookup);
         for (const std::string& alias : words[i].aliases) {
@@ -162,8 +167,10 @@ Signature::Signature(const Function& itsFunction, const Rule& rule) : function(i
         const bool conditional = !name.empty() && name.back() == ':';
         if (conditional) name.pop_back();
         if (name.empty()) continue;
-        checks.push_back({statusOf(name), condition, {}});
-        if (conditional) checks.back().expression = Expression(condition, lookup);
+        Check check = {statusOf(name), condition, {}};
+        absent = false;
+        if (conditional) check.expression = Expression(condition, lookup);
+        if (!absent) checks.push_back(check);
     }
     std::istringstream in(noteText);
     for (std::string note; in >> note;) {

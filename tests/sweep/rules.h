@@ -11,7 +11,8 @@
 //     n               a scalar; an int is a size from 1 on, a float any ordinary number
 //     mode=0..3       a scalar from a range;   hint=any  a scalar of any value;   sf  a scale factor, any int
 //     s[n]            an array of n elements, with any contents;   s[n]=0..9  with contents from a range (i: the index)
-//     s[h,step,w]     h rows of w elements, step from row to row; what is between rows is neither read nor written
+//     s[h,step,w]     h rows of w elements, step from row to row; what is between rows is neither read nor written;
+//                     of a function that takes row pointers, h rows of w elements
 //     s[h,w]          row pointers to h rows of w elements
 //     +d[n]           read and written;   ~b[n]  scratch, whose contents afterwards mean nothing
 //     p?[n]           may be null
@@ -21,7 +22,8 @@
 //     pp>FFT          where a new object is stored;   spec<FFT  an object that the call releases
 //     mel!            a scalar that is trusted: a fault in it has no defined result
 //
-// Checks, in the order in which they are made: the name of the status and the condition under which it is returned.
+// Checks, in the order in which they are made: the name of the status and the condition under which it is returned,
+// if the function has all the arguments that it is about.
 // NullPtr alone means: any pointer that must not be null.  Conditions are those of expression.h.
 //
 // Notes: what is not so for most functions.

@@ -204,73 +204,23 @@ void Call::resolve(std::size_t a) {
             }
             tooLarge_ |= wanted > 12;
         }
-        place(a, false);
+        place(a);
     }
     state_[a] = 2;
 }
 
-bool Call::place(std::size_t a, bool) {
+// Finds a place for an array and makes up what it holds.
+void Call::place(std::size_t a) {
     const Argument& argument = s_.arguments[a];
     Array& array = arrays_[a];
-    if (argument.created) {
-        array.rows = 1;
-        array.row = sizeof(void*);
-    } else if (argument.isObject()) {
-        if (argument.shape.empty()) return true;
-        array.rows = 1;
-        array.row = objects_[a].size() * sizeof(void*);
+    if (argument.isObject() && argument.shape.empty()) return;
+    if (argument.isObject()) {
         for (const Object& object : objects_[a]) tables_[a].push_back(object.pointer);
-    } else {
-        double extent[3] = {1, 0, 0};
-        for (std::size_t k = 0; k < argument.shape.size(); ++k) extent[k] = argument.shape[k](*this);
-        const std::size_t dimensions = argument.shape.size();
-        double elements = dimensions == 3 ? (extent[0] - 1) * extent[1] + extent[2] : dimensions == 2 ? 0 : extent[0];
-        const bool ragged = dimensions == 2;
-        if (ragged) {  // extents of the rows one by one
-            for (int r = 0; r < std::clamp(extent[0], 0.0, 4096.0); ++r) {
-                const double length = argument.shape[1](*this, r);
-                elements = length >= 0 ? elements + length : NAN;
-            }
-            if (extent[0] > 4096) elements = NAN;
-        }
-        const double most = largest_ <= 20 ? 20000 : Memory::kSlotBytes - 2 * Memory::kMargin;
-        const bool fits = elements >= 0 && elements * static_cast<double>(sizeOf(argument)) <= most && extent[0] >= 0 &&
-                          (!ragged || extent[0] * sizeof(void*) <= most);
-        if (!fits) {
-            tooLarge_ = true;
-            for (double& e : extent) e = std::clamp(e, 0.0, 3.0);
-            elements = dimensions == 1 ? 8 : 0;
-        }
-        const std::size_t size = sizeOf(argument);
-        array.rows = dimensions == 1 ? 1 : static_cast<std::size_t>(extent[0]);
-        if (dimensions == 1) array.row = static_cast<std::size_t>(elements) * size;
-        if (dimensions == 3 && fits && !(extent[1] >= extent[2] && extent[2] >= 0)) {  // a faulty step
-            array.rows = 1;
-            array.row = static_cast<std::size_t>(elements) * size;
-        } else if (dimensions == 3) {
-            array.step = fits ? static_cast<std::size_t>(extent[1]) * size : 0;
-            array.row = fits ? static_cast<std::size_t>(extent[2]) * size : 0;
-            if (array.rows == 1) array.step = array.row;
-        }
-        if (ragged) {
-            array.table.bytes = array.rows * sizeof(void*);
-            uint8_t* const slot = memory_.slot(a);
-            array.table.at = slot + Memory::kSlotBytes - array.table.bytes;
-            array.table.margin = Piece::Before;
-            uint8_t* next =
-                memory_.rest(a) + Memory::kSlotBytes - static_cast<std::size_t>(fits ? elements : 24) * size;
-            for (std::size_t r = 0; r < array.rows; ++r) {
-                const std::size_t bytes =
-                    (fits ? static_cast<std::size_t>(argument.shape[1](*this, static_cast<double>(r))) : 1) * size;
-                if (r < Memory::kRows && bytes + 2 * Memory::kMargin < Memory::kRowBytes) {
-                    array.pieces.push_back({memory_.row(a, r) + Memory::kRowBytes - bytes, bytes, Piece::Before});
-                } else {
-                    array.pieces.push_back({next, bytes, Piece::Nowhere});
-                }
-                next += bytes;
-            }
-        }
     }
+    const bool pointers = argument.created || argument.isObject();
+    if (pointers) array.rows = 1, array.row = sizeof(void*) * (argument.created ? 1 : tables_[a].size());
+    if (!pointers && argument.shape.size() == 2) placeRows(a);
+    if (!pointers && argument.shape.size() != 2) measure(a);
     if (array.table.at == nullptr) {
         const std::size_t bytes = array.rows == 0 ? 0 : array.step * (array.rows - 1) + array.row;
         const bool end = !dice_.oneIn(4);
@@ -283,7 +233,62 @@ bool Call::place(std::size_t a, bool) {
     array.content.resize(all);
     if (!tables_[a].empty()) std::memcpy(array.content.data(), tables_[a].data(), all);
     if (argument.kind.empty() && !argument.scratch && argument.isInput()) fillContent(a);
-    return true;
+}
+
+// Whether an array of so many bytes can be had.  If not, something small takes its place, and nothing is called unless
+// a check refuses it.
+bool Call::fits(double bytes) {
+    const double most = largest_ <= 20 ? 20000 : Memory::kSlotBytes - 2 * Memory::kMargin;
+    const bool good = bytes >= 0 && bytes <= most;
+    tooLarge_ |= !good;
+    return good;
+}
+
+// The size of one row, or of rows with a step.
+void Call::measure(std::size_t a) {
+    const Argument& argument = s_.arguments[a];
+    Array& array = arrays_[a];
+    const auto size = static_cast<double>(sizeOf(argument));
+    double extent[3] = {1, 0, 0};
+    for (std::size_t k = 0; k < argument.shape.size(); ++k) extent[k] = argument.shape[k](*this);
+    const bool stepped = argument.shape.size() == 3;
+    const bool good = fits(extent[0] < 0 ? -1 : size * (stepped ? (extent[0] - 1) * extent[1] + extent[2] : extent[0]));
+    const auto bytes = [=](double elements) { return static_cast<std::size_t>(size * elements); };
+    array.rows = 1;
+    if (!good) {
+        array.row = bytes(8);
+    } else if (stepped && extent[1] >= extent[2] && extent[2] >= 0) {
+        array.rows = static_cast<std::size_t>(extent[0]);
+        array.row = bytes(extent[2]);
+        array.step = array.rows == 1 ? array.row : bytes(extent[1]);
+    } else {  // also for a faulty step
+        array.row = bytes(stepped ? (extent[0] - 1) * extent[1] + extent[2] : extent[0]);
+    }
+}
+
+// Rows apart from each other, as many as there are places for, with a table of their addresses.
+void Call::placeRows(std::size_t a) {
+    const Argument& argument = s_.arguments[a];
+    Array& array = arrays_[a];
+    const double rows = argument.shape[0](*this), size = static_cast<double>(sizeOf(argument));
+    std::vector<double> lengths;
+    double bytes = 0;
+    for (int r = 0; r < std::clamp(rows, 0.0, 4096.0); ++r) {
+        lengths.push_back(argument.shape[1](*this, r));
+        bytes = lengths.back() >= 0 ? bytes + size * lengths.back() : NAN;
+    }
+    if (!fits(bytes) || !fits(rows > 4096 ? -1 : rows * sizeof(void*))) lengths.assign(3, 1), bytes = 3 * size;
+    array.rows = lengths.size();
+    array.table = {nullptr, array.rows * sizeof(void*), Piece::Before};
+    array.table.at = memory_.slot(a) + Memory::kSlotBytes - array.table.bytes;
+    uint8_t* next = memory_.rest(a) + Memory::kSlotBytes - static_cast<std::size_t>(bytes);
+    for (std::size_t r = 0; r < array.rows; ++r) {
+        const auto length = static_cast<std::size_t>(size * lengths[r]);
+        const bool apart = r < Memory::kRows && length + 2 * Memory::kMargin < Memory::kRowBytes;
+        if (apart) array.pieces.push_back({memory_.row(a, r) + Memory::kRowBytes - length, length, Piece::Before});
+        if (!apart) array.pieces.push_back({next, length, Piece::Nowhere});
+        next += length;
+    }
 }
 
 void Call::fillContent(std::size_t a) {

@@ -90,7 +90,10 @@ class Call : private Variables {
 
     void resolve(std::size_t argument);
     double randomScalar(const Argument& argument);
-    bool place(std::size_t argument, bool faulty);
+    void place(std::size_t argument);
+    void placeRows(std::size_t argument);
+    void measure(std::size_t argument);
+    bool fits(double bytes);
     void fillContent(std::size_t argument);
     void restore(const Setting& setting);
     void give(const Setting& setting);

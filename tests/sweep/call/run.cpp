@@ -213,7 +213,9 @@ Call::Result Call::run(const Setting& setting) {
             void* before;
             std::memcpy(&made, arrays_[a].pieces[0].at, sizeof made);
             std::memset(&before, setting.fill, sizeof before);
-            if (made != before && made != nullptr) objectKind(argument).release(made);
+            const bool something = made != before && made != nullptr;
+            if (something) objectKind(argument).release(made);
+            if (!something && result.status >= 0 && result.wrong.empty()) result.wrong = "made no " + argument.name;
         }
         if (argument.released && !objects_[a].empty()) {
             Object& object = objects_[a][0];

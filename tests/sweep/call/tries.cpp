@@ -43,16 +43,20 @@ std::string Call::tryGood() {
     return difference.empty() ? "" : "over other garbage: " + difference;
 }
 
+// A call that does without memory that it asked for leaves what it usually leaves.
 std::string Call::tryFailingAllocations() {
+    const Result usual = run({});
     for (int n = 0; n < 60; ++n) {
         Setting setting;
         setting.failAt = n;
         const Result result = run(setting);
-        if (!result.wrong.empty()) return "allocation " + std::to_string(n) + " failing: " + result.wrong;
-        if (result.allocations <= n) return "";
-        if (result.status != s_.memory && !allowed(result.status)) {
-            return "allocation " + std::to_string(n) + " failing: status " + std::to_string(result.status);
+        std::string wrong = result.wrong;
+        if (wrong.empty() && result.status != s_.memory && !allowed(result.status)) {
+            wrong = "status " + std::to_string(result.status);
         }
+        if (wrong.empty() && result.status >= 0) wrong = compare(usual, result, setting, setting, true);
+        if (!wrong.empty()) return "allocation " + std::to_string(n) + " failing: " + wrong;
+        if (result.allocations <= n) return "";
     }
     return "";
 }

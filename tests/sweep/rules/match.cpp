@@ -5,17 +5,13 @@ namespace sweep {
 
 Rules matchRules() {
     return {
-        {"a[h,w] h b[k,w] k w r[1] delta=any beam=any", "NullPtr; Size: h<1||k<1||w<1", {F(kelsDTW_L2_32f_D2L)}},
-        {"a[h,step,w] h b[k,step,w] k w step=w..w+5 r[1] delta=any beam=any",
+        {"a[h,step,w] h b[k,step,w] k w (step=w..w+5) r[1] delta=any beam=any",
          "NullPtr; Size: h<1||k<1||w<1; Size: step<w",
-         {F(kelsDTW_L2_32f_D2)}},
-        {"a[h,w] h b[k,w] k w r[1] delta=any beam=any sf",
-         "NullPtr; Size: h<1||k<1||w<1",
-         {F(kelsDTW_L2_8u32s_D2LSfs), F(kelsDTW_L2Low_16s32s_D2LSfs)},
-         "mode leaks"},
-        {"a[h,step,w] h b[k,step,w] k w step=w..w+5 r[1] delta=any beam=any sf",
+         {F(kelsDTW_L2_32f_D2), F(kelsDTW_L2_32f_D2L)}},
+        {"a[h,step,w] h b[k,step,w] k w (step=w..w+5) r[1] delta=any beam=any sf",
          "NullPtr; Size: h<1||k<1||w<1; Size: step<w",
-         {F(kelsDTW_L2_8u32s_D2Sfs), F(kelsDTW_L2Low_16s32s_D2Sfs)},
+         {F(kelsDTW_L2_8u32s_D2Sfs), F(kelsDTW_L2Low_16s32s_D2Sfs), F(kelsDTW_L2_8u32s_D2LSfs),
+          F(kelsDTW_L2Low_16s32s_D2LSfs)},
          "mode leaks"},
         {"s[n] n k=0..n-1 r[1]",
          "NullPtr; Size: n<1; BadArg: k<0||k>=n",
