@@ -14,6 +14,7 @@
 #include "common/sample_input.h"
 #include "common/sound_output.h"
 #include "common/stream.h"
+#include "common/text_output.h"
 
 namespace {
 
@@ -36,42 +37,6 @@ struct UsageError : std::runtime_error {
 };
 
 // Standard output, or a file that appears when it is complete.
-class TextOutput {
-  public:
-    explicit TextOutput(const std::string& name) {
-        if (name == "-") return;
-        output_ = std::make_unique<common::OutputFile>(name);
-        file_ = std::fopen(output_->path().c_str(), "w");
-        if (!file_) output_->fail(std::strerror(errno));
-    }
-    ~TextOutput() {
-        if (output_ && file_) std::fclose(file_);
-    }
-    TextOutput(const TextOutput&) = delete;
-    TextOutput& operator=(const TextOutput&) = delete;
-
-    void write(const float* row, int count) {
-        for (int i = 0; i < count; ++i) {
-            std::fprintf(file_, "%.7g%c", static_cast<double>(row[i]), i + 1 < count ? ' ' : '\n');
-        }
-        if (std::ferror(file_) || (!output_ && std::fflush(file_) != 0)) fail();
-    }
-    void finish() {
-        if (!output_) return;
-        if (std::fclose(std::exchange(file_, nullptr)) != 0) fail();
-        output_->finish();
-    }
-
-  private:
-    [[noreturn]] void fail() {
-        if (output_) output_->fail(std::strerror(errno));
-        throw std::runtime_error(std::string("standard output: ") + std::strerror(errno));
-    }
-    std::unique_ptr<common::OutputFile> output_;
-    std::FILE* file_ = stdout;
-};
-
-// The same for samples.
 class SpeechOutput {
   public:
     explicit SpeechOutput(const std::string& name) {
@@ -154,10 +119,15 @@ void run(std::vector<std::string> arguments) {
         process(input, {[&](const float* samples, int count) { output.write(samples, count); }, {}, {}, {}});
         output.finish();
     } else {
-        TextOutput output(out);
+        common::TextOutput output(out);
         const int columns = gains ? 25 : common::AuroraStream::kFeatures;
         common::AuroraStream::Listener listener;
-        (gains ? listener.gains : listener.features) = [&](const float* row) { output.write(row, columns); };
+        (gains ? listener.gains : listener.features) = [&](const float* row) {
+            for (int i = 0; i < columns; ++i) {
+                output.print("%.7g%c", static_cast<double>(row[i]), i + 1 < columns ? ' ' : '\n');
+            }
+            output.endLine();
+        };
         process(input, listener);
         output.finish();
     }

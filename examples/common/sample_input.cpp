@@ -21,6 +21,10 @@ void SampleInput::fail(const std::string& why) const {
     throw std::runtime_error(name_ + ": " + why);
 }
 
+std::int64_t SampleInput::length() const {
+    return file_ ? file_->info().frames : 0;
+}
+
 const std::vector<float>& SampleInput::read(std::size_t count) {
     samples_.resize(count);
     if (file_) {

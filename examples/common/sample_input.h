@@ -2,6 +2,7 @@
 #ifndef COMMON_SAMPLE_INPUT_H
 #define COMMON_SAMPLE_INPUT_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,6 +17,7 @@ class SampleInput {
     // A mono sound file of any format that libsndfile reads; or, for "-", raw 16-bit samples of this rate.
     SampleInput(const std::string& name, int rate);
     int rate() const { return rate_; }
+    std::int64_t length() const;  // samples, as the file's header says; 0 of standard input
     [[noreturn]] void fail(const std::string& why) const;
 
     const std::vector<float>& samples() const { return samples_; }  // those of the last read
