@@ -13,6 +13,7 @@ from kels._features import PRESETS, FeatureExtractor, FeatureStream, feature_con
 from kels._lpc import (cepstrum_to_lpc, lpc, lpc_spectrum, lpc_to_cepstrum, lpc_to_lsp, lpc_to_reflection, lsp_to_lpc,
                        reflection_to_lpc)
 from kels._mixture import GaussianMixture
+from kels._pitch import find_peaks, periodicity, pitch, similarity, spectral_entropy
 from kels._resample import Resampler, resample
 from kels._rows import delta, dtw, pre_emphasis, window
 from kels._vad import VoiceActivity, vad

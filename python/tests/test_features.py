@@ -110,3 +110,34 @@ def test_predictors_solve_the_normal_equations(rng):
     palindrome = np.append(whole[0], 0) + np.append(0, whole[0][::-1])
     roots = np.angle(np.roots(palindrome))
     assert np.allclose(angles[::2], np.sort(roots[(roots > 1e-6) & (roots < np.pi - 1e-6)]), atol=1e-4)
+
+
+def test_pitch_follows_a_glide_in_noise(rng):
+    rate = 16000
+    t = np.arange(2 * rate) / rate
+    exact = 110 * 2 ** np.sin(2 * t)
+    phase = 2 * np.pi * np.cumsum(exact) / rate
+    voiced = (t > 0.4) & (t < 1.6)
+    sound = 0.1 * voiced * sum(np.sin(h * phase) / h for h in range(1, 15)) + rng.normal(0, 0.01, len(t))
+    times, frequencies, strengths = kels.pitch(sound, rate)
+    assert len(times) == 200 and frequencies.dtype == strengths.dtype == np.float32
+    inside, outside = (times > 0.45) & (times < 1.55), (times < 0.35) | (times > 1.65)
+    assert np.abs(frequencies[inside] / exact[::rate // 100][inside] - 1).max() < 0.02
+    assert strengths[inside].min() > 0.7 and not frequencies[outside].any()
+    assert not kels.pitch(np.zeros(800), 8000)[1].any() and len(kels.pitch(np.zeros(0), 8000)[0]) == 0
+
+
+def test_measures_of_periodicity_are_their_formulas(rng):
+    x = rng.normal(size=(3, 300)).astype(np.float32)
+    wide = x.astype(np.float64)
+    expected = [[row[:100] @ row[k:k + 100] / np.sqrt((row[:100] @ row[:100]) * (row[k:k + 100] @ row[k:k + 100]))
+                 for k in range(5, 60)] for row in wide]
+    assert np.allclose(kels.similarity(x, 100, 5, 59), expected, atol=1e-6)
+    window = np.hanning(300)
+    r = [np.correlate(v, v, 'full')[299:390] for v in (wide[0] * window, window)]
+    expected = r[0] / r[0][0] * r[1][0] / r[1]
+    assert np.allclose(kels.periodicity(wide[0] * window, 5, 90, window=window), expected[5:], atol=1e-5)
+    p = np.abs(wide)
+    assert np.allclose(kels.spectral_entropy(p), [-(v / v.sum() * np.log(v / v.sum())).sum() / np.log(300) for v in p])
+    with pytest.raises(ValueError, match='too few'):
+        kels.similarity(x, 100, 5, 201)
