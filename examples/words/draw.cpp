@@ -113,7 +113,7 @@ void drawAnalysis(const std::filesystem::path& picture, const std::string& title
         speech.emplace_back(std::max(0.0, firstCell + begin * step), std::min(seconds, firstCell + end * step));
     drawWaveform(page, recording, wordBegin, wordEnd, speech);
 
-    const Matrix& logMel = analysis.logMel;
+    const Matrix& logMel = analysis.spectra;
     float loudest = logMel.row(0)[0];
     for (int t = 0; t < logMel.rows(); ++t)
         loudest = std::max(loudest, *std::max_element(logMel.row(t), logMel.row(t) + settings.filters));

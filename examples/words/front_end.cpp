@@ -1,5 +1,6 @@
 #include "front_end.h"
 
+#include <bit>
 #include <cmath>
 #include <map>
 
@@ -8,8 +9,7 @@
 namespace words {
 namespace {
 
-constexpr float kMelMul = 1127;
-constexpr float kMelDiv = 700;
+constexpr int kLowestRate = 2000;
 constexpr double kNepersPerDb = 0.2302585;          // of energy; half as many of magnitude
 constexpr double kLeastEnergy = 1;                  // of a frame in the range of 16-bit audio
 constexpr float kLeastVariance = 1e-3F;             // keeps a constant column from being blown up
@@ -87,21 +87,31 @@ FrontEnd::FrontEnd(int rate, const FrontEndSettings& settings)
       analysisRate_(settings.denoise ? 8000 : rate),
       frameLength_(static_cast<int>(std::lround(settings.frameSeconds * static_cast<float>(analysisRate_)))),
       frameStep_(static_cast<int>(std::lround(settings.stepSeconds * static_cast<float>(analysisRate_)))),
-      window_(hammingWindow(frameLength_)),
       speechDetector_(analysisRate_, frameLength_, frameStep_) {
-    const auto rateHz = static_cast<float>(analysisRate_);
-    if (frameLength_ < 16 || frameStep_ < 1 || rateHz < 4 * settings.lowHz)
+    if (analysisRate_ < kLowestRate || frameLength_ < 16 || frameStep_ < 1)
         throw std::runtime_error("a sample rate of " + std::to_string(rate) + " Hz is too low for speech");
-    KelFilterBank_32f* bank = nullptr;
-    const float highHz = std::min(settings.highHz, settings.highShare * rateHz / 2);
-    check(kelsMelFBankInitAlloc_32f(&bank, &fftOrder_, frameLength_, rateHz, settings.lowHz * settings.warp,
-                                    std::min(highHz * settings.warp, rateHz / 2), settings.filters, kMelMul,
-                                    kMelDiv * settings.warp, kelFBankWeightMel),
-          "kelsMelFBankInitAlloc_32f");
-    filterBank_.reset(bank);
-    KelFFTSpec_R_32f* fft = nullptr;
-    check(kelsFFTInitAlloc_R_32f(&fft, fftOrder_, kelFftNoDiv, kelHintNone), "kelsFFTInitAlloc_R_32f");
-    fft_.reset(fft);
+    KelFeatureConfig config;
+    // All frequencies are relative to the sample rate: with one so much lower they become so much higher.
+    check(kelsFeaturePreset(&config, static_cast<int>(std::lround(static_cast<float>(analysisRate_) / settings.warp)),
+                            kelFeatHtkMfcc),
+          "kelsFeaturePreset");
+    config.frameLen = frameLength_;
+    config.frameShift = frameStep_;
+    config.fftLen = static_cast<int>(std::bit_ceil(static_cast<unsigned>(frameLength_)));
+    config.preEmphasis = settings.preEmphasis;
+    config.numFilters = settings.filters;
+    config.lowFreq = settings.lowHz;
+    config.highFreq = std::min({settings.highHz, settings.highShare * static_cast<float>(analysisRate_) / 2,
+                                static_cast<float>(config.sampleRate) / 2});
+    config.output = kelFeatBank;
+    config.logKind = kelFeatLogNone;
+    config.energy = kelFeatEnergy;
+    config.energyRaw = 0;
+    config.energyFloor = kLeastEnergy;
+    config.hint = kelHintFast;
+    KelFeatureSpec_32f* spectra = nullptr;
+    check(kelsFeatureInitAlloc_32f(&spectra, &config), "kelsFeatureInitAlloc_32f");
+    spectra_.reset(spectra);
     KelDCTLifterState_32f* dct = nullptr;
     const float orthonormal = std::sqrt(2.0F / static_cast<float>(settings.filters));
     check(kelsDCTLifterInitAlloc_32f(&dct, settings.filters, settings.cepstra, settings.lifter, orthonormal),
@@ -110,10 +120,13 @@ FrontEnd::FrontEnd(int rate, const FrontEndSettings& settings)
 }
 
 float FrontEnd::centreHz(int filter) const {
-    std::vector<int> centres(static_cast<std::size_t>(settings_.filters) + 2);
-    check(kelsFBankGetCenters_32f(filterBank_.get(), centres.data()), "kelsFBankGetCenters_32f");
-    const int bin = centres[static_cast<std::size_t>(filter) + 1];
-    return static_cast<float>(bin) * static_cast<float>(analysisRate_) / static_cast<float>(1 << fftOrder_);
+    const int bins = static_cast<int>(std::bit_ceil(static_cast<unsigned>(frameLength_))) / 2 + 1;
+    Matrix weights(settings_.filters, bins);
+    check(kelsFeatureGetBank_32f_D2(weights.row(0), weights.step(), spectra_.get()), "kelsFeatureGetBank_32f_D2");
+    Kel32f largest = 0;
+    int bin = 0;
+    check(kelsMaxIndx_32f(weights.row(filter), bins, &largest, &bin), "kelsMaxIndx_32f");
+    return static_cast<float>(bin) * static_cast<float>(analysisRate_) / static_cast<float>(2 * (bins - 1));
 }
 
 void FrontEnd::requireFrames(const Recording& recording) const {
@@ -158,88 +171,58 @@ Analysis FrontEnd::analyseAurora(const Denoised& denoised) const {
 }
 
 Analysis FrontEnd::analyseSpectra(const Recording& recording) const {
-    Vector signal = withoutOffset(recording.samples);
+    const Vector signal = withoutOffset(recording.samples);
     FrameSpan word;
     if (settings_.trim == Trim::detector) word = speechDetector_.detect(signal).word;
-    preEmphasise(signal, settings_.preEmphasis);
-    Spectra s = spectra(signal);
-
-    const int frames = s.logMel.rows();
-    if (maximum(s.logEnergies.data(), frames) <= std::log(kLeastEnergy)) throw std::runtime_error("holds no sound");
-    if (settings_.trim == Trim::energy) word = wordByEnergy(s.logEnergies);
-    if (word.begin == word.end) word = {0, frames};  // nothing found, or nothing to be cut off
     Analysis analysis;
+    analysis.spectra = spectra(signal);
+
+    const Matrix& rows = analysis.spectra;
+    float loudest = rows.row(0)[settings_.filters];
+    for (int t = 1; t < rows.rows(); ++t) loudest = std::max(loudest, rows.row(t)[settings_.filters]);
+    if (loudest <= std::log(kLeastEnergy)) throw std::runtime_error("holds no sound");
+    if (settings_.trim == Trim::energy) {
+        const auto loud = loudFrames(rows.row(0) + settings_.filters, rows.step(), rows.rows(), settings_.wordSpanDb);
+        word.begin = static_cast<int>(std::find(loud.begin(), loud.end(), true) - loud.begin());
+        word.end = static_cast<int>(loud.rend() - std::find(loud.rbegin(), loud.rend(), true));
+    }
+    if (word.begin == word.end) word = {0, rows.rows()};  // nothing found, or nothing to be cut off
     analysis.wordBegin = word.begin;
     analysis.wordEnd = word.end;
-    analysis.features = withDerivatives(statics(s, word.begin, word.end));
-    analysis.logMel = std::move(s.logMel);
+    analysis.features = withDerivatives(statics(rows, word.begin, word.end));
     return analysis;
 }
 
-FrameSpan FrontEnd::wordByEnergy(const Vector& logEnergies) const {
-    const float loudest = maximum(logEnergies.data(), logEnergies.size());
-    const float quietest = loudest - static_cast<float>(kNepersPerDb) * settings_.wordSpanDb;
-    FrameSpan word{0, logEnergies.size()};
-    while (logEnergies[word.begin] < quietest) ++word.begin;
-    while (logEnergies[word.end - 1] < quietest) --word.end;
-    return word;
-}
-
-FrontEnd::Spectra FrontEnd::spectra(const Vector& signal) const {
-    const int frames = 1 + (signal.size() - frameLength_) / frameStep_;
-    const int fftLength = 1 << fftOrder_;
-    const int bins = fftLength / 2 + 1;
+Matrix FrontEnd::spectra(const Vector& signal) const {
     const int filters = settings_.filters;
-    Vector frame(frameLength_);
-    Vector padded(fftLength);
-    Vector spectrum(2 * bins);
-    Vector magnitude(bins);
-    int bufferBytes = 0;
-    check(kelsFFTGetBufSize_R_32f(fft_.get(), &bufferBytes), "kelsFFTGetBufSize_R_32f");
-    Vector fftBuffer(bufferBytes / 4 + 4);  // the size stated and 15 bytes for alignment
-
-    Spectra result{Matrix(frames, filters), Vector(frames)};
+    int height = 0, width = 0;
+    check(kelsFeatureGetSize_32f(spectra_.get(), signal.size(), &height, &width), "kelsFeatureGetSize_32f");
+    Matrix result(height, width);
+    check(kelsFeature_32f_D2(signal.data(), signal.size(), result.row(0), result.step(), spectra_.get(), nullptr),
+          "kelsFeature_32f_D2");
     float largest = 0;
-    for (int t = 0; t < frames; ++t) {
-        check(kelsMul_32f(signal.data() + t * frameStep_, window_.data(), frame.data(), frameLength_), "kelsMul_32f");
-        Kel64f energy = 0;
-        check(kelsDotProd_32f64f(frame.data(), frame.data(), frameLength_, &energy), "kelsDotProd_32f64f");
-        result.logEnergies[t] = static_cast<float>(std::log(std::max(energy, kLeastEnergy)));
-
-        check(kelsCopyWithPadding_32f(frame.data(), frameLength_, padded.data(), fftLength), "kelsCopyWithPadding_32f");
-        check(kelsFFTFwd_RToCCS_32f(padded.data(), spectrum.data(), fft_.get(),
-                                    reinterpret_cast<Kel8u*>(fftBuffer.data())),
-              "kelsFFTFwd_RToCCS_32f");
-        check(kelsMagnitude_32fc(reinterpret_cast<const Kel32fc*>(spectrum.data()), magnitude.data(), bins),
-              "kelsMagnitude_32fc");
-        check(kelsEvalFBank_32f(magnitude.data(), result.logMel.row(t), filterBank_.get()), "kelsEvalFBank_32f");
-        largest = std::max(largest, maximum(result.logMel.row(t), filters));
-    }
-
+    for (int t = 0; t < height; ++t) largest = std::max(largest, maximum(result.row(t), filters));
     const float span = std::exp(static_cast<float>(kNepersPerDb / 2) * settings_.spectrumSpanDb);
-    Vector floor(filters);
-    check(kelsSet_32f(std::max(largest / span, 1.0F), floor.data(), filters), "kelsSet_32f");
-    for (int t = 0; t < frames; ++t) {
-        float* const row = result.logMel.row(t);
-        check(kelsMaxEvery_32f_I(floor.data(), row, filters), "kelsMaxEvery_32f_I");
-        if (settings_.compression == 0) {
-            for (int i = 0; i < filters; ++i) row[i] = std::log(row[i]);
-        } else {
-            check(kelsMulC_32f_I(1 / largest, row, filters), "kelsMulC_32f_I");
-            for (int i = 0; i < filters; ++i) row[i] = kLargestPower * std::pow(row[i], settings_.compression);
-        }
+    for (int t = 0; t < height; ++t) {
+        float* const row = result.row(t);
+        check(kelsMaxEveryC_32f_I(std::max(largest / span, 1.0F), row, filters), "kelsMaxEveryC_32f_I");
+        if (settings_.compression != 0) check(kelsMulC_32f_I(1 / largest, row, filters), "kelsMulC_32f_I");
+        check(kelsLn_32f_I(row, filters), "kelsLn_32f_I");
+        if (settings_.compression == 0) continue;
+        check(kelsMulC_32f_I(settings_.compression, row, filters), "kelsMulC_32f_I");
+        check(kelsExp_32f_I(row, filters), "kelsExp_32f_I");
+        check(kelsMulC_32f_I(kLargestPower, row, filters), "kelsMulC_32f_I");
     }
     return result;
 }
 
-Matrix FrontEnd::statics(const Spectra& spectra, int begin, int end) const {
+Matrix FrontEnd::statics(const Matrix& spectra, int begin, int end) const {
     const int cepstra = settings_.cepstra;
     Matrix result(end - begin, cepstra + 1);
-    for (int t = begin; t < end; ++t) {
-        float* const row = result.row(t - begin);
-        check(kelsDCTLifter_32f(spectra.logMel.row(t), row, dct_.get()), "kelsDCTLifter_32f");
-        row[cepstra] = spectra.logEnergies[t];
-    }
+    check(kelsDCTLifter_32f_D2(spectra.row(begin), spectra.step(), result.row(0), result.step(), result.rows(),
+                               dct_.get()),
+          "kelsDCTLifter_32f_D2");
+    for (int t = begin; t < end; ++t) result.row(t - begin)[cepstra] = spectra.row(t)[settings_.filters];
     const auto loud = loudFrames(result.row(0) + cepstra, result.step(), result.rows(), settings_.loudSpanDb);
     takeMeansOff(result, cepstra, settings_.meanShare, loud);
     if (settings_.normaliseVariance) makeVariancesOne(result, cepstra);

@@ -52,7 +52,7 @@ struct FrontEndSettings {
 
 // The stages that are worth a look.
 struct Analysis {
-    Matrix logMel;      // natural logarithm (or the power) of the filter outputs, a row a frame
+    Matrix spectra;     // a row a frame: natural logarithm (or the power) of the filter outputs, then of the energy
     int wordBegin = 0;  // the frames that belong to the word: wordBegin .. wordEnd - 1
     int wordEnd = 0;
     Matrix features;  // a row a frame of the word: cepstra c1..cM and energy, their deltas, their accelerations
@@ -84,26 +84,18 @@ class FrontEnd {
     float centreHz(int filter) const;
 
   private:
-    struct Spectra {
-        Matrix logMel;
-        Vector logEnergies;
-    };
     void requireFrames(const Recording& recording) const;
     Analysis analyseSpectra(const Recording& recording) const;
     Analysis analyseAurora(const Denoised& denoised) const;
-    Spectra spectra(const Vector& signal) const;
-    FrameSpan wordByEnergy(const Vector& logEnergies) const;
-    Matrix statics(const Spectra& spectra, int begin, int end) const;
+    Matrix spectra(const Vector& signal) const;
+    Matrix statics(const Matrix& spectra, int begin, int end) const;
 
     FrontEndSettings settings_;
     int rate_;
     int analysisRate_;
     int frameLength_;
     int frameStep_;
-    int fftOrder_ = 0;
-    Vector window_;
-    FftSpec fft_;
-    FilterBank filterBank_;
+    FeatureSpec spectra_;
     DctLifter dct_;
     SpeechDetector speechDetector_;
 };

@@ -27,6 +27,7 @@ struct Release {
 };
 
 using FftSpec = std::unique_ptr<KelFFTSpec_R_32f, Release<kelsFFTFree_R_32f>>;
+using FeatureSpec = std::unique_ptr<KelFeatureSpec_32f, Release<kelsFeatureFree_32f>>;
 using FilterBank = std::unique_ptr<KelFilterBank_32f, Release<kelsFBankFree_32f>>;
 using DctLifter = std::unique_ptr<KelDCTLifterState_32f, Release<kelsDCTLifterFree_32f>>;
 

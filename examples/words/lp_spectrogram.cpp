@@ -26,7 +26,7 @@ Matrix lpSpectrogram(const Recording& recording, const FrontEnd& frontEnd) {
     const int order = recording.rate / kHzPerCoefficient + kExtraCoefficients;
     constexpr int kBins = (1 << kFftOrder) / 2 + 1;
     Vector signal = withoutOffset(recording.samples);
-    preEmphasise(signal, settings.preEmphasis);
+    check(kelsPreEmphasis_32f_I(signal.data(), signal.size(), settings.preEmphasis, nullptr), "kelsPreEmphasis_32f_I");
     const Vector window = hammingWindow(length);
     Vector frame(length);
     Vector lags(order + 1);

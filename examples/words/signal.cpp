@@ -1,8 +1,5 @@
 #include "signal.h"
 
-#include <cmath>
-#include <numbers>
-
 namespace words {
 namespace {
 
@@ -13,10 +10,7 @@ constexpr float kFullScale = 32768;
 
 Vector hammingWindow(int length) {
     Vector window(length);
-    for (int i = 0; i < length; ++i) {
-        const double phase = 2 * std::numbers::pi * i / std::max(1, length - 1);
-        window[i] = static_cast<float>(0.54 - 0.46 * std::cos(phase));
-    }
+    check(kelsWindow_32f(window.data(), length, kelWinHamming, 0), "kelsWindow_32f");
     return window;
 }
 
@@ -27,14 +21,6 @@ Vector withoutOffset(const Vector& samples) {
     Kel32f last = signal[0];
     check(kelsCompensateOffset_32f_I(signal.data(), length, &last, 0, kOffsetPole), "kelsCompensateOffset_32f_I");
     return signal;
-}
-
-void preEmphasise(Vector& signal, float factor) {
-    const int length = signal.size();
-    if (length < 2) return;
-    Vector previous(length - 1);
-    check(kelsMulC_32f(signal.data(), factor, previous.data(), length - 1), "kelsMulC_32f");
-    check(kelsSub_32f_I(previous.data(), signal.data() + 1, length - 1), "kelsSub_32f_I");
 }
 
 }  // namespace words

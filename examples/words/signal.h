@@ -11,9 +11,6 @@ Vector hammingWindow(int length);
 // The samples in the range of 16-bit audio, without their constant offset.
 Vector withoutOffset(const Vector& samples);
 
-// Raises the treble: x[n] - factor * x[n-1].
-void preEmphasise(Vector& signal, float factor);
-
 }  // namespace words
 
 #endif
