@@ -23,6 +23,19 @@ class Accumulators {
     // those that the sums were formed with.
     void update(std::vector<WordModel>& models, const Vector& varianceFloor) const;
 
+    // visit(mixture, component, occupation, sums of what frames differ from its mean), for every Gaussian.
+    template <class Visit>
+    void forEachGaussian(std::vector<WordModel>& models, const Visit& visit) const {
+        for (std::size_t word = 0; word < models.size(); ++word) {
+            for (int i = 0; i < models[word].hmm.stateCount(); ++i) {
+                const Place& at = place(static_cast<int>(word), i);
+                for (std::size_t k = 0; k < at.components; ++k)
+                    visit(models[word].hmm.state(i).mixture, static_cast<int>(k), sums_[at.occupations() + k],
+                          &sums_[at.mean(k)]);
+            }
+        }
+    }
+
     double logLikelihood() const { return totals_[0]; }
     double frames() const { return totals_[1]; }
     double logLikelihoodPerFrame() const { return logLikelihood() / frames(); }

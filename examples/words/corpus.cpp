@@ -118,12 +118,16 @@ void addVariants(std::vector<Prepared>& recordings, int rate, const std::vector<
 }  // namespace
 
 Corpus loadCorpus(const std::filesystem::path& folder, const Analyses& analyses, Team& team) {
+    return loadCorpus(listRecordings(folder), analyses, team);
+}
+
+Corpus loadCorpus(std::vector<LabelledFile> all, const Analyses& analyses, Team& team) {
     const ProcessorTimer timer;
     std::vector<LabelledFile> files;
     std::vector<int> shares;
     std::vector<std::size_t> positions;
     int position = 0;
-    for (auto& file : listRecordings(folder)) {
+    for (auto& file : all) {
         const int share = shareOf(position++);
         if (!sharesOf(team).contains(share)) continue;
         files.push_back(std::move(file));

@@ -36,6 +36,8 @@ struct Analyses {
 // team gets its shares of them.
 // Throws std::runtime_error if there is no such folder; it may hold nothing of use.
 Corpus loadCorpus(const std::filesystem::path& folder, const Analyses& analyses, Team& team);
+// The same of a list of files.
+Corpus loadCorpus(std::vector<LabelledFile> all, const Analyses& analyses, Team& team);
 
 }  // namespace words
 

@@ -68,6 +68,18 @@ void forEachFold(const Corpus& corpus, const Split& split, const Choice& choice,
         Team alone;
         std::ostringstream unread;
         recogniser->train(std::move(examples), alone, unread);
+        if (split.adapt > 0) {
+            if (tests.size() <= static_cast<std::size_t>(split.adapt))
+                throw std::runtime_error("too few recordings to adapt to a speaker and test");
+            const auto rest = tests.begin() + split.adapt;
+            std::stable_sort(tests.begin(), tests.end(), [](const Utterance* a, const Utterance* b) {
+                return a->file.label.index < b->file.label.index;
+            });
+            std::vector<Example> heard;
+            for (auto one = tests.begin(); one != rest; ++one) heard.push_back((*one)->example);
+            recogniser->adapt(heard);
+            tests.erase(tests.begin(), rest);
+        }
         test(*recogniser, tests, known);
     };
     if (split.testIndex) {

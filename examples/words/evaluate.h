@@ -20,6 +20,7 @@ struct Split {
     std::optional<std::pair<int, int>> testIndex;  // those whose index is in this range, both ends included
     std::optional<std::string> speaker;            // those of this speaker
     // Neither: each speaker in turn.
+    int adapt = 0;  // with so many recordings of the speaker left out, the first takes; the rest is recognised
 };
 
 // Learns from the one part and hands the other to test(recogniser, recordings, words that were learned), fold by fold.

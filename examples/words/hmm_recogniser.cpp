@@ -7,6 +7,7 @@
 #include <ostream>
 #include <sstream>
 
+#include "adaptation.h"
 #include "parallel.h"
 #include "quiet.h"
 #include "trainer.h"
@@ -195,6 +196,25 @@ void HmmRecogniser::train(std::vector<Example> examples, Team& team, std::ostrea
     estimateLimits(examples, team);
 }
 
+void HmmRecogniser::adapt(const std::vector<Example>& examples) {
+    constexpr int kPasses = 2;
+    Team alone;
+    std::ostringstream unread;
+    Trainer trainer(kWordTraining, alone, unread);
+    for (std::size_t view = 0; view < models_.size(); ++view) {
+        auto& models = models_[view];
+        std::vector<TrainingExample> heard;
+        for (const auto& example : examples) {
+            const auto word = std::find_if(models.begin(), models.end(),
+                                           [&](const WordModel& model) { return model.word == example.word; });
+            if (word == models.end()) throw std::runtime_error("the word \"" + example.word + "\" is not known");
+            for (const auto& variant : example.variants)
+                heard.push_back({static_cast<int>(word - models.begin()), example.share, variant.word[view]});
+        }
+        for (int pass = 0; pass < kPasses; ++pass) adaptMeans(models, trainer.sum(models, heard));
+    }
+}
+
 // What the front ends together say about a recording, word by word.
 struct HmmRecogniser::Judgement {
     std::vector<float> scores;   // log likelihoods, the sum over front ends
@@ -277,6 +297,8 @@ Finding HmmRecogniser::recognise(const Views& views) const {
 }
 
 void HmmRecogniser::save(ModelWriter& writer) const {
+    writer.putText(choice_.frontEnd);
+    writer.putCount(choice_.inNoise ? 1 : 0);
     writer.putCount(models_.front().size());
     writer.putFloats(&mostMisfit_, 1);
     writer.putFloats(&leastMargin_, 1);
@@ -287,6 +309,9 @@ void HmmRecogniser::save(ModelWriter& writer) const {
 }
 
 void HmmRecogniser::load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) {
+    choice_.frontEnd = reader.getText();
+    choice_.inNoise = reader.getCount(1) == 1;
+    if (this->frontEnds().size() != frontEnds.size()) throw DamagedModel("front ends that do not go together");
     std::vector<std::vector<WordModel>> models(frontEnds.size());
     const std::size_t count = reader.getCount(kMaxWords);
     if (count == 0) throw DamagedModel("no words");

@@ -21,6 +21,7 @@ class HmmRecogniser : public Recogniser {
     std::vector<FrontEndSettings> frontEnds() const override;
     std::vector<Variant> variants() const override;
     void train(std::vector<Example> examples, Team& team, std::ostream& log) override;
+    void adapt(const std::vector<Example>& examples) override;
     Finding recognise(const Views& views) const override;
     void save(ModelWriter& writer) const override;
     void load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) override;

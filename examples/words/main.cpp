@@ -23,6 +23,7 @@ constexpr std::string_view kUsage =
     R"(usage: words train DIR -o MODEL            learn the words of the recordings in a folder
        words recognise MODEL FILE...       say which word each recording holds
        words evaluate DIR [CHOICE]         learn from some of the recordings, recognise the others, count
+       words adapt MODEL FILE... -o MODEL  teach a model one speaker by a few labelled recordings
        words listen MODEL [FILE]           words in a long recording, or live from standard input
        words mix DIR -o DIR2 --noise KIND  the recordings of a folder in noise
        words show FILE -o PICTURE          draw waveform, spectra and cepstra (PICTURE: .png or .svg)
@@ -38,6 +39,7 @@ recordings and compare by time warping.
 evaluate leaves out each speaker in turn and recognises that speaker from the others, unless CHOICE is
   --leave-speaker NAME   recognise the recordings of this speaker only
   --test-index A-B       recognise the recordings with an index from A to B, learn from the rest
+  --adapt N              adapt to each speaker left out by N recordings first, recognise the speaker's others
 and with --noise tests in noise: a line for each kind and level, with the percentage, its confidence interval, counts;
   --draws N   of noise, for every recording          --every N   one recording of so many
 With --trim energy, detector or none templates cut the silence around words off by level, by voice activity, or not.
@@ -185,6 +187,32 @@ int recognise(const Arguments& arguments) {
     return status;
 }
 
+int adapt(const Arguments& arguments) {
+    const auto& operands = arguments.operands();
+    if (operands.size() < 2) throw UsageError("a model and at least one recording are needed");
+    const std::string target = arguments.requiredOption("-o");
+    Model model = loadModel(operands[0]);
+    std::vector<LabelledFile> files;
+    for (const auto& file : std::span(operands).subspan(1)) {
+        common::refuseToOverwrite(file, target);
+        files.push_back({file, labelOf(file)});
+    }
+    Team alone;
+    const Analyses analyses{model.recogniser->frontEnds(), model.recogniser->variants()};
+    const Corpus corpus = loadCorpus(std::move(files), analyses, alone);
+    const int status = reportComplaints(corpus, "the list of files");
+    const int rate = model.frontEnds.front().rate();
+    if (corpus.rate != rate)
+        throw std::runtime_error("the recordings are sampled at " + std::to_string(corpus.rate) +
+                                 " Hz, the model's at " + std::to_string(rate) + " Hz");
+    std::vector<Example> examples;
+    for (const auto& utterance : corpus.utterances) examples.push_back(utterance.example);
+    model.recogniser->adapt(examples);
+    saveModel(model, target);
+    std::cout << target << ": adapted by " << examples.size() << " recordings\n";
+    return status;
+}
+
 Trim parseTrim(const std::string& text) {
     for (const auto& [name, trim] :
          {std::pair("energy", Trim::energy), {"detector", Trim::detector}, {"none", Trim::none}})
@@ -197,6 +225,8 @@ int evaluate(const Arguments& arguments) {
     Split split;
     split.speaker = arguments.option("--leave-speaker");
     if (const auto range = arguments.option("--test-index")) split.testIndex = parseRange(*range);
+    split.adapt = numberOption(arguments, "--adapt", 0, 1);
+    if (split.adapt > 0 && split.testIndex) throw UsageError("--adapt and --test-index exclude each other");
     if (split.speaker && split.testIndex) throw UsageError("--leave-speaker and --test-index exclude each other");
     std::optional<Trim> trim;
     if (const auto how = arguments.option("--trim")) trim = parseTrim(*how);
@@ -274,11 +304,12 @@ int run(std::span<char*> arguments) {
     const auto rest = arguments.subspan(1);
     if (command == "train") return train({rest, {"-o", "--front-end"}, {"--templates", "--clean"}});
     if (command == "recognise") return recognise({rest, {}});
+    if (command == "adapt") return adapt({rest, {"-o"}});
     if (command == "listen") return listenTo({rest, {}});
     if (command == "mix") return mix({rest, {"-o", "--noise", "--snr", "--draw", "--every"}});
     if (command == "evaluate")
         return evaluate({rest,
-                         {"--leave-speaker", "--test-index", "--trim", "--front-end", "--draws", "--every"},
+                         {"--leave-speaker", "--test-index", "--adapt", "--trim", "--front-end", "--draws", "--every"},
                          {"--templates", "--clean", "--noise"}});
     if (command == "show") return show({rest, {"-o"}});
     throw UsageError("unknown command " + std::string(command));

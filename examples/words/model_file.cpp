@@ -14,7 +14,7 @@ namespace words {
 namespace {
 
 // A model file: this text, then length of the contents and their checksum (8 bytes each), then the contents.
-constexpr std::string_view kMagic = "kels words model 4\n";
+constexpr std::string_view kMagic = "kels words model 5\n";
 constexpr std::size_t kNumber = 8;
 constexpr std::size_t kMaxText = 4096;
 

@@ -65,6 +65,8 @@ class Recogniser {
 
     // Forgets what was learned before.  Tells the log how it gets on.
     virtual void train(std::vector<Example> examples, Team& team, std::ostream& log) = 0;
+    // Moves what was learned towards one speaker, by recordings of words that are known.
+    virtual void adapt(const std::vector<Example>& examples) = 0;
     // May be called from several threads at once.
     virtual Finding recognise(const Views& views) const = 0;
     virtual void save(ModelWriter& writer) const = 0;

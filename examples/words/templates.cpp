@@ -35,6 +35,13 @@ void TemplateRecogniser::train(std::vector<Example> examples, Team& team, std::o
     for (auto& example : examples) templates_.push_back({std::move(example.word), example.views.front()});
 }
 
+// The speaker's own recordings become templates, too, and are nearest to what the speaker says.
+void TemplateRecogniser::adapt(const std::vector<Example>& examples) {
+    for (const auto& example : examples) templates_.push_back({example.word, example.views.front()});
+    std::stable_sort(templates_.begin(), templates_.end(),
+                     [](const auto& a, const auto& b) { return a.word < b.word; });
+}
+
 Finding TemplateRecogniser::recognise(const Views& views) const {
     std::vector<Candidate> candidates;
     std::vector<float> costs;

@@ -11,6 +11,7 @@ class TemplateRecogniser : public Recogniser {
     std::string_view kind() const override { return kTemplatesKind; }
     std::vector<FrontEndSettings> frontEnds() const override { return {FrontEndSettings()}; }
     void train(std::vector<Example> examples, Team& team, std::ostream& log) override;
+    void adapt(const std::vector<Example>& examples) override;
     Finding recognise(const Views& views) const override;
     void save(ModelWriter& writer) const override;
     void load(ModelReader& reader, const std::vector<FrontEnd>& frontEnds) override;

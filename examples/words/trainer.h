@@ -36,6 +36,10 @@ class Trainer {
 
     // Every member of the team passes the same words and the examples of its own shares.
     std::vector<WordModel> train(const std::vector<std::string>& words, const std::vector<TrainingExample>& examples);
+    // Of examples aligned to models.
+    Accumulators sum(const std::vector<WordModel>& models, const std::vector<TrainingExample>& examples) {
+        return sum(models, examples, Align::best);
+    }
 
   private:
     enum class Align { uniformly, best };
