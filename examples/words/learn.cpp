@@ -34,6 +34,7 @@ Corpus loadCorpusFor(const Choice& choice, const std::filesystem::path& folder, 
 bool learn(const Choice& choice, const std::filesystem::path& folder, const std::filesystem::path& modelFile,
            Team& team, std::ostream& log) {
     for (const auto& file : listRecordings(folder)) common::refuseToOverwrite(file.path, modelFile);
+    if (team.leads()) common::OutputFile{modelFile};  // whether it can be written shows before the work; it vanishes
     Corpus corpus = loadCorpusFor(choice, folder, team);
     for (const auto& complaint : corpus.complaints) std::cerr << "words: " << complaint << '\n';
     std::vector<double> counts{static_cast<double>(corpus.utterances.size()),

@@ -66,8 +66,8 @@
 /* The version of this library, as kelsrGetLibVersion() reports that of the library in use. */
 #define KELS_VERSION_MAJOR 4
 #define KELS_VERSION_MINOR 1
+#define KELS_VERSION 401 /* 100 times the first, plus the second: for comparisons */
 #define KELS_VERSION_STRING "4.1"
-
 #ifdef __cplusplus
 extern "C" {
 #endif

@@ -2,6 +2,8 @@
 #include "kels/core.h"
 #include "kels/features.h"
 
+static_assert(KELS_VERSION == 100 * KELS_VERSION_MAJOR + KELS_VERSION_MINOR);
+
 namespace {
 
 const KelLibVersion kVersion = {KELS_VERSION_MAJOR, KELS_VERSION_MINOR,      12,           5, {'a', '6', '\0', '\0'},
