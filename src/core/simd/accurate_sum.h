@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "core/simd/part_vector.h"
 #include "core/simd/vec.h"
 #include "kels/types.h"
 
@@ -27,6 +28,10 @@ struct Elements {
     Wide at(std::size_t i) const { return loadWide(x + i); }
     Kel64f one(std::size_t i) const { return x[i]; }
     long double extended(std::size_t i) const { return x[i]; }
+    template <class Part>
+    Wide at(std::size_t i, const Part& part) const {
+        return part.loadWide(x + i);
+    }
     Vec<T> rough(std::size_t i) const { return magnitude(load(x + i)); }
 };
 
@@ -36,6 +41,10 @@ struct FloatProducts {
     Wide at(std::size_t i) const { return loadWide(x + i) * loadWide(y + i); }
     Kel64f one(std::size_t i) const { return Kel64f{x[i]} * y[i]; }
     long double extended(std::size_t i) const { return static_cast<long double>(x[i]) * y[i]; }
+    template <class Part>
+    Wide at(std::size_t i, const Part& part) const {
+        return part.loadWide(x + i) * part.loadWide(y + i);
+    }
     Vec<Kel32f> rough(std::size_t i) const { return magnitude(load(x + i) * load(y + i)); }
 };
 
@@ -72,7 +81,11 @@ class CompensatedLanes {
         lost_ += next.lost;
     }
     void addLost(const Wide& x) { lost_ += x; }
-    long double total() const { return extendedSum(sum_) + extendedSum(lost_); }
+    void add(const CompensatedLanes& other) {
+        add(other.sum_);
+        addLost(other.lost_);
+    }
+    long double total() const { return extendedSum(sum_) + stdx::reduce(lost_); }
 
   private:
     Wide sum_{0.0}, lost_{0.0};
@@ -89,7 +102,8 @@ long double compensatedWalk(Terms terms, std::size_t len, AddBlock addBlock) {
     }
     long double rest = 0;
     for (; i < len; ++i) rest += terms.extended(i);
-    const long double sum = a.total() + b.total() + rest;
+    a.add(b);
+    const long double sum = a.total() + rest;
     // Compensation turns an infinity, also one that only a double meets on the way, into NaN.
     return std::isfinite(sum) ? sum : plainExtendedSum(terms, len);
 }
@@ -140,7 +154,15 @@ template <class Terms>
         last += terms.at(i);
         lastMagnitudes += magnitude(terms.at(i));
     }
-    if (len >= kWide) {
+    if constexpr (kWide > 4) {  // up to three elements are added sooner one by one
+        if (i < len) {
+            const Wide rest = terms.at(i, PartVector(len - i));
+            last += rest;
+            lastMagnitudes += magnitude(rest);
+            i = len;
+        }
+    }
+    if (len >= kWide || i == len) {
         sum += stdx::reduce(last);
         magnitudes += stdx::reduce(lastMagnitudes);
     }
@@ -176,8 +198,10 @@ inline Kel32f fastSum(const Kel32f* src, std::size_t len) {
         }
         sum += stdx::reduce((s0 + s1) + (s2 + s3));
     }
-    for (; i < len; ++i) sum += src[i];
-    return static_cast<Kel32f>(sum);
+    Vec<Kel32f> rest(0.0f);
+    for (; i + w <= len; i += w) rest += load(src + i);
+    if (i < len) rest += loadPart(src + i, len - i);
+    return static_cast<Kel32f>(sum + stdx::reduce(rest));
 }
 
 }  // namespace kels
