@@ -1,8 +1,12 @@
 // Configurations, specifications and streams of features: small ones, of every choice.
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <iterator>
+#include <limits>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "sweep/making.h"
 
@@ -38,6 +42,36 @@ KelFeatureConfig featureConfig(Dice& dice) {
     return c;
 }
 
+#define FIELD(name) \
+    { #name, &KelFeatureConfig::name }
+constexpr std::pair<const char*, Kel32s KelFeatureConfig::*> kIntegers[] = {
+    FIELD(sampleRate),  FIELD(frameLen),  FIELD(frameShift), FIELD(fftLen),    FIELD(edges),     FIELD(window),
+    FIELD(removeMean),  FIELD(spectrum),  FIELD(melScale),   FIELD(triangles), FIELD(bankNorm),  FIELD(numFilters),
+    FIELD(logKind),     FIELD(output),    FIELD(numCeps),    FIELD(dctScale),  FIELD(lifter),    FIELD(energy),
+    FIELD(energyPlace), FIELD(energyRaw), FIELD(deltaOrder), FIELD(deltaWin),  FIELD(deltaEdge), FIELD(norm),
+    FIELD(hint),        FIELD(reserved)};
+constexpr std::pair<const char*, Kel64f KelFeatureConfig::*> kReals[] = {
+    FIELD(windowParam), FIELD(preEmphasis), FIELD(scale16s),  FIELD(lowFreq),  FIELD(highFreq),
+    FIELD(logFloor),    FIELD(logRange),    FIELD(logOffset), FIELD(logScale), FIELD(energyFloor)};
+#undef FIELD
+
+// Values at and beyond the ends of what fields take, and far from it.
+void setAnyField(Dice& dice, KelFeatureConfig& config) {
+    constexpr Kel32s kLeast = std::numeric_limits<Kel32s>::min(), kMost = std::numeric_limits<Kel32s>::max();
+    constexpr Kel32s integers[] = {kLeast, -17, -1, 0,  1,   2,    3,    4,    5,     6,     15,     16,     19,   20,
+                                   21,     22,  64, 65, 999, 1000, 1024, 1025, 65537, 65538, 384000, 384001, kMost};
+    constexpr Kel64f reals[] = {-HUGE_VAL, -5000, -4000, -1.001, -1,   -1e-9, 0,    1e-300, 0.5,      1,
+                                1.001,     8,     700,   700.5,  3999, 4000,  4001, 1e10,   HUGE_VAL, NAN};
+    const auto one = [&dice](const auto& all) {
+        return all[static_cast<std::size_t>(dice.between(0, static_cast<int64_t>(std::size(all)) - 1))];
+    };
+    if (dice.oneIn(3)) {
+        config.*one(kReals).second = one(reals);
+    } else {
+        config.*one(kIntegers).second = one(integers);
+    }
+}
+
 // Where the frames lie: a signal of n samples has (n + plus) // shift of them, less those that are dropped; the first
 // `reach` samples hold the first frame, and from `need` on it is known what stands to the left of them.
 std::map<std::string, double> framesOf(const KelFeatureConfig& c) {
@@ -69,10 +103,17 @@ Object featuresBy(const KelFeatureConfig& c) {
 
 }  // namespace
 
+// Every third one has a field or two of any value, good or not.
 Object featureConfiguration(Dice& dice, int) {
-    const KelFeatureConfig config = featureConfig(dice);
+    KelFeatureConfig config = featureConfig(dice);
+    if (dice.oneIn(3)) {
+        setAnyField(dice, config);
+        if (dice.oneIn(3)) setAnyField(dice, config);
+    }
     Object object = inMemory(sizeof config);
     std::memcpy(object.pointer, &config, sizeof config);
+    for (const auto& [name, field] : kIntegers) object.properties[name] = config.*field;
+    for (const auto& [name, field] : kReals) object.properties[name] = config.*field;
     return object;
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <unistd.h>
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
@@ -145,6 +146,10 @@ TEST_P(Sweep, FaultsHaveTheirStatusAndWriteNothing) {
                          &second = all[static_cast<std::size_t>(dice.between(0, last))];
             if (first.argument != second.argument) report(tryChoices(s, ++seed, {&first, &second}));
         }
+        // A call of objects alone may be at fault by what they hold.
+        const bool objectsAlone =
+            std::none_of(s.arguments.begin(), s.arguments.end(), [](const Argument& a) { return a.scalar; });
+        for (int k = 0; k < 1500 && objectsAlone && s.checks.size() > 1; ++k) report(tryChoices(s, ++seed, {}));
         if (!s.checks.empty() && faults == 0) report(std::string(s.function.name) + ": no fault was tried");
     });
 }

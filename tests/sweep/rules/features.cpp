@@ -7,12 +7,43 @@ namespace sweep {
     "max(0,(n>=st.reach&&n>=st.need)*min((n-st.reach)//st.shift+1,(n+st.plus)//st.shift-st.drop)-st.ahead)" \
     "-st.given"
 
+// What is wrong with a configuration.  A field that the others make useless is not looked at.
+// clang-format off
+#define OUTSIDE(field, low, high) "(c." #field "<" #low "||c." #field ">" #high ")"
+#define NOT_FINITE(field) "c." #field "-c." #field "!=0"
+#define HAS_BANK "(c.output==1||c.output==2)"
+#define HIGH "(c.highFreq+(c.highFreq<=0)*c.sampleRate/2)"
+#define BAD_SIZES \
+    OUTSIDE(sampleRate, 1000, 384000) "||" OUTSIDE(frameLen, 1, 65536) "||c.frameShift<1||" \
+    OUTSIDE(fftLen, 2, 65536) "||c.fftLen%2!=0||c.fftLen<c.frameLen||" \
+    HAS_BANK "&&" OUTSIDE(numFilters, 1, 1024) "||c.output==2&&(" OUTSIDE(numCeps, 0, c.numFilters-1) \
+    "||c.lifter<0||c.numCeps==0&&c.energy%4==0)||" \
+    OUTSIDE(deltaOrder, 0, 2) "||c.deltaOrder>0&&" OUTSIDE(deltaWin, 1, 64)
+#define BAD_FREQUENCIES HAS_BANK "&&!(0<=c.lowFreq&&c.lowFreq<" HIGH "&&" HIGH "<=c.sampleRate/2)"
+#define BAD_SPECTRUM \
+    OUTSIDE(edges, 0, 3) "&&" OUTSIDE(edges, 16, 19) "||" OUTSIDE(window, 0, 5) "&&" OUTSIDE(window, 16, 21) \
+    "||c.window%16==5&&!(c.windowParam>=0&&c.windowParam<=700)||" OUTSIDE(removeMean, 0, 1) \
+    "||!(c.preEmphasis>=-1&&c.preEmphasis<=1)||c.scale16s==0||" NOT_FINITE(scale16s) "||" OUTSIDE(spectrum, 0, 1) \
+    "||" HAS_BANK "&&(" OUTSIDE(melScale, 0, 1) "||" OUTSIDE(triangles, 0, 1) "||" OUTSIDE(bankNorm, 0, 1) ")"
+#define BAD_LOGARITHM \
+    OUTSIDE(logKind, 0, 3) "||c.logKind>0&&(!(c.logFloor>0)||" NOT_FINITE(logFloor) "||!(c.logRange>=0)||" \
+    NOT_FINITE(logRange) "||" NOT_FINITE(logOffset) "||" NOT_FINITE(logScale) ")"
+#define BAD_ROW \
+    OUTSIDE(output, 0, 2) "||c.output==2&&(" OUTSIDE(dctScale, 0, 1) "||" OUTSIDE(energy, 0, 3) ")||" \
+    "c.output==1&&c.energy!=0&&c.energy!=2||c.output==0&&c.energy!=0||c.energy!=0&&" OUTSIDE(energyPlace, 0, 1) \
+    "||c.energy>=2&&(" OUTSIDE(energyRaw, 0, 1) "||!(c.energyFloor>0)||" NOT_FINITE(energyFloor) ")||" \
+    "c.deltaOrder>0&&" OUTSIDE(deltaEdge, 0, 1) "||" OUTSIDE(norm, 0, 2) "||c.reserved!=0"
+// clang-format on
+
 Rules featureRules() {
     return {
         {"config[184] rate=1000..384000 preset=1..5",
          "NullPtr; Size: rate<1000||rate>384000; BadArg: preset<1||preset>5",
          {F(kelsFeaturePreset)}},
-        {"spec>Feature config@FeatureConfig", "NullPtr", {F(kelsFeatureInitAlloc_32f)}},
+        {"spec>Feature c@FeatureConfig",
+         "NullPtr; Size: " BAD_SIZES "; FBankFreq: " BAD_FREQUENCIES "; BadArg: " BAD_SPECTRUM "||" BAD_LOGARITHM
+         "||" BAD_ROW,
+         {F(kelsFeatureInitAlloc_32f)}},
         {"spec<Feature", "NullPtr", {F(kelsFeatureFree_32f)}},
         {"spec@Feature n=0..900 h[1] w[1]",
          "NullPtr; Size: n<0||(n+spec.plus)//spec.shift-spec.drop>2147483647",
