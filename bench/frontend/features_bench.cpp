@@ -1,5 +1,5 @@
-// Features of a recording of ten minutes at 16 kHz by every preset, beside peers with the same frames, transforms, filters
-// and cepstra.  What peers do besides differs: aubio gives no energy and knows no pre-emphasis.
+// Features of a recording of ten minutes at 16 kHz by every preset, beside peers with the same frames, transforms,
+// filters and cepstra.  What peers do besides differs: aubio gives no energy and knows no pre-emphasis.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

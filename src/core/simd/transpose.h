@@ -48,8 +48,8 @@ void transpose(const Rows& rows, std::size_t height, std::size_t width, T* data,
     }
 }
 
-// Two vectors made of the lanes of two others, each by one instruction of most targets, none of which moves single values
-// from one 16 bytes of a vector to another.
+// Two vectors made of the lanes of two others, each by one instruction of most targets.  Single values stay in their 16
+// bytes of a vector.
 template <class T>
 struct Shuffled {
     Vec<T> first, second;
@@ -83,8 +83,8 @@ struct Shuffled {
     }
 };
 
-// A square of lanes turned over: lane j of v[i] changes places with lane i of v[j].  First the squares of 16 bytes, then
-// these as wholes.
+// A square of lanes turned over: lane j of v[i] changes places with lane i of v[j].  First the squares of 16 bytes,
+// then these as wholes.
 template <class T>
 inline void transposeSquare(Vec<T> (&v)[lanes<T>]) {
     constexpr std::size_t w = lanes<T>, part = 16 / sizeof(T);
