@@ -7,13 +7,15 @@
 #include <random>
 #include <vector>
 
-#include "../../examples/echo/canceller.h"
+#include "common/echo_canceller.h"
 
 #if defined(HAVE_SPEEXDSP)
 #include <speex/speex_echo.h>
 #endif
 
 namespace {
+
+using common::Canceller, common::Signal;
 
 constexpr int kRate = 16000, kTail = 256, kBlock = 256, kBlocks = 250;
 

@@ -5,11 +5,14 @@
 #include <optional>
 #include <utility>
 
+#include "common/echo_canceller.h"
+#include "common/echo_suppressor.h"
 #include "common/sound_input.h"
 #include "common/sound_output.h"
-#include "suppressor.h"
 
 namespace {
+
+using common::Signal;
 
 constexpr const char* kUsage =
     R"(usage: echo [OPTION]... FAR MICROPHONE OUT
@@ -119,8 +122,8 @@ class Call {
         out_.write(cleaned, count);
         owed_ -= count;
     }
-    Canceller canceller_;
-    std::optional<Suppressor> suppressor_;
+    common::Canceller canceller_;
+    std::optional<common::Suppressor> suppressor_;
     std::optional<Report> report_;
     common::SoundOutput& out_;
     Signal far_, microphone_;

@@ -1,8 +1,10 @@
 // Residual echo, turned down by the library's noise gains.
-#ifndef ECHO_SUPPRESSOR_H
-#define ECHO_SUPPRESSOR_H
+#ifndef COMMON_ECHO_SUPPRESSOR_H
+#define COMMON_ECHO_SUPPRESSOR_H
 
-#include "canceller.h"
+#include "common/echo_canceller.h"
+
+namespace common {
 
 // What is left of the echo, bin by bin, is taken for a share of the predicted echo and turned down as noise would be.
 // Comes a block late.
@@ -53,5 +55,7 @@ class Suppressor {
     Signal window_, frame_, out_, left_, heard_, prior_, post_, gain_, echo_, power_;
     Spectrum spectrum_;
 };
+
+}  // namespace common
 
 #endif

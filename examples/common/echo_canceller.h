@@ -1,6 +1,6 @@
 // The functions of kels/echo.h chained into an echo canceller.
-#ifndef ECHO_CANCELLER_H
-#define ECHO_CANCELLER_H
+#ifndef COMMON_ECHO_CANCELLER_H
+#define COMMON_ECHO_CANCELLER_H
 
 #include <kels.h>
 
@@ -12,7 +12,8 @@
 
 #include "common/check.h"
 
-using common::check;
+namespace common {
+
 using Signal = std::vector<float>;
 using Spectrum = std::vector<Kel32fc>;
 struct FreeFft {
@@ -27,6 +28,8 @@ class Canceller {
         check(kelsFFTInitAlloc_R_32f(&fft, static_cast<int>(std::lround(std::log2(2 * n))), kelFftDivInvByN, 0));
         fft_.reset(fft);
         int bytes = 0;
+        check(kelsFFTGetBufSize_R_32f(fft, &bytes));
+        buffer_.resize(static_cast<std::size_t>(bytes) + 15);
         check(kelsControllerGetSizeAEC_32f(n, &bytes));
         controller_.resize(static_cast<std::size_t>(bytes) / sizeof(double));
         check(kelsControllerInitAEC_32f(rate, n, controller()));
@@ -58,7 +61,7 @@ class Canceller {
         for (Signal* v : {&reference, &echo, &error}) check(kelsMove_32f(&(*v)[n], v->data(), n));
         check(kelsCopy_32f(far, &reference[n], n));
         std::rotate(x_.begin(), x_.end() - 1, x_.end());
-        check(kelsFFTFwd_RToCCS_32f(reference.data(), &x_[0]->re, fft_.get(), nullptr));
+        transform(reference, x_[0]);
         const bool muted = std::all_of(microphone, microphone + n, [](float v) { return v == 0; });
         check(kelsFilterAECNLMS_32fc(sources(x_), sources(h_), y_.data(), bins_, parts_));
         inverse(y_.data());
@@ -69,7 +72,7 @@ class Canceller {
         if (muted) return kelAECNoReference;
         check(kelsZero_32f(frame_.data(), n));
         check(kelsCopy_32f(&error[n], &frame_[n], n));
-        check(kelsFFTFwd_RToCCS_32f(frame_.data(), &e_[0].re, fft_.get(), nullptr));
+        transform(frame_, e_.data());
         float factor, forget;
         int flag;
         check(kelsControllerUpdateAEC_32f(far, microphone, &error[n], controller(), &factor, &forget, &flag));
@@ -80,7 +83,7 @@ class Canceller {
         for (Kel32fc* h : h_) {  // n samples of the room's response and n zeros
             inverse(h);
             check(kelsZero_32f(&frame_[n], n));
-            check(kelsFFTFwd_RToCCS_32f(frame_.data(), &h->re, fft_.get(), nullptr));
+            transform(frame_, h);
         }
         return flag;
     }
@@ -100,13 +103,17 @@ class Canceller {
     void startVariances() {
         for (int p = 0; p < parts_; ++p) check(kelsSet_32f(priors_[p], var_[p], bins_));
     }
+    void transform(const Signal& blocks, Kel32fc* spectrum) {
+        check(kelsFFTFwd_RToCCS_32f(blocks.data(), &spectrum->re, fft_.get(), buffer_.data()));
+    }
     // Into frame_.  From its second value on, with the first one repeated there, a CCS spectrum is a Pack spectrum.
     void inverse(Kel32fc* spectrum) {
         spectrum[0].im = spectrum[0].re;
-        check(kelsFFTInv_PackToR_32f(&spectrum[0].im, frame_.data(), fft_.get(), nullptr));
+        check(kelsFFTInv_PackToR_32f(&spectrum[0].im, frame_.data(), fft_.get(), buffer_.data()));
     }
     const int bins_, parts_;
     std::unique_ptr<KelFFTSpec_R_32f, FreeFft> fft_;
+    std::vector<Kel8u> buffer_;  // of the transform
     std::vector<double> controller_;
     float smooth_;
     Signal frame_, near_, priors_, reals_;
@@ -114,5 +121,7 @@ class Canceller {
     std::vector<Kel32fc*> x_, h_;
     std::vector<float*> var_, step_;
 };
+
+}  // namespace common
 
 #endif
