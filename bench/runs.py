@@ -5,7 +5,7 @@ NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def least_times(program, pattern, repetitions, min_time, environment=None):
-    """Nanoseconds of processor time by the benchmark's full name: the least of the repetitions, which are interleaved."""
+    """Nanoseconds of processor time by the full name of a benchmark, the least of the interleaved repetitions."""
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
         subprocess.run([program, f"--benchmark_filter={pattern}", f"--benchmark_repetitions={repetitions}",
                         "--benchmark_enable_random_interleaving=true", f"--benchmark_min_time={min_time}",
