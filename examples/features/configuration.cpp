@@ -6,6 +6,8 @@
 #include <limits>
 #include <span>
 
+#include "common/check.h"
+
 namespace features {
 namespace {
 
@@ -145,7 +147,7 @@ int Choices::rateFor(int recorded) const {
 
 KelFeatureConfig Choices::at(int rate) const {
     KelFeatureConfig config;
-    check(kelsFeaturePreset(&config, rate, preset_), "the sampling rate");
+    common::check(kelsFeaturePreset(&config, rate, preset_), "the sampling rate");
     for (const auto& [field, value] : fields_) {
         if (kFields[field].integer != nullptr) {
             config.*kFields[field].integer = static_cast<Kel32s>(value);
@@ -166,10 +168,6 @@ std::string Choices::help() {
         for (const Word& word : field.words) text.append(" ").append(word.name);
     }
     return text + "\n";
-}
-
-void check(KelStatus status, const char* what) {
-    if (status < 0) throw std::runtime_error(std::string(what) + ": " + kelsrGetStatusString(status));
 }
 
 }  // namespace features

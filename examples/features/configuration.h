@@ -39,9 +39,6 @@ class Choices {
     std::vector<std::pair<std::size_t, double>> fields_;  // places in the table of fields, values
 };
 
-// Throws std::runtime_error unless a library call succeeded.
-void check(KelStatus status, const char* what);
-
 }  // namespace features
 
 #endif

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 
+#include "common/check.h"
 #include "common/output_file.h"
 #include "common/parallel.h"
 #include "common/progress_bar.h"
@@ -23,6 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace features;
+using common::check;
 
 constexpr std::string_view kUsage =
     R"(usage: features IN OUT [--preset NAME] [--FIELD VALUE]... [--format npy|csv|htk] [--picture FILE]
@@ -119,15 +121,11 @@ std::vector<float> atRate(std::vector<float> samples, int from, int to) {
     return result;
 }
 
-struct FreeSpec {
-    void operator()(KelFeatureSpec_32f* spec) const { kelsFeatureFree_32f(spec); }
-};
-
 // Features of samples of full scale 1, in the toolkit's unit: what 16-bit samples would become.
 Rows featuresOf(std::vector<float> samples, const KelFeatureConfig& config) {
     KelFeatureSpec_32f* made = nullptr;
     check(kelsFeatureInitAlloc_32f(&made, &config), "the configuration is not accepted");
-    const std::unique_ptr<KelFeatureSpec_32f, FreeSpec> spec(made);
+    const std::unique_ptr<KelFeatureSpec_32f, common::Release<kelsFeatureFree_32f>> spec(made);
     for (float& x : samples) x = static_cast<float>(32768.0 * x * config.scale16s);
     Rows rows;
     const int count = static_cast<int>(samples.size());
