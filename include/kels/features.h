@@ -100,9 +100,10 @@
  * Everything from the samples to the cepstra runs in double precision and is rounded once; deltas and normalisation are
  * computed in double from the stored statics.  A bin is within 2^-47 of the sum of the frame's absolute samples, a
  * logarithm or a value within 2^-23 of itself beyond what that makes, a cepstrum within 2^-23 of itself and 2^-40 of
- * the sum of its absolute terms.  With hint kelHintFast the transform, the spectrum, the bank and the logarithms run in
- * single precision: a bin may be off by 2^-21 of the frame's largest bin, which bands far below the rest show as 1e-3
- * to 1e-2 in the logarithm.  Transforms with a prime factor above 31 are not done in single precision.
+ * the sum of its absolute terms.  With hint kelHintFast the transform, the spectrum, the bank, the logarithms and the
+ * squares of the energy run in single precision: a bin may be off by 2^-21 of the frame's largest bin, which bands far
+ * below the rest show as 1e-3 to 1e-2 in the logarithm.  Transforms with a prime factor above 31 are not done in single
+ * precision.
  *
  * docs/features.md tabulates how far the rows of each preset are from the toolkit's formulas, and what is not matched.
  *
@@ -118,9 +119,8 @@
  *     GetBank                NullPtr, ContextMatch, ModeNotSupported (no bank), Step
  *     kelsFeature_*          NullPtr (pBuffer excepted), ContextMatch, Size (len < 1, or too many rows), Step, NoMemory
  *     StreamInitAlloc        NullPtr, ContextMatch, ModeNotSupported (logRange, norm), NoMemory
- *     push, flush            NullPtr (whatever the counts), ContextMatch, Size (len or height < 0), Step, Size (the
- * rows
- *                            do not fit into height: nothing is taken)
+ *     push, flush            NullPtr (whatever the counts), ContextMatch, Size (len or height < 0), Step,
+ *                            Size (the rows do not fit into height: nothing is taken)
  *     FFT rows               NullPtr (pFFTSpec), ContextMatch, NullPtr (pSrc, pDst), Size (height), Step, NoMemory
  *     bank rows              NullPtr (or a freed bank), FBankState, Size (height), Step
  *     cosine transform rows  NullPtr, Size (height), Step

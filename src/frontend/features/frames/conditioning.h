@@ -1,7 +1,7 @@
 // Frames made ready for the transform, lanes<T> of them at once: lane j of every vector belongs to frame j.
 //
-// In single precision, sums are still taken in double, and the mean is subtracted in two parts, so that what remains of
-// a frame beside a large mean keeps all its digits.
+// In single precision, sums are still taken in double, those of squares a few at a time, and the mean is subtracted in
+// two parts, so that what remains of a frame beside a large mean keeps all its digits.
 #pragma once
 
 #include <cstddef>
