@@ -64,7 +64,7 @@ class Denoiser {
         for (Signal* v : {&input_, &frame_, &output_}) v->resize(length_);
         spectrum_.resize(length_ + 2);
         for (Signal* v : {&power_, &noise_, &post_, &prior_, &clean_}) v->resize(bins_);
-        for (Signal* v : {&gain_, &one_}) v->assign(bins_, 1);
+        gain_.assign(bins_, 1);
     }
 
     int hop() const { return length_ / 4; }
@@ -108,8 +108,7 @@ class Denoiser {
     KelMCRAState_32f* mcra() { return reinterpret_cast<KelMCRAState_32f*>(memory_.get()); }
 
     void updateGain() {
-        check(kelsMagnitude_32fc(reinterpret_cast<const Kel32fc*>(spectrum_.data()), power_.data(), bins_));
-        check(kelsMul_32f(power_.data(), power_.data(), power_.data(), bins_));
+        check(kelsMagnitudeSqr_32fc(reinterpret_cast<const Kel32fc*>(spectrum_.data()), power_.data(), bins_));
         check(kelsUpdateNoisePSDMCRA_32f_I(power_.data(), mcra(), noise_.data()));
         // A posteriori: the frame's power by the noise's.  A priori: what the last frame kept, and a little of this
         // one.
@@ -119,11 +118,11 @@ class Denoiser {
         check(kelsMulC_32f_I(kMemory, prior_.data(), bins_));
         check(kelsScaleLM_32f(post_.data(), gain_.data(), bins_, 1, 1 - kMemory, kMemory - 1));
         check(kelsAdd_32f_I(gain_.data(), prior_.data(), bins_));
-        check(kelsScaleLM_32f(prior_.data(), prior_.data(), bins_, kLeastRatio, 1, 0));
+        check(kelsMaxEveryC_32f_I(kLeastRatio, prior_.data(), bins_));
 
         check(kelsFilterUpdateEMNS_32f(prior_.data(), post_.data(), gain_.data(), bins_));
-        check(kelsMinEvery_32f_I(one_.data(), gain_.data(), bins_));
-        check(kelsScaleLM_32f(gain_.data(), gain_.data(), bins_, kLeastGain, 1, 0));
+        check(kelsMinEveryC_32f_I(1, gain_.data(), bins_));
+        check(kelsMaxEveryC_32f_I(kLeastGain, gain_.data(), bins_));
         check(kelsMul_32f(gain_.data(), gain_.data(), clean_.data(), bins_));
         check(kelsMul_32f(power_.data(), clean_.data(), clean_.data(), bins_));
     }
@@ -132,7 +131,7 @@ class Denoiser {
     std::unique_ptr<KelFFTSpec_R_32f, Free<kelsFFTFree_R_32f>> fft_;
     std::unique_ptr<Kel8u, Free<kelsFree>> memory_;  // of the noise estimate
     Signal window_, input_, frame_, output_, spectrum_;
-    Signal power_, noise_, post_, prior_, gain_, clean_, one_;
+    Signal power_, noise_, post_, prior_, gain_, clean_;
 };
 
 void denoise(const char* from, const char* to) {
