@@ -59,7 +59,7 @@ class StepSizes {
         const std::size_t last = len - 1;
         if (last == 0) return update<typename Form::Bin>(0, 0, 0);
         update<typename Form::Bin>(0, 1, 1);
-        const auto inner = [this]<class Bins>(std::size_t k) { update<Bins>(k, k - 1, k + 1); };
+        const auto inner = [this]<class Bins>(std::size_t k) { this->template update<Bins>(k, k - 1, k + 1); };
         forBins<Form>(1, last, inner);
         update<typename Form::Bin>(last, last - 1, last - 1);
     }

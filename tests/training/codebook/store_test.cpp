@@ -98,6 +98,7 @@ TYPED_TEST(Codebooks, ComeBackFromBytes) {
     for (const int width : {1, 2, 3, 4, 8, 13, 150}) {
         for (const int kind : {kelCdbkExhaustive, kelCdbkSplitWidest, kelCdbkSplitLargest}) {
             for (const int size : {1, 2, 3, 40, 300}) {
+                if (width > 4 && size > 40) continue;
                 const bool exhaustive = kind == kelCdbkExhaustive;
                 const int step = width + 1, height = exhaustive ? size : 2 * size + 9;
                 SCOPED_TRACE(testing::Message() << "width " << width << ", kind " << kind << ", size " << size);
@@ -163,7 +164,7 @@ TYPED_TEST(Codebooks, AreSafeWhoeverPackedThem) {
     ASSERT_EQ(again, whole);
     const Guarded<T> src(smallIntegers<T>(random, 600, -50, 50));
     int accepted = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < 6000; ++round) {
         Bytes forged = whole;
         for (int n = random.between(1, 3); n > 0; --n) {
             forged[random.between(8, static_cast<int>(whole.size()) - 9)] =
@@ -182,7 +183,7 @@ TYPED_TEST(Codebooks, AreSafeWhoeverPackedThem) {
         ASSERT_EQ(quantise(src.data(), 6, indices, 100, book), forged[20] <= 6 ? kelStatusOk : kelStatusSize);
         ASSERT_EQ(packed(book).size(), forged.size());
     }
-    EXPECT_GT(accepted, 2000);
+    EXPECT_GT(accepted, 600);
 }
 
 // ---- blocks from elsewhere -----------------------------------------------------------------------------------------
