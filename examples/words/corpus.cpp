@@ -85,7 +85,8 @@ Sound hear(const Recording& recording, const Surroundings& surroundings, const F
     for (const auto& view : analyse(noisy.recording, frontEnds)) {
         const int rows = view->rows(), first = frameAt(noisy.begin);
         std::vector<int> inside, around;
-        for (int t = first + word.begin; t < std::min(rows, first + word.end); ++t) inside.push_back(t);
+        for (int t = std::min(first + word.begin, rows - 1); t < std::min(rows, first + word.end); ++t)
+            inside.push_back(t);
         for (int t = 0; t < rows; t += kApart)
             if (t < first - kMargin || t > frameAt(noisy.end)) around.push_back(t);
         sound.word.push_back(rowsOf(*view, inside));

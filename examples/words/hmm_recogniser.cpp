@@ -21,7 +21,7 @@ constexpr float kMeanShare = 0.4F;  // of cepstra over the loud frames, taken of
 constexpr float kLoudSpanDb = 15;
 constexpr float kEnergySpanDb = 20;  // what is quieter counts as equally quiet: noise fills it, and voices differ in it
 
-// Training hears each recording with each warp as it is and in noise.
+// Training hears each recording with each warp in quiet, some of them cut closely, and in noise.
 constexpr float kTrainingSnrsDb[] = {20, 15, 10, 5, 0};
 
 const TrainingSettings kWordTraining{12, {{1, 4}, {2, 4}, {4, 6}}, 0.5F};
@@ -143,6 +143,8 @@ std::vector<Variant> HmmRecogniser::variants() const {
     Surroundings quiet;
     quiet.secondsBefore = 0.4F;  // time for noise estimates to settle
     quiet.secondsAfter = 0.25F;
+    Surroundings cut = quiet;  // closely, as many recordings are: there noise estimates hear the word alone
+    cut.secondsBefore = cut.secondsAfter = 0;
     std::vector<Surroundings> noisy;
     for (const float snrDb : kTrainingSnrsDb) {
         for (const NoiseKind kind : kNoiseKinds) {
@@ -157,7 +159,7 @@ std::vector<Variant> HmmRecogniser::variants() const {
             if (inNoise && !choice_.inNoise) continue;
             auto settings = frontEnds();
             for (auto& one : settings) one.warp = warp;
-            result.push_back({std::move(settings), inNoise ? noisy : std::vector{quiet}});
+            result.push_back({std::move(settings), inNoise ? noisy : std::vector{quiet, cut}});
             for (auto& surroundings : result.back().surroundings)
                 surroundings.draw = static_cast<unsigned>(1000 + result.size());
         }
@@ -183,7 +185,7 @@ void HmmRecogniser::train(std::vector<Example> examples, Team& team, std::ostrea
         for (const auto& example : examples) {
             for (const auto& variant : example.variants) {
                 training.push_back({indices[example.word], example.share, variant.word[view]});
-                around.push_back({0, example.share, variant.around[view]});
+                if (variant.around[view]->rows() > 0) around.push_back({0, example.share, variant.around[view]});
             }
         }
         log << "models for front end " << view + 1 << " of " << views << '\n';
