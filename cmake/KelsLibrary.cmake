@@ -48,6 +48,10 @@ function(kels_add_library target arch subfolder)
     ${target}_objects
     PRIVATE ${arch_flags} -ffp-contract=off -fno-math-errno -fno-exceptions -fno-rtti -ffunction-sections
             -Wall -Wextra -Wconversion -Wshadow)
+  # Hardly optimised and nothing inlined, so that branches are those of the source, once in each instance of a template.
+  if(KELS_COVERAGE)
+    target_compile_options(${target}_objects PRIVATE --coverage -Og -g1 -fno-inline -Dalways_inline=noinline)
+  endif()
   # A project that includes this one without a build type would get kernels that are not optimised at all.
   if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES AND NOT CMAKE_CXX_FLAGS MATCHES "-O")
     message(STATUS "${target}: no build type is set, so the library is compiled with -O2")
