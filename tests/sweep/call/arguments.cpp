@@ -88,8 +88,12 @@ void Call::pinBeside(std::size_t argument, std::size_t other, double difference)
         return clampTo(s_.arguments[argument].type, value(other) + difference);
     };
 }
-void Call::prefer(int size) {
+void Call::prefer(int size, int after) {
     preferred_ = size;
+    before_ = after;
+}
+bool Call::takesPreferred() {
+    return preferred_ > 0 && before_-- <= 0;
 }
 void Call::setNull(std::size_t argument) {
     null_[argument] = pinned_[argument] = true;
@@ -170,9 +174,8 @@ double Call::randomScalar(const Argument& argument) {
     }
     if (argument.low) {
         const double low = argument.low(*this), high = std::max(low, argument.high(*this));
-        if (preferred_ >= low && preferred_ <= high && high > low + 20 && type.kind == Kind::Int && preferred_ > 0) {
-            return std::exchange(preferred_, 0);
-        }
+        const bool wide = preferred_ >= low && preferred_ <= high && high > low + 20 && type.kind == Kind::Int;
+        if (wide && takesPreferred()) return std::exchange(preferred_, 0);
         if (dice_.oneIn(6)) return clampTo(type, dice_.oneIn(2) ? low : high);
         if (type.kind == Kind::Float) return clampTo(type, low + dice_.uniform() * (high - low));
         return clampTo(
@@ -182,7 +185,7 @@ double Call::randomScalar(const Argument& argument) {
         return clampTo(type, argument.any && dice_.oneIn(3) ? special(dice_, type.size == 4) : dice_.ordinary());
     }
     if (argument.any || type.size < 4) return static_cast<double>(anyInteger(dice_, type.size));
-    if (preferred_ > 0) return std::exchange(preferred_, 0);
+    if (takesPreferred()) return std::exchange(preferred_, 0);
     if (dice_.oneIn(3)) return static_cast<double>(dice_.between(1, std::min(largest_, 9)));
     if (largest_ <= 64 || dice_.oneIn(2)) return static_cast<double>(dice_.between(1, std::min(largest_, 80)));
     return static_cast<double>(dice_.between(1, largest_));

@@ -24,7 +24,7 @@ class Call : private Variables {
     void pinBeyond(std::size_t argument, bool above);
     void pinBeside(std::size_t argument, std::size_t other, double difference);
     void setNull(std::size_t argument);
-    void prefer(int size);  // for the first size that may be any
+    void prefer(int size, int after = 0);  // for a size that may be any: the first one, or the one after so many
     // Makes up the rest; false where the arrays would not fit, or could not be given in spite of a fault.
     bool prepare();
 
@@ -47,6 +47,16 @@ class Call : private Variables {
     std::string outputs();
 
     std::string text();  // the arguments, to be read
+
+    // For those who look at numbers: what is given to the call and what it leaves, row by row, complex numbers as two.
+    using Elements = std::vector<std::vector<double>>;
+    Elements given(std::size_t argument) const { return elements(argument, true); }
+    Elements left(std::size_t argument) const { return elements(argument, false); }
+    void setGiven(std::size_t argument, const std::function<double(std::size_t row, std::size_t place)>& element);
+    double scalar(std::size_t argument) const { return scalar_[argument]; }
+    bool null(std::size_t argument) const { return null_[argument]; }
+    const std::vector<Object>& objects(std::size_t argument) const { return objects_[argument]; }
+    KelStatus callOnce();
 
     static long calls;  // made so far
 
@@ -90,6 +100,7 @@ class Call : private Variables {
 
     void resolve(std::size_t argument);
     double randomScalar(const Argument& argument);
+    bool takesPreferred();
     void place(std::size_t argument);
     void placeRows(std::size_t argument);
     void measure(std::size_t argument);
@@ -102,6 +113,8 @@ class Call : private Variables {
     void forBlocks(std::size_t argument, Body body) const;
     bool objectsStay(std::size_t argument) const;
     bool arrayStays(std::size_t argument, bool given, int fill) const;
+    Elements elements(std::size_t argument, bool given) const;
+    std::vector<const uint8_t*> rowsOf(std::size_t argument, bool given) const;
     std::string untouched(const Setting& setting, const Result& result) const;
     std::string gapsAndMargins(const Setting& setting) const;
     Result run(const Setting& setting);
@@ -112,7 +125,7 @@ class Call : private Variables {
     const Signature& s_;
     Memory& memory_;
     Dice& dice_;
-    int largest_, preferred_ = 0;
+    int largest_, preferred_ = 0, before_ = 0;
     std::vector<double> scalar_;
     std::vector<char> state_;  // of each argument: 0 open, 1 being resolved, 2 done
     std::vector<bool> pinned_, null_;

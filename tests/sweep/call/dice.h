@@ -10,8 +10,9 @@ namespace sweep {
 class Dice {
   public:
     explicit Dice(uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 1) {}
-    // Two bytes of `data` a choice; when they have run out, random ones that all of them decide.
-    Dice(const uint8_t* data, std::size_t size) : data_(data), size_(size) {
+    // Two bytes of `data` a choice, those before `from` left out; when they have run out, random ones that all of them
+    // decide.
+    Dice(const uint8_t* data, std::size_t size, std::size_t from) : data_(data + from), size_(size - from) {
         for (std::size_t i = 0; i < size; ++i) state_ = (state_ ^ data[i]) * 0x100000001B3U;
     }
     uint64_t bits() {
