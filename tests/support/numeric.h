@@ -9,9 +9,9 @@
 #include <limits>
 #include <vector>
 
-namespace test {
+#include "support/transform.h"
 
-using Real = long double;  // what references compute in
+namespace test {
 
 // |got - exact| in units of the last place of T at `exact`.
 template <class T>

@@ -8,6 +8,7 @@
 
 namespace test {
 
+using Real = long double;  // what references compute in
 using Complex = std::complex<long double>;
 
 // sum of x[n] e^(-2 pi i k n / N), N a power of 2, by halves.

@@ -29,13 +29,14 @@ Object fft(Dice& dice, int) {
     const int order = between(dice, 0, 10), n = 1 << order;
     Spec* spec;
     KelFFTSpec_R_32f* floats;
-    MAKE(initFft(&spec, order, 1 << between(dice, 0, 3), 0));
+    const int flag = 1 << between(dice, 0, 3);
+    MAKE(initFft(&spec, order, flag, 0));
     MAKE(kelsFFTInitAlloc_R_32f(&floats, order, 8, 0));
     int buffer;
     MAKE(kelsFFTGetBufSize_R_32f(floats, &buffer));
     kelsFFTFree_R_32f(floats);
     if (std::is_same_v<Spec, KelFFTSpec_R_16s32s>) buffer += 4 * n + 31;
-    return {spec, {{"n", n}, {"ccs", n + (n == 1 ? 1 : 2)}, {"buffer", buffer + 15}}, {}, {}};
+    return {spec, {{"n", n}, {"ccs", n + (n == 1 ? 1 : 2)}, {"flag", flag}, {"buffer", buffer + 15}}, {}, {}};
 }
 
 constexpr auto initMel = forms(kelsMelFBankInitAlloc_32f, kelsMelFBankInitAlloc_16s);
@@ -52,7 +53,10 @@ Object filterBank(Dice& dice, int) {
     int got;
     MAKE(initMel(&bank, &got, (1 << order) - between(dice, 0, 3), 8000, 60, 3900, n, 1127, 700, flag));
     const double bins = samples ? 1 << order : (1 << (order - 1)) + 1;
-    return {bank, {{"src", bins}, {"n", n}, {"samples", samples}, {"half", 1 << (order - 1)}}, {}, {}};
+    return {bank,
+            {{"src", bins}, {"n", n}, {"samples", samples}, {"half", 1 << (order - 1)}, {"weights", flag & 3}},
+            {},
+            {}};
 }
 // A bank whose triangles are all of one size.
 template <class Bank>
@@ -96,7 +100,7 @@ Object cosines(Dice& dice, int) {
     State* state;
     if (c0) MAKE(initLifterC0(&state, n, m, 22, 1, 2));
     if (!c0) MAKE(initLifter(&state, n, m, 22, 1));
-    return {state, {{"src", n}, {"dst", m + c0}}, {}, {}};
+    return {state, {{"src", n}, {"dst", m + c0}, {"c0", c0}}, {}, {}};
 }
 Object cosinesInMemory(Dice& dice, int) {
     if (dice.oneIn(2)) return cosines<KelDCTLifterState_16s>(dice, 0);

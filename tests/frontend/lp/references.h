@@ -9,7 +9,7 @@
 #include <numbers>
 #include <vector>
 
-#include "support/support.h"
+#include "kels/types.h"
 #include "support/transform.h"
 
 namespace test::lp {
@@ -55,8 +55,7 @@ Exact autocorrelation(const Exact& x, int n) {
     for (Real& v : a) v *= sign;
     return a;
 }
-inline Exact covariance(const Exact& x, int n) {
-    const int p = n / 4 + 1;
+inline Exact covarianceOf(const Exact& x, int n, int p) {
     std::vector<Exact> phi(p + 1, Exact(p + 1));
     for (int t = p; t < n; ++t) {
         for (int i = 0; i <= p; ++i) {
@@ -73,6 +72,10 @@ inline Exact covariance(const Exact& x, int n) {
     }
     for (int i = 1; i <= p; ++i) a.push_back(-phi[i][0] / phi[i][i]);
     return a;
+}
+
+inline Exact covariance(const Exact& x, int n) {
+    return covarianceOf(x, n, n / 4 + 1);
 }
 
 // n a(n) + n c(n) + sum of k c(k) a(n-k) = 0; the factor 1 / n of short ones is single.
