@@ -185,26 +185,6 @@ TEST(FftSpecs, AreToldFromOthers) {
 
 // ---- products and autocorrelation ----------------------------------------------------------------------------------
 
-TEST(MulPackConj, MultipliesPairsByConjugates) {
-    Random random;
-    for (int len = 1; len <= 70; ++len) {
-        const auto n = static_cast<std::size_t>(len);
-        const Floats a = random.vector<Kel32f>(n), b = random.vector<Kel32f>(n);
-        Floats y = b;
-        EXPECT_EQ(kelsMulPackConj_32f_I(a.data(), y.data(), len), 0);
-        EXPECT_EQ(y[0], a[0] * b[0]);
-        EXPECT_EQ(y[n - 1], len % 2 == 0 ? a[n - 1] * b[n - 1] : y[n - 1]);
-        for (std::size_t i = 1; i + 1 < n; i += 2) {
-            const Exact s(a[i], -a[i + 1]), d(b[i], b[i + 1]), exact = d * s;
-            // Two products and a sum, each rounded once.
-            const auto re = std::fabs(s.real() * d.real()) + std::fabs(s.imag() * d.imag());
-            const auto im = std::fabs(s.real() * d.imag()) + std::fabs(s.imag() * d.real());
-            EXPECT_TRUE(test::near(y[i], exact.real(), 2.01 * kUnit * re));
-            EXPECT_TRUE(test::near(y[i + 1], exact.imag(), 2.01 * kUnit * im));
-        }
-    }
-}
-
 TEST(AutoCorr, DirectSumsAreRoundedOnceAndTransformsAreClose) {
     Random random;
     const std::size_t lengths[][2] = {{1, 1}, {5, 9}, {400, 13}, {699, 2000}, {700, 700}, {1500, 1024}, {5000, 701}};

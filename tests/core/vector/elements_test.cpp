@@ -16,7 +16,7 @@ using test::Ulps;
 
 constexpr double kInf = HUGE_VAL;
 constexpr auto kNaN = std::numeric_limits<double>::quiet_NaN();
-const Options kPlain, kInPlace = {.inPlace = true};
+const Options kPlain;
 
 // ---- fill, copy, arithmetic ----------------------------------------------------------------------------------------
 
@@ -48,29 +48,27 @@ TEST(Elements, MoveTakesOverlappingArrays) {
 }
 
 TEST(Elements, Arithmetic) {
-    expectElements([](auto a, auto b, auto...) { return a + b; }, kInPlace, kelsAdd_32f_I, kelsAdd_64f_I);
-    expectElements([](auto a, auto b, auto...) { return b - a; }, kInPlace, kelsSub_32f, kelsSub_64f, kelsSub_32f_I,
+    expectElements([](auto a, auto b, auto...) { return a + b; }, kPlain, kelsAdd_32f_I, kelsAdd_64f_I);
+    expectElements([](auto a, auto b, auto...) { return b - a; }, kPlain, kelsSub_32f, kelsSub_64f, kelsSub_32f_I,
                    kelsSub_64f_I);
-    expectElements([](int a, int b, auto...) { return test::saturated<Kel16s>(b - a); }, kInPlace, kelsSub_16s);
-    expectElements([](auto a, auto b, auto...) { return a * b; }, kInPlace, kelsMul_32f);
-    expectElements([](auto a, auto b, auto...) { return a > b ? a : b; }, kInPlace, kelsMaxEvery_32f_I);
-    expectElements([](auto a, auto b, auto...) { return a < b ? a : b; }, kInPlace, kelsMinEvery_32f_I,
+    expectElements([](int a, int b, auto...) { return test::saturated<Kel16s>(b - a); }, kPlain, kelsSub_16s);
+    expectElements([](auto a, auto b, auto...) { return a * b; }, kPlain, kelsMul_32f);
+    expectElements([](auto a, auto b, auto...) { return a > b ? a : b; }, kPlain, kelsMaxEvery_32f_I);
+    expectElements([](auto a, auto b, auto...) { return a < b ? a : b; }, kPlain, kelsMinEvery_32f_I,
                    kelsMinEvery_32s_I);
     const auto quotient = [](auto divisor, auto dividend, auto...) {
         if (std::fabs(divisor) > 0) return dividend / divisor;
         return static_cast<decltype(divisor)>(dividend > 0 ? kInf : dividend == 0 ? kNaN : -kInf);
     };
-    expectElements(quotient, {.inPlace = true, .statuses = {kelStatusOk, kelStatusDivByZero}}, kelsDiv_32f,
-                   kelsDiv_64f);
+    expectElements(quotient, {.statuses = {kelStatusOk, kelStatusDivByZero}}, kelsDiv_32f, kelsDiv_64f);
     const auto scaled = [](int a, int b, int, int, int scale) { return test::halfEven<Kel16s>(a * b, scale); };
-    Options scales = {.scalars = {INT_MIN, INT_MAX}, .inPlace = true};
+    Options scales = {.scalars = {INT_MIN, INT_MAX}};
     for (int scale = -33; scale < 34; ++scale) scales.scalars.push_back(scale);
     expectElements(scaled, scales, kelsMul_16s_Sfs);
 }
 
 TEST(Elements, Constants) {
     const Options constants = {.scalars = {0.0, -0.0, 1, -1, 0.1, 3e-5, kInf, kNaN},
-                               .inPlace = true,
                                .statuses = {kelStatusOk, kelStatusDivByZeroErr}};
     const auto product = [](auto x, auto c) { return c == 0 ? decltype(x)(0) : x * c; };
     const auto ratio = [=](auto x, auto c, auto before) { return std::fabs(c) > 0 ? product(x, 1 / c) : before; };
@@ -96,7 +94,7 @@ double edges(test::Random& random, double scale) {
 
 template <class F, class I, KelStatus (*convert)(const F*, I*, int, int, int)>
 void expectToInt() {
-    const Options options = {{0, 1, -1, 15, -15, 40, 126, -126, 130, 150, INT_MAX, INT_MIN}, false, {0}, edges<I>};
+    const Options options = {{0, 1, -1, 15, -15, 40, 126, -126, 130, 150, INT_MAX, INT_MIN}, {0}, edges<I>};
     const auto value = [](F x, int scale) {
         return std::ldexp(static_cast<long double>(x), -std::clamp(scale, -128, 150));
     };
@@ -142,7 +140,7 @@ TEST(Elements, DoublesToFloats) {
 // ---- roots and logarithms ------------------------------------------------------------------------------------------
 
 TEST(Elements, AbsoluteValuesAndRoots) {
-    expectElements([](double x, auto...) { return std::fabs(x); }, kInPlace, kelsAbs_64f);
+    expectElements([](double x, auto...) { return std::fabs(x); }, kPlain, kelsAbs_64f);
     expectElements([](double x, int) { return std::sqrt(x); }, {.statuses = {kelStatusOk, kelStatusSqrtNegative}},
                    kelsSqrt_64f_I);
     // A bad threshold leaves all as it is.
@@ -151,11 +149,11 @@ TEST(Elements, AbsoluteValuesAndRoots) {
         // Half a unit from the division; up to one from the root, near the upper end of a binade.
         return x < threshold ? Ulps{threshold, 0} : Ulps{1 / std::sqrt(static_cast<long double>(x)), 1.5};
     };
-    const Options thresholds = {
-        {0.3, 1e-4, 100, 0, -0.0, -1, kNaN}, false, {kelStatusOk, kelStatusNoOperation, kelStatusBadArg}};
+    const Options thresholds = {{0.3, 1e-4, 100, 0, -0.0, -1, kNaN},
+                                {kelStatusOk, kelStatusNoOperation, kelStatusBadArg}};
     expectElements(reciprocal, thresholds, kelsRecSqrt_32f);
-    const Options options = {
-        {4, -6, 1, -15, 40000, -24, 3, 2, 1, INT_MIN, 0}, false, {kelStatusOk, kelStatusNoOperation, kelStatusBadArg}};
+    const Options options = {{4, -6, 1, -15, 40000, -24, 3, 2, 1, INT_MIN, 0},
+                             {kelStatusOk, kelStatusNoOperation, kelStatusBadArg}};
     const auto scaledReciprocal = [](int x, auto before, int threshold, int scale) {
         using D = decltype(before);
         if (threshold < 1) return before;
@@ -192,8 +190,8 @@ TEST(Elements, IntegerLogarithms) {
         if (scale >= 0) return Near{static_cast<long double>(std::lround(exact) >> std::min(scale, 31)), 0};
         return Near{std::min(test::scaled(exact, scale), 2147483647.0L), 0.5L + 0x1p-20L};
     };
-    const Options options = {
-        {0, 1, 4, 31, 1000, -1, -10, -27, -31, INT_MIN}, true, {kelStatusOk, kelStatusLogZero, kelStatusLogNegative}};
+    const Options options = {{0, 1, 4, 31, 1000, -1, -10, -27, -31, INT_MIN},
+                             {kelStatusOk, kelStatusLogZero, kelStatusLogNegative}};
     expectElements([=](int x, int, int, int scale) { return logarithm(x, scale); }, options, kelsLn_32s_Sfs);
     expectElements([=](int x, int, int scale) { return logarithm(x, scale); }, options, kelsLn_32s_ISfs);
     for (int k = 0; k < 21; ++k) {  // the integers beside the edges between results

@@ -6,12 +6,28 @@
 #include <cstring>
 #include <set>
 
-#include "enhance/echo/echo_forms.h"
+#include "kels.h"
 #include "support/random.h"
 
 namespace {
 
 using Real = long double;
+
+struct Floats {
+    using Real = Kel32f;
+    using State = KelAECState_32f;
+    static constexpr auto size = kelsControllerGetSizeAEC_32f;
+    static constexpr auto init = kelsControllerInitAEC_32f;
+    static constexpr auto control = kelsControllerUpdateAEC_32f;
+};
+
+struct Integers {
+    using Real = Kel32s;
+    using State = KelAECState_32s;
+    static constexpr auto size = kelsControllerGetSizeAEC_32s;
+    static constexpr auto init = kelsControllerInitAEC_32s;
+    static constexpr auto control = kelsControllerUpdateAEC_32s;
+};
 
 // A controller in memory of the size that it asks for.
 template <class Form>

@@ -1,41 +1,9 @@
-// One vector under one Gaussian, but for block-diagonal covariances.
-#include "scoring/scorer_checks.h"
-#include "support/allocation.h"
+// One vector under one Gaussian: at the ends of the range, and with variances that are none.
+#include <kels.h>
+
+#include "support/support.h"
 
 namespace {
-
-using test::Items, test::Kind, test::Variances, test::withScorers;
-
-template <class Action>
-void everyScorer(const Action& action) {
-    withScorers<Kind{.items = Items::Vector}>(action, "LogGaussSingle", kelsLogGaussSingle_32f, kelsLogGaussSingle_64f,
-                                              kelsLogGaussSingle_32f64f, kelsLogGaussSingle_16s32f,
-                                              kelsLogGaussSingle_Scaled_16s32f, kelsLogGaussSingle_16s32s_Sfs);
-    withScorers<Kind{.items = Items::Vector, .low = true}>(action, "LogGaussSingle Low", kelsLogGaussSingle_Low_16s32f,
-                                                           kelsLogGaussSingle_LowScaled_16s32f,
-                                                           kelsLogGaussSingle_Low_16s32s_Sfs);
-    withScorers<Kind{.items = Items::Vector, .variances = Variances::Unit}>(
-        action, "LogGaussSingle IdVar", kelsLogGaussSingle_IdVar_64f, kelsLogGaussSingle_IdVar_32f,
-        kelsLogGaussSingle_IdVar_32f64f, kelsLogGaussSingle_IdVar_16s32f, kelsLogGaussSingle_IdVarScaled_16s32f,
-        kelsLogGaussSingle_IdVar_16s32s_Sfs);
-    withScorers<Kind{.items = Items::Vector, .variances = Variances::Unit, .low = true}>(
-        action, "LogGaussSingle IdVar Low", kelsLogGaussSingle_IdVarLow_16s32f,
-        kelsLogGaussSingle_IdVarLowScaled_16s32f, kelsLogGaussSingle_IdVarLow_16s32s_Sfs);
-    withScorers<Kind{.items = Items::Vector, .variances = Variances::Direct}>(
-        action, "LogGaussSingle DirectVar", kelsLogGaussSingle_DirectVar_64f, kelsLogGaussSingle_DirectVar_32f,
-        kelsLogGaussSingle_DirectVar_32f64f, kelsLogGaussSingle_DirectVar_16s32f,
-        kelsLogGaussSingle_DirectVarScaled_16s32f, kelsLogGaussSingle_DirectVar_16s32s_Sfs);
-    withScorers<Kind{.items = Items::Vector, .distance = true}>(action, "MahDistSingle", kelsMahDistSingle_64f,
-                                                                kelsMahDistSingle_32f, kelsMahDistSingle_32f64f,
-                                                                kelsMahDistSingle_16s32f, kelsMahDistSingle_16s32s_Sfs);
-}
-
-TEST(VectorScores, FollowTheirFormulasInEveryShape) {
-    everyScorer(test::followsItsFormula);
-}
-TEST(VectorScores, KeepFloorsTiesAndNaNOfVectorsAtTheMean) {
-    everyScorer(test::keepsFloorsTiesAndNaN);
-}
 
 // Differences, weights and their products beyond what a double holds, in sums and scores that it does hold.
 TEST(VectorScores, DoublesHoldWhereProductsLeaveTheRange) {

@@ -1,39 +1,55 @@
-// Mixtures of Gaussians, and selected components of them.
-#include "scoring/scorer_checks.h"
+// Where two scores of vectors at the mean meet: floors, ties and values that are none.
+#include <kels.h>
+
+#include "support/forms.h"
+#include "support/support.h"
 
 namespace {
 
-using test::Items, test::Kind, test::Variances, test::withScorers;
+using namespace test;
 
-template <class Action>
-void everyScorer(const Action& action) {
-    withScorers<Kind{.items = Items::Mixture}>(
-        action, "LogGaussMixture", kelsLogGaussMixture_32f_D2, kelsLogGaussMixture_32f_D2L, kelsLogGaussMixture_64f_D2,
-        kelsLogGaussMixture_64f_D2L, kelsLogGaussMixture_Scaled_16s32f_D2, kelsLogGaussMixture_Scaled_16s32f_D2L);
-    withScorers<Kind{.items = Items::Mixture, .variances = Variances::Unit}>(
-        action, "LogGaussMixture IdVar", kelsLogGaussMixture_IdVar_32f_D2, kelsLogGaussMixture_IdVar_32f_D2L,
-        kelsLogGaussMixture_IdVar_64f_D2, kelsLogGaussMixture_IdVar_64f_D2L, kelsLogGaussMixture_IdVarScaled_16s32f_D2,
-        kelsLogGaussMixture_IdVarScaled_16s32f_D2L);
-    withScorers<Kind{.items = Items::Mixture, .low = true}>(action, "LogGaussMixture Low",
-                                                            kelsLogGaussMixture_LowScaled_16s32f_D2,
-                                                            kelsLogGaussMixture_LowScaled_16s32f_D2L);
-    withScorers<Kind{.items = Items::Mixture, .variances = Variances::Unit, .low = true}>(
-        action, "LogGaussMixture IdVar Low", kelsLogGaussMixture_IdVarLowScaled_16s32f_D2,
-        kelsLogGaussMixture_IdVarLowScaled_16s32f_D2L);
-    withScorers<Kind{.items = Items::Selected}>(
-        action, "LogGaussMixture Select", kelsLogGaussMixture_Select_32f_D2, kelsLogGaussMixture_Select_32f_D2L,
-        kelsLogGaussMixture_SelectScaled_16s32f_D2, kelsLogGaussMixture_SelectScaled_16s32f_D2L);
-    withScorers<Kind{.items = Items::Selected, .variances = Variances::Unit}>(
-        action, "LogGaussMixture Select IdVar", kelsLogGaussMixture_SelectIdVar_32f_D2,
-        kelsLogGaussMixture_SelectIdVar_32f_D2L, kelsLogGaussMixture_SelectIdVarScaled_16s32f_D2,
-        kelsLogGaussMixture_SelectIdVarScaled_16s32f_D2L);
-}
+constexpr auto most = forms(kelsLogGaussMax_32f_D2, kelsLogGaussMax_64f_D2);
+constexpr auto added = forms(kelsLogGaussAdd_32f_D2, kelsLogGaussAdd_64f_D2);
+constexpr auto mixed = forms(kelsLogGaussMixture_32f_D2, kelsLogGaussMixture_64f_D2);
+constexpr auto mostOfMany = forms(kelsLogGaussMaxMultiMix_32f_D2, kelsLogGaussMaxMultiMix_64f_D2);
+constexpr auto addedOfMany = forms(kelsLogGaussAddMultiMix_32f_D2, kelsLogGaussAddMultiMix_64f_D2);
 
-TEST(Mixtures, FollowTheirFormulasInEveryShape) {
-    everyScorer(test::followsItsFormula);
-}
-TEST(Mixtures, KeepFloorsTiesAndNaNOfVectorsAtTheMean) {
-    everyScorer(test::keepsFloorsTiesAndNaN);
+template <class T>
+class MeetingScores : public ::testing::Test {};
+using FloatTypes = ::testing::Types<Kel32f, Kel64f>;
+TYPED_TEST_SUITE(MeetingScores, FloatTypes);
+
+TYPED_TEST(MeetingScores, KeepFloorsTiesAndNaN) {
+    using T = TypeParam;
+    constexpr bool wide = sizeof(T) == 8;
+    constexpr auto zero = static_cast<T>(wide ? -1e10 : -4500000.0), below = static_cast<T>(3 * zero);
+    constexpr auto equal = static_cast<T>(wide ? 0.6931471805599475 : 0.6931471827215062);
+    constexpr T nan = std::numeric_limits<T>::quiet_NaN();
+    const struct {
+        T a, b, sum;
+    } cases[] = {{zero, T(-7.25), T(-7.25)},
+                 {T(-7.25), zero, T(-7.25)},
+                 {below, 2 * zero, zero},
+                 {T(0.95L * zero), below, wide ? zero : T(0.95L * zero)},
+                 {0, 0, equal},
+                 {below, below, below + equal},
+                 {zero, zero, zero + equal},
+                 {T(0.0), T(-0.0), equal},
+                 {T(-0.0), T(0.0), equal},
+                 {nan, T(-7.25), nan},
+                 {T(-7.25), nan, nan}};
+    for (const auto& [a, b, sum] : cases) {
+        const T x[10] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1}, both[] = {a, b};
+        T results[] = {a, a, 7, a, a};
+        EXPECT_EQ(most(x, 5, x, x, 5, &results[0], 1, b), kelStatusOk);
+        EXPECT_EQ(added(x, 5, x, x, 5, &results[1], 1, b), kelStatusOk);
+        EXPECT_EQ(mixed(x, x, x, 2, 5, 5, both, &results[2]), kelStatusOk);
+        EXPECT_EQ(mostOfMany(x, x, 5, x, 5, &b, &results[3], 1), kelStatusOk);
+        EXPECT_EQ(addedOfMany(x, x, 5, x, 5, &b, &results[4], 1), kelStatusOk);
+        for (const int k : {1, 2, 4}) EXPECT_TRUE(sameBits(results[k], sum)) << k << ": " << a << ' ' << b;
+        // Of equal values, zeros of both signs among them, the maximum is the score.
+        for (const int k : {0, 3}) EXPECT_TRUE(sameBits(results[k], a <= b ? b : a)) << k << ": " << a << ' ' << b;
+    }
 }
 
 }  // namespace
