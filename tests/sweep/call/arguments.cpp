@@ -256,7 +256,7 @@ void Call::measure(std::size_t a) {
     for (std::size_t k = 0; k < argument.shape.size(); ++k) extent[k] = argument.shape[k](*this);
     const bool stepped = argument.shape.size() == 3;
     const bool good = fits(extent[0] < 0 ? -1 : size * (stepped ? (extent[0] - 1) * extent[1] + extent[2] : extent[0]));
-    const auto bytes = [=](double elements) { return static_cast<std::size_t>(size * elements); };
+    const auto bytes = [=](double elements) { return static_cast<std::size_t>(size * std::floor(elements)); };
     array.rows = 1;
     if (!good) {
         array.row = bytes(8);
