@@ -5,26 +5,15 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <stdexcept>
-#include <string>
 #include <utility>
 
+#include "common/check.h"
 #include "kels.h"
 
 namespace words {
 
-// Throws unless a library call succeeded.  Positive statuses are warnings and pass.
-inline void check(KelStatus status, const char* function) {
-    if (status < 0) throw std::runtime_error(std::string(function) + " failed with status " + std::to_string(status));
-}
-
-template <auto Free>
-struct Release {
-    template <class T>
-    void operator()(T* object) const {
-        Free(object);
-    }
-};
+using common::check;
+using common::Release;
 
 using FftSpec = std::unique_ptr<KelFFTSpec_R_32f, Release<kelsFFTFree_R_32f>>;
 using FeatureSpec = std::unique_ptr<KelFeatureSpec_32f, Release<kelsFeatureFree_32f>>;
