@@ -84,14 +84,17 @@ class Checksum {
   public:
     static uint64_t of(const Kel8u* bytes, int64_t count) {
         uint64_t sum = ~uint64_t{0};
-        for (int64_t i = 0; i < count; ++i) sum = kTable[(sum ^ bytes[i]) & 0xff] ^ (sum >> 8);
+        for (int64_t i = 0; i < count; ++i) {
+            const auto low = static_cast<Kel8u>(sum ^ bytes[i]);
+            sum = kTable[low] ^ (sum >> 8);
+        }
         return ~sum;
     }
 
   private:
     static constexpr std::array<uint64_t, 256> table() {
         std::array<uint64_t, 256> sums{};
-        for (uint64_t byte = 0; byte < 256; ++byte) {
+        for (unsigned byte = 0; byte < 256; ++byte) {
             uint64_t sum = byte;
             for (int bit = 0; bit < 8; ++bit) sum = sum >> 1 ^ (sum & 1 ? 0xc96c5795d7870f42u : 0);
             sums[byte] = sum;
