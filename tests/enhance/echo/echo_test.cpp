@@ -1,6 +1,7 @@
 // The integer functions of the echo canceller beside their formulas in extended precision.
 #include <cstdint>
 
+#include "enhance/echo/echo_forms.h"
 #include "kels.h"
 #include "support/support.h"
 
@@ -9,22 +10,6 @@ namespace {
 using namespace test;
 
 constexpr Real kOne = 0x1p27L;  // of coefficients and variances
-
-// Rows of one length, as the functions take them.
-template <class T>
-struct Rows {
-    std::vector<std::vector<T>> values;
-    std::vector<T*> pointers;
-
-    Rows(int count, int len) : values(count, std::vector<T>(len)) {}
-    std::vector<T>& operator[](int i) { return values[i]; }
-    T** write() {
-        pointers.clear();
-        for (auto& row : values) pointers.push_back(row.data());
-        return pointers.data();
-    }
-    const T** read() { return const_cast<const T**>(write()); }
-};
 
 struct Z {
     Real re, im;
